@@ -1,0 +1,65 @@
+#include "dxf/blocks.h"
+
+#include "dxf/symbol_tables.h"
+
+namespace dxf {
+
+bool isSubentity(std::string_view type) {
+  return type == "ATTRIB" || type == "VERTEX" || type == "SEQEND";
+}
+
+std::vector<RecordId> modelSpaceEntities(const Document& doc) {
+  std::vector<RecordId> out;
+  Span span = doc.section("ENTITIES");
+  if (span.head == kNoRecord) return out;
+  for (RecordId id = doc.next(span.head); id != span.tail && id != kNoRecord; id = doc.next(id)) {
+    if (isSubentity(doc.type(id))) continue;
+    // The paper-space flag 67 sits in the common entity group, before the type's own data.
+    bool paper = false;
+    for (const Tag& tag : doc.tags(id)) {
+      if (tag.code == 67) {
+        paper = doc.text(tag).find('1') != std::string_view::npos;
+        break;
+      }
+      if (tag.code == 100 && doc.text(tag) != "AcDbEntity") break;
+    }
+    if (!paper) out.push_back(id);
+  }
+  return out;
+}
+
+RecordId findBlock(const Document& doc, std::wstring_view name) {
+  Span span = doc.section("BLOCKS");
+  if (span.head == kNoRecord) return kNoRecord;
+  for (RecordId id = doc.next(span.head); id != span.tail && id != kNoRecord; id = doc.next(id)) {
+    if (doc.type(id) == "BLOCK" && sameName(recordName(doc, id), name)) return id;
+  }
+  return kNoRecord;
+}
+
+RecordId blockEnd(const Document& doc, RecordId block) {
+  for (RecordId id = doc.next(block); id != kNoRecord; id = doc.next(id)) {
+    std::string_view type = doc.type(id);
+    if (type == "ENDBLK") return id;
+    if (type == "BLOCK" || type == "ENDSEC") return kNoRecord;
+  }
+  return kNoRecord;
+}
+
+std::vector<RecordId> blockEntities(const Document& doc, RecordId block) {
+  std::vector<RecordId> out;
+  for (RecordId id = doc.next(block); id != kNoRecord; id = doc.next(id)) {
+    std::string_view type = doc.type(id);
+    if (type == "ENDBLK" || type == "BLOCK" || type == "ENDSEC") break;
+    if (!isSubentity(type)) out.push_back(id);
+  }
+  return out;
+}
+
+RecordId findBlockRecord(const Document& doc, std::wstring_view name) {
+  return findTableEntry(doc, "BLOCK_RECORD", name);
+}
+
+RecordId modelSpaceInsertPoint(const Document& doc) { return doc.section("ENTITIES").tail; }
+
+}  // namespace dxf

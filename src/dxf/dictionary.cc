@@ -1,0 +1,154 @@
+#include "dxf/dictionary.h"
+
+#include <charconv>
+#include <cwctype>
+
+#include "dxf/number_text.h"
+#include "dxf/objects.h"
+#include "dxf/record_edit.h"
+
+namespace dxf {
+
+namespace {
+
+Handle parseHandleText(std::string_view text) {
+  Handle h = 0;
+  auto [ptr, ec] = std::from_chars(text.data(), text.data() + text.size(), h, 16);
+  return ec == std::errc() ? h : 0;
+}
+
+bool sameKey(std::wstring_view a, std::wstring_view b) {
+  if (a.size() != b.size()) return false;
+  for (size_t i = 0; i < a.size(); ++i) {
+    if (a[i] != b[i] && std::towupper(a[i]) != std::towupper(b[i])) return false;
+  }
+  return true;
+}
+
+// Index of the code 3 tag of `key`, or -1.
+int findKey(const Document& doc, const RecordEdit& edit, std::wstring_view key) {
+  const auto& tags = edit.tags();
+  for (size_t i = 0; i + 1 < tags.size(); ++i) {
+    if (tags[i].code == 3 && (tags[i + 1].code == 350 || tags[i + 1].code == 360) &&
+        sameKey(doc.codec().decode(edit.text(i)), key)) {
+      return static_cast<int>(i);
+    }
+  }
+  return -1;
+}
+
+void setOwner(Document& doc, RecordId id, Handle owner) {
+  std::string owner_text = formatHandle(owner);
+  RecordEdit edit(doc, id);
+  bool in_group = false;
+  for (size_t i = 1; i < edit.tags().size(); ++i) {
+    int code = edit.tags()[i].code;
+    if (code == 102) {
+      in_group = !edit.text(i).empty() && edit.text(i).front() == '{';
+    } else if (code == 330 && !in_group) {
+      if (edit.text(i) == owner_text) return;
+      edit.setText(i, owner_text);
+      edit.commit();
+      return;
+    } else if (code == 100) {
+      edit.insert(i, 330, owner_text);
+      edit.commit();
+      return;
+    }
+  }
+  edit.insert(edit.tags().size(), 330, owner_text);
+  edit.commit();
+}
+
+base::Result<RecordId> createEntry(Document& doc, RecordId owner, std::wstring_view key,
+                                   std::vector<Tag> body) {
+  body.insert(body.begin() + 1, doc.makeTag(330, formatHandle(doc.record(owner).handle)));
+  auto id = appendObject(doc, std::move(body));
+  if (!id) return id;
+  // Entries of a hard-owning dictionary (extension dictionaries) are written as 360.
+  bool hard = doc.intValue(owner, 280, 0) == 1;
+  dictionarySet(doc, owner, key, *id, hard);
+  return id;
+}
+
+}  // namespace
+
+RecordId namedObjectsDictionary(const Document& doc) {
+  Span objects = doc.section("OBJECTS");
+  if (objects.head == kNoRecord) return kNoRecord;
+  RecordId first = doc.next(objects.head);
+  return first != objects.tail && doc.type(first) == "DICTIONARY" ? first : kNoRecord;
+}
+
+std::vector<DictionaryEntry> dictionaryEntries(const Document& doc, RecordId dict) {
+  std::vector<DictionaryEntry> out;
+  auto tags = doc.tags(dict);
+  for (size_t i = 0; i + 1 < tags.size(); ++i) {
+    if (tags[i].code == 3 && (tags[i + 1].code == 350 || tags[i + 1].code == 360)) {
+      out.push_back({doc.codec().decode(doc.text(tags[i])), parseHandleText(doc.text(tags[i + 1])),
+                     tags[i + 1].code == 360});
+      ++i;
+    }
+  }
+  return out;
+}
+
+RecordId dictionaryGet(const Document& doc, RecordId dict, std::wstring_view key) {
+  auto tags = doc.tags(dict);
+  for (size_t i = 0; i + 1 < tags.size(); ++i) {
+    if (tags[i].code == 3 && (tags[i + 1].code == 350 || tags[i + 1].code == 360) &&
+        sameKey(doc.codec().decode(doc.text(tags[i])), key)) {
+      return doc.byHandle(parseHandleText(doc.text(tags[i + 1])));
+    }
+  }
+  return kNoRecord;
+}
+
+bool dictionaryHas(const Document& doc, RecordId dict, std::wstring_view key) {
+  return dictionaryGet(doc, dict, key) != kNoRecord;
+}
+
+void dictionarySet(Document& doc, RecordId dict, std::wstring_view key, RecordId value,
+                   bool hard_owner) {
+  std::string handle = formatHandle(doc.record(value).handle);
+  int value_code = hard_owner ? 360 : 350;
+  RecordEdit edit(doc, dict);
+  int at = findKey(doc, edit, key);
+  if (at >= 0) {
+    edit.tags()[static_cast<size_t>(at) + 1] = doc.makeTag(value_code, handle);
+  } else {
+    size_t end = edit.endOfSubclass("AcDbDictionary");
+    // ACDBDICTIONARYWDFLT closes with its own subclass; entries stay in AcDbDictionary.
+    edit.insert(end, 3, doc.codec().encode(key));
+    edit.insert(end + 1, value_code, handle);
+  }
+  edit.commit();
+  setOwner(doc, value, doc.record(dict).handle);
+}
+
+bool dictionaryRemove(Document& doc, RecordId dict, std::wstring_view key) {
+  RecordEdit edit(doc, dict);
+  int at = findKey(doc, edit, key);
+  if (at < 0) return false;
+  edit.erase(static_cast<size_t>(at), 2);
+  edit.commit();
+  return true;
+}
+
+int dictionaryDuplicateFlag(const Document& doc, RecordId dict) {
+  return static_cast<int>(doc.intValue(dict, 281, 0));
+}
+
+base::Result<RecordId> createDictionary(Document& doc, RecordId owner, std::wstring_view key) {
+  return createEntry(doc, owner, key,
+                     {doc.makeTag(0, "DICTIONARY"), doc.makeTag(100, "AcDbDictionary"),
+                      doc.makeTag(281, "1")});
+}
+
+base::Result<RecordId> createXrecord(Document& doc, RecordId owner, std::wstring_view key) {
+  return createEntry(doc, owner, key,
+                     {doc.makeTag(0, "XRECORD"), doc.makeTag(100, "AcDbXrecord"),
+                      doc.makeTag(280, "1")});
+}
+
+}  // namespace dxf

@@ -1,0 +1,41 @@
+// DICTIONARY objects (and ACDBDICTIONARYWDFLT): ordered keys naming objects by handle.
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "base/status.h"
+#include "dxf/document.h"
+
+namespace dxf {
+
+struct DictionaryEntry {
+  std::wstring key;
+  Handle value = 0;
+  bool hard_owner = false;  // 360 rather than 350
+};
+
+// The root dictionary: the first object of the OBJECTS section, or kNoRecord.
+RecordId namedObjectsDictionary(const Document& doc);
+
+// Entries in the order the dictionary keeps them.
+std::vector<DictionaryEntry> dictionaryEntries(const Document& doc, RecordId dict);
+// The record an entry names (keys compare case-insensitively, as CAD programs do), or
+// kNoRecord when the key is absent or names nothing.
+RecordId dictionaryGet(const Document& doc, RecordId dict, std::wstring_view key);
+bool dictionaryHas(const Document& doc, RecordId dict, std::wstring_view key);
+// Adds or replaces an entry; sets the entry object's owner (330) to the dictionary.
+void dictionarySet(Document& doc, RecordId dict, std::wstring_view key, RecordId value,
+                   bool hard_owner);
+// Removes an entry (not the object it names); returns true iff the key was there.
+bool dictionaryRemove(Document& doc, RecordId dict, std::wstring_view key);
+// The duplicate-record cloning flag (281): 0 not applicable, 1 keep existing ...
+int dictionaryDuplicateFlag(const Document& doc, RecordId dict);
+
+// Creates an empty DICTIONARY (or XRECORD with no data) and enters it under `key` in
+// `owner`, hard-owned. Fails on R12 drawings.
+base::Result<RecordId> createDictionary(Document& doc, RecordId owner, std::wstring_view key);
+base::Result<RecordId> createXrecord(Document& doc, RecordId owner, std::wstring_view key);
+
+}  // namespace dxf

@@ -1,0 +1,345 @@
+#include "dxf/document.h"
+
+#include <algorithm>
+#include <charconv>
+
+#include "base/utf.h"
+#include "dxf/group_code.h"
+#include "dxf/number_text.h"
+
+namespace dxf {
+
+namespace {
+
+bool parseHandle(std::string_view text, Handle& out) {
+  while (!text.empty() && text.front() == ' ') text.remove_prefix(1);
+  while (!text.empty() && text.back() == ' ') text.remove_suffix(1);
+  if (text.empty() || text.size() > 16) return false;
+  auto [ptr, ec] = std::from_chars(text.data(), text.data() + text.size(), out, 16);
+  return ec == std::errc() && ptr == text.data() + text.size();
+}
+
+}  // namespace
+
+std::string_view Document::type(RecordId id) const {
+  const Record& r = records_[id];
+  if (r.tag_count == 0 || tags_[r.first_tag].code != 0) return {};
+  return text_.view(tags_[r.first_tag].value);
+}
+
+const Tag* Document::find(RecordId id, int code) const {
+  for (const Tag& tag : tags(id)) {
+    if (tag.code == code) return &tag;
+  }
+  return nullptr;
+}
+
+std::string_view Document::value(RecordId id, int code, std::string_view fallback) const {
+  const Tag* tag = find(id, code);
+  return tag ? text(*tag) : fallback;
+}
+
+int64_t Document::intValue(RecordId id, int code, int64_t fallback) const {
+  const Tag* tag = find(id, code);
+  int64_t out;
+  return tag && parseInt(text(*tag), out) ? out : fallback;
+}
+
+double Document::realValue(RecordId id, int code, double fallback) const {
+  const Tag* tag = find(id, code);
+  double out;
+  return tag && parseDouble(text(*tag), out) ? out : fallback;
+}
+
+Tag Document::makeTag(int code, double value) { return makeTag(code, formatDouble(value)); }
+Tag Document::makeTag(int code, int64_t value) { return makeTag(code, formatInt(value)); }
+
+// A record's handle is its code 5 tag (105 for DIMSTYLE) among the tags before the first
+// subclass marker; later 5 tags belong to something else ($HANDSEED in the header).
+static Handle findOwnHandle(const Document& doc, RecordId id) {
+  for (const Tag& tag : doc.tags(id)) {
+    if (tag.code == 100 || tag.code == 102) break;
+    if (tag.code == 5 || tag.code == 105) {
+      Handle h = 0;
+      return parseHandle(doc.text(tag), h) ? h : 0;
+    }
+  }
+  return 0;
+}
+
+void Document::setTags(RecordId id, std::span<const Tag> tags) {
+  std::vector<Tag> copy;
+  if (!tags.empty() && tags.data() >= tags_.data() && tags.data() < tags_.data() + tags_.size()) {
+    copy.assign(tags.begin(), tags.end());
+    tags = copy;
+  }
+  Record& r = records_[id];
+  r.first_tag = static_cast<uint32_t>(tags_.size());
+  r.tag_count = static_cast<uint32_t>(tags.size());
+  r.changed = true;
+  tags_.insert(tags_.end(), tags.begin(), tags.end());
+}
+
+RecordId Document::newRecord(std::span<const Tag> tags) {
+  RecordId id = static_cast<RecordId>(records_.size());
+  records_.emplace_back();
+  records_[id].erased = true;  // until linked
+  setTags(id, tags);
+  return id;
+}
+
+void Document::insertBefore(RecordId pos, RecordId id) {
+  Record& r = records_[id];
+  r.erased = false;
+  r.next = pos;
+  r.prev = pos == kNoRecord ? last_ : records_[pos].prev;
+  if (r.prev != kNoRecord) {
+    records_[r.prev].next = id;
+  } else {
+    first_ = id;
+  }
+  if (pos != kNoRecord) {
+    records_[pos].prev = id;
+  } else {
+    last_ = id;
+  }
+  Handle h = findOwnHandle(*this, id);
+  if (h != 0) indexHandle(id, h);
+}
+
+void Document::unlink(RecordId id) {
+  Record& r = records_[id];
+  if (r.erased) return;
+  if (r.prev != kNoRecord) {
+    records_[r.prev].next = r.next;
+  } else {
+    first_ = r.next;
+  }
+  if (r.next != kNoRecord) {
+    records_[r.next].prev = r.prev;
+  } else {
+    last_ = r.prev;
+  }
+  r.erased = true;
+  r.prev = r.next = kNoRecord;
+}
+
+RecordId Document::byHandle(Handle handle) const {
+  auto it = std::lower_bound(handles_.begin(), handles_.end(), std::make_pair(handle, RecordId{0}));
+  if (it == handles_.end() || it->first != handle) return kNoRecord;
+  return records_[it->second].erased ? kNoRecord : it->second;
+}
+
+Handle Document::allocateHandle() {
+  handles_allocated_ = true;
+  return next_handle_++;
+}
+
+void Document::indexHandle(RecordId id, Handle handle) {
+  records_[id].handle = handle;
+  auto entry = std::make_pair(handle, id);
+  if (handles_.empty() || handles_.back().first < handle) {
+    handles_.push_back(entry);
+  } else {
+    auto it = std::lower_bound(handles_.begin(), handles_.end(), std::make_pair(handle, RecordId{0}));
+    if (it != handles_.end() && it->first == handle) {
+      it->second = id;
+    } else {
+      handles_.insert(it, entry);
+    }
+  }
+  if (handle >= next_handle_) next_handle_ = handle + 1;
+}
+
+Span Document::section(std::string_view name) const {
+  for (const auto& [section_name, span] : sections_) {
+    if (section_name == name) return span;
+  }
+  return {};
+}
+
+Span Document::table(std::string_view name) const {
+  for (const auto& [table_name, span] : tables_) {
+    if (table_name == name) return span;
+  }
+  return {};
+}
+
+Span Document::addSection(std::string_view name) {
+  Span existing = section(name);
+  if (existing.head != kNoRecord) return existing;
+  Tag head_tags[] = {makeTag(0, "SECTION"), makeTag(2, name)};
+  Tag tail_tags[] = {makeTag(0, "ENDSEC")};
+  Span span{newRecord(head_tags), newRecord(tail_tags)};
+  // Sections are written in their conventional order; OBJECTS and later ones go last.
+  RecordId before = last_;  // the EOF record
+  if (name != "OBJECTS") {
+    for (const char* later : {"OBJECTS", "ACDSDATA", "THUMBNAILIMAGE"}) {
+      RecordId head = section(later).head;
+      if (head != kNoRecord) {
+        before = head;
+        break;
+      }
+    }
+  }
+  insertBefore(before, span.head);
+  insertBefore(before, span.tail);
+  sections_.emplace_back(std::string(name), span);
+  return span;
+}
+
+Span Document::addTable(std::string_view name) {
+  Span existing = table(name);
+  if (existing.head != kNoRecord) return existing;
+  Span tables = addSection("TABLES");
+  Handle handle = allocateHandle();
+  std::vector<Tag> head_tags = {makeTag(0, "TABLE"), makeTag(2, name)};
+  if (!isR12()) {
+    head_tags.push_back(makeTag(5, formatHandle(handle)));
+    head_tags.push_back(makeTag(330, "0"));
+    head_tags.push_back(makeTag(100, "AcDbSymbolTable"));
+  }
+  head_tags.push_back(makeTag(70, "0"));
+  Tag tail_tags[] = {makeTag(0, "ENDTAB")};
+  Span span{newRecord(head_tags), newRecord(tail_tags)};
+  insertBefore(tables.tail, span.head);
+  insertBefore(tables.tail, span.tail);
+  tables_.emplace_back(std::string(name), span);
+  return span;
+}
+
+std::vector<Tag> Document::headerVariable(std::string_view name) const {
+  std::vector<Tag> out;
+  RecordId head = header();
+  if (head == kNoRecord) return out;
+  bool inside = false;
+  for (const Tag& tag : tags(head)) {
+    if (tag.code == 9) {
+      if (inside) break;
+      inside = text(tag) == name;
+    } else if (inside) {
+      out.push_back(tag);
+    }
+  }
+  return out;
+}
+
+void Document::setHeaderVariable(std::string_view name, std::span<const Tag> value_tags) {
+  RecordId head = header();
+  if (head == kNoRecord) head = addSection("HEADER").head;
+  std::vector<Tag> old(tags(head).begin(), tags(head).end());
+  std::vector<Tag> out;
+  out.reserve(old.size() + value_tags.size() + 1);
+  bool replaced = false;
+  for (size_t i = 0; i < old.size(); ++i) {
+    if (old[i].code == 9 && text(old[i]) == name) {
+      out.push_back(old[i]);
+      out.insert(out.end(), value_tags.begin(), value_tags.end());
+      while (i + 1 < old.size() && old[i + 1].code != 9) ++i;
+      replaced = true;
+    } else {
+      out.push_back(old[i]);
+    }
+  }
+  if (!replaced) {
+    out.push_back(makeTag(9, name));
+    out.insert(out.end(), value_tags.begin(), value_tags.end());
+  }
+  setTags(head, out);
+}
+
+base::Status Document::buildStructure(const std::string& name) {
+  auto where = [&](RecordId id) {
+    if (format_ == Format::kAscii) {
+      return name + ":" + std::to_string(uint64_t{records_[id].first_tag} * 2 + 1) + ": ";
+    }
+    return name + ": byte " + std::to_string(records_[id].raw_begin) + ": ";
+  };
+  RecordId open_section = kNoRecord;
+  RecordId open_table = kNoRecord;
+  std::string section_name;
+  for (RecordId id = first_; id != kNoRecord; id = records_[id].next) {
+    std::string_view t = type(id);
+    if (t == "SECTION") {
+      if (open_section != kNoRecord) {
+        return base::Status::invalid(where(id) + "section " + section_name +
+                                     " is not closed by ENDSEC before the next SECTION");
+      }
+      open_section = id;
+      section_name = std::string(value(id, 2));
+      sections_.emplace_back(section_name, Span{id, kNoRecord});
+      continue;
+    }
+    if (t == "ENDSEC") {
+      if (open_section == kNoRecord) {
+        return base::Status::invalid(where(id) + "ENDSEC without a SECTION");
+      }
+      if (open_table != kNoRecord) {
+        return base::Status::invalid(where(id) + "table " + tables_.back().first +
+                                     " is not closed by ENDTAB");
+      }
+      sections_.back().second.tail = id;
+      open_section = kNoRecord;
+      continue;
+    }
+    if (t == "EOF") {
+      if (open_section != kNoRecord) {
+        return base::Status::invalid(where(id) + "section " + section_name +
+                                     " is not closed by ENDSEC before EOF");
+      }
+      continue;
+    }
+    if (section_name == "TABLES" && open_section != kNoRecord) {
+      if (t == "TABLE") {
+        open_table = id;
+        tables_.emplace_back(std::string(value(id, 2)), Span{id, kNoRecord});
+      } else if (t == "ENDTAB" && open_table != kNoRecord) {
+        tables_.back().second.tail = id;
+        open_table = kNoRecord;
+      }
+    }
+    Handle h = findOwnHandle(*this, id);
+    if (h != 0) {
+      records_[id].handle = h;
+      handles_.emplace_back(h, id);
+    }
+  }
+  if (open_section != kNoRecord) {
+    return base::Status::invalid(where(last_) + "section " + section_name + " is not closed");
+  }
+
+  std::sort(handles_.begin(), handles_.end());
+  for (size_t i = 1; i < handles_.size(); ++i) {
+    if (handles_[i].first == handles_[i - 1].first) {
+      return base::Status::invalid(where(handles_[i].second) + "handle " +
+                                   formatHandle(handles_[i].first) + " is used twice");
+    }
+  }
+  if (!handles_.empty()) next_handle_ = handles_.back().first + 1;
+
+  std::vector<Tag> var = headerVariable("$ACADVER");
+  if (!var.empty()) version_ = std::string(text(var.front()));
+  var = headerVariable("$HANDSEED");
+  if (!var.empty() && parseHandle(text(var.front()), file_handseed_)) {
+    next_handle_ = std::max(next_handle_, file_handseed_);
+  }
+  var = headerVariable("$DWGCODEPAGE");
+  auto codec = Codec::forDrawing(version_, var.empty() ? std::string_view() : text(var.front()));
+  if (!codec) return codec.status().withContext(name);
+  codec_ = std::move(codec.value());
+  if (codec_.isUtf8()) {
+    for (RecordId id = first_; id != kNoRecord; id = records_[id].next) {
+      for (const Tag& tag : tags(id)) {
+        if (valueKind(tag.code) == ValueKind::kString && !base::isValidUtf8(text(tag))) {
+          uint64_t line = (static_cast<uint64_t>(&tag - tags_.data())) * 2 + 2;
+          return base::Status::invalid(
+              (format_ == Format::kAscii ? name + ":" + std::to_string(line) + ": " : where(id)) +
+              "group code " + std::to_string(tag.code) + " holds bytes that are not UTF-8");
+        }
+      }
+    }
+  }
+  return base::Status::ok();
+}
+
+}  // namespace dxf

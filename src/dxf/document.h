@@ -1,0 +1,160 @@
+// A DXF drawing held losslessly: every record keeps its tags and their value text as read,
+// and a record nobody changed is written back as the very bytes it came from.
+#pragma once
+
+#include <cstdint>
+#include <span>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <vector>
+
+#include "base/status.h"
+#include "dxf/codec.h"
+#include "dxf/text_store.h"
+
+namespace dxf {
+
+using RecordId = uint32_t;
+constexpr RecordId kNoRecord = UINT32_MAX;
+using Handle = uint64_t;  // 0 means none
+
+struct Tag {
+  int16_t code = 0;
+  TextRef value;
+};
+
+enum class Format : uint8_t { kAscii, kBinary };
+
+// One structure of the file: a run of tags from a code 0 tag to the next one.
+struct Record {
+  uint32_t first_tag = 0;
+  uint32_t tag_count = 0;
+  uint32_t raw_begin = 0;  // the file bytes of the record while it is unchanged
+  uint32_t raw_end = 0;
+  RecordId prev = kNoRecord;  // file order
+  RecordId next = kNoRecord;
+  Handle handle = 0;
+  bool changed = false;  // tags no longer match the raw bytes (or there never were any)
+  bool erased = false;   // unlinked from the file; kept so that ids stay valid
+};
+
+// A section, table or block: the record that opens it and the one that closes it.
+struct Span {
+  RecordId head = kNoRecord;
+  RecordId tail = kNoRecord;
+};
+
+class Document {
+ public:
+  Document() = default;
+  Document(const Document&) = delete;
+  Document& operator=(const Document&) = delete;
+  Document(Document&&) = default;
+  Document& operator=(Document&&) = default;
+
+  // Parses a whole file held in `bytes`; `name` is used in error messages
+  // ("NAME:LINE: what is wrong"). On error nothing of the drawing is returned.
+  static base::Result<Document> parse(std::string bytes, const std::string& name);
+  // Reads and parses a file.
+  static base::Result<Document> load(const std::string& path);
+
+  // Writes the drawing in its own format; unchanged records are their original bytes.
+  std::string serialize() const;
+  // Writes to a temporary file beside `path` and renames it over `path` only after a
+  // complete, flushed write; on failure `path` is untouched.
+  base::Status save(const std::string& path) const;
+
+  // --- File properties.
+  Format format() const { return format_; }
+  bool crlf() const { return crlf_; }
+  const std::string& version() const { return version_; }  // "AC1009"... or "" if absent
+  bool isR12() const { return version_ <= "AC1009"; }
+  const Codec& codec() const { return codec_; }
+
+  // --- Records and tags. Tag spans are invalidated by any change; text views are not.
+  const Record& record(RecordId id) const { return records_[id]; }
+  size_t recordCount() const { return records_.size(); }
+  std::span<const Tag> tags(RecordId id) const {
+    const Record& r = records_[id];
+    return {tags_.data() + r.first_tag, r.tag_count};
+  }
+  std::string_view text(const Tag& tag) const { return text_.view(tag.value); }
+  std::string_view text(TextRef ref) const { return text_.view(ref); }
+  // The record's structure name: the value of its code 0 tag ("LINE", "SECTION"...).
+  std::string_view type(RecordId id) const;
+  RecordId first() const { return first_; }
+  RecordId next(RecordId id) const { return records_[id].next; }
+  RecordId prev(RecordId id) const { return records_[id].prev; }
+
+  // The first tag of `id` with `code`, or nullptr.
+  const Tag* find(RecordId id, int code) const;
+  // The raw text of the first tag with `code`, or `fallback`.
+  std::string_view value(RecordId id, int code, std::string_view fallback = {}) const;
+  // The first tag with `code` read as a number, or `fallback` when absent or not a number.
+  int64_t intValue(RecordId id, int code, int64_t fallback) const;
+  double realValue(RecordId id, int code, double fallback) const;
+
+  // --- Changes.
+  Tag makeTag(int code, std::string_view raw_text) { return {static_cast<int16_t>(code), text_.add(raw_text)}; }
+  Tag makeTag(int code, double value);
+  Tag makeTag(int code, int64_t value);
+  // Replaces all tags of `id`; the record is written from its tags from now on.
+  void setTags(RecordId id, std::span<const Tag> tags);
+  // Creates an unlinked record; link it with insertBefore.
+  RecordId newRecord(std::span<const Tag> tags);
+  // Links the unlinked record `id` into the file just before `pos`.
+  void insertBefore(RecordId pos, RecordId id);
+  // Unlinks `id` from the file and forgets its handle.
+  void unlink(RecordId id);
+
+  // --- Handles.
+  RecordId byHandle(Handle handle) const;
+  // A handle not used before; $HANDSEED is kept above it when the drawing is written.
+  Handle allocateHandle();
+  // Gives `id` the handle `handle` in the index (the caller has written its tag).
+  void indexHandle(RecordId id, Handle handle);
+
+  // --- Structure.
+  Span section(std::string_view name) const;
+  Span table(std::string_view name) const;  // "LAYER", "LTYPE"... (case-sensitive, as written)
+  // The header section's record; kNoRecord if the file has none.
+  RecordId header() const { return section("HEADER").head; }
+  // Adds a section (before EOF, in the conventional order) and returns it.
+  Span addSection(std::string_view name);
+  // Adds an empty table to the TABLES section.
+  Span addTable(std::string_view name);
+
+  // --- Header variables ("$INSUNITS"). Values are the tags after the variable's code 9 tag.
+  std::vector<Tag> headerVariable(std::string_view name) const;
+  // Replaces (or appends) a variable's tags.
+  void setHeaderVariable(std::string_view name, std::span<const Tag> value_tags);
+
+ private:
+  friend class DocumentBuilder;
+
+  base::Status buildStructure(const std::string& name);
+
+  std::string raw_;  // the file as read
+  TextStore text_;
+  std::vector<Tag> tags_;
+  std::vector<Record> records_;
+  RecordId first_ = kNoRecord;
+  RecordId last_ = kNoRecord;
+
+  Format format_ = Format::kAscii;
+  bool crlf_ = false;
+  bool padded_codes_ = true;  // codes right-aligned in three columns, as most writers do
+  bool r12_binary_codes_ = false;
+  std::string version_;
+  Codec codec_;
+
+  std::vector<std::pair<Handle, RecordId>> handles_;  // sorted by handle
+  Handle next_handle_ = 1;
+  Handle file_handseed_ = 0;
+  bool handles_allocated_ = false;
+  std::vector<std::pair<std::string, Span>> sections_;
+  std::vector<std::pair<std::string, Span>> tables_;
+};
+
+}  // namespace dxf

@@ -1,0 +1,20 @@
+// Number formatting for values the system writes into a drawing.
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+namespace dxf {
+
+// The shortest text that reads back as exactly `value`, always with a decimal point or an
+// exponent so that readers see a real ("100.0", "0.1", "1e+20").
+std::string formatDouble(double value);
+
+std::string formatInt(int64_t value);
+
+}  // namespace dxf
+
+namespace dxf {
+// A handle as DXF writes it: upper-case hexadecimal without leading zeros.
+std::string formatHandle(uint64_t handle);
+}  // namespace dxf

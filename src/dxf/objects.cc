@@ -1,0 +1,197 @@
+#include "dxf/objects.h"
+
+#include <charconv>
+
+#include "dxf/dictionary.h"
+#include "dxf/number_text.h"
+#include "dxf/record_edit.h"
+
+namespace dxf {
+
+namespace {
+
+Handle parseHandleText(std::string_view text) {
+  Handle h = 0;
+  while (!text.empty() && text.back() == ' ') text.remove_suffix(1);
+  while (!text.empty() && text.front() == ' ') text.remove_prefix(1);
+  auto [ptr, ec] = std::from_chars(text.data(), text.data() + text.size(), h, 16);
+  return ec == std::errc() && ptr == text.data() + text.size() ? h : 0;
+}
+
+// Index just after the record's application groups that precede its owner tag, where a
+// new "102 {ACAD_XDICTIONARY" group belongs.
+size_t extensionGroupPosition(RecordEdit& edit) {
+  const auto& tags = edit.tags();
+  size_t pos = 1;
+  if (pos < tags.size() && (tags[pos].code == 5 || tags[pos].code == 105)) ++pos;
+  while (pos < tags.size() && tags[pos].code == 102 && edit.text(pos) == "{ACAD_REACTORS") {
+    while (pos < tags.size() && !(tags[pos].code == 102 && edit.text(pos) == "}")) ++pos;
+    if (pos < tags.size()) ++pos;
+  }
+  return pos;
+}
+
+bool isFollower(std::string_view type) {
+  return type == "ATTRIB" || type == "VERTEX" || type == "SEQEND";
+}
+
+}  // namespace
+
+Handle ownerOf(const Document& doc, RecordId id) {
+  bool in_group = false;
+  for (const Tag& tag : doc.tags(id)) {
+    if (tag.code == 102) {
+      std::string_view t = doc.text(tag);
+      in_group = !t.empty() && t.front() == '{';
+    } else if (tag.code == 330 && !in_group) {
+      return parseHandleText(doc.text(tag));
+    } else if (tag.code == 100) {
+      // The owner comes before the first subclass marker.
+      return 0;
+    }
+  }
+  return 0;
+}
+
+Handle extensionDictionaryOf(const Document& doc, RecordId id) {
+  bool in_xdict = false;
+  for (const Tag& tag : doc.tags(id)) {
+    if (tag.code == 102) {
+      in_xdict = doc.text(tag) == "{ACAD_XDICTIONARY";
+    } else if (in_xdict && tag.code == 360) {
+      return parseHandleText(doc.text(tag));
+    } else if (tag.code == 100) {
+      return 0;
+    }
+  }
+  return 0;
+}
+
+base::Status requireObjects(const Document& doc) {
+  if (!doc.isR12()) return base::Status::ok();
+  return base::Status::unsupported(
+      "an R12 drawing cannot store dictionaries or XRECORDs; save it as R2000 or later first");
+}
+
+base::Result<RecordId> appendObject(Document& doc, std::vector<Tag> tags) {
+  if (base::Status status = requireObjects(doc); !status) return status;
+  Span objects = doc.section("OBJECTS");
+  if (objects.head == kNoRecord) {
+    objects = doc.addSection("OBJECTS");
+    // A drawing without OBJECTS still needs its root dictionary, owned by nobody.
+    Tag root[] = {doc.makeTag(0, "DICTIONARY"), doc.makeTag(5, formatHandle(doc.allocateHandle())),
+                  doc.makeTag(330, "0"), doc.makeTag(100, "AcDbDictionary"),
+                  doc.makeTag(281, "1")};
+    doc.insertBefore(objects.tail, doc.newRecord(root));
+  }
+  tags.insert(tags.begin() + 1, doc.makeTag(5, formatHandle(doc.allocateHandle())));
+  RecordId id = doc.newRecord(tags);
+  doc.insertBefore(objects.tail, id);
+  return id;
+}
+
+base::Result<RecordId> ensureExtensionDictionary(Document& doc, RecordId id) {
+  Handle existing = extensionDictionaryOf(doc, id);
+  if (existing != 0) {
+    RecordId dict = doc.byHandle(existing);
+    if (dict != kNoRecord) return dict;
+  }
+  if (base::Status status = requireObjects(doc); !status) return status;
+  RecordEdit edit(doc, id);
+  if (doc.record(id).handle == 0) {
+    Handle h = doc.allocateHandle();
+    edit.insert(1, 5, formatHandle(h));
+    doc.indexHandle(id, h);
+  }
+  std::string owner = formatHandle(doc.record(id).handle);
+  auto dict = appendObject(doc, {doc.makeTag(0, "DICTIONARY"), doc.makeTag(330, owner),
+                                 doc.makeTag(100, "AcDbDictionary"), doc.makeTag(280, "1"),
+                                 doc.makeTag(281, "1")});
+  if (!dict) return dict.status();
+  std::string dict_handle = formatHandle(doc.record(*dict).handle);
+  if (existing != 0) {
+    // A dangling pointer: replace it rather than add a second group.
+    int at = -1;
+    for (size_t i = 0; i < edit.tags().size(); ++i) {
+      if (edit.tags()[i].code == 360 && i > 0 && edit.text(i - 1) == "{ACAD_XDICTIONARY") {
+        at = static_cast<int>(i);
+        break;
+      }
+    }
+    if (at >= 0) edit.setText(static_cast<size_t>(at), dict_handle);
+  } else {
+    size_t pos = extensionGroupPosition(edit);
+    edit.insert(pos, 102, "{ACAD_XDICTIONARY");
+    edit.insert(pos + 1, 360, dict_handle);
+    edit.insert(pos + 2, 102, "}");
+  }
+  edit.commit();
+  return *dict;
+}
+
+bool releaseExtensionDictionary(Document& doc, RecordId id) {
+  Handle h = extensionDictionaryOf(doc, id);
+  if (h == 0) return false;
+  RecordId dict = doc.byHandle(h);
+  if (dict != kNoRecord && !dictionaryEntries(doc, dict).empty()) return false;
+  RecordEdit edit(doc, id);
+  for (size_t i = 0; i + 2 < edit.tags().size(); ++i) {
+    if (edit.tags()[i].code == 102 && edit.text(i) == "{ACAD_XDICTIONARY") {
+      size_t end = i + 1;
+      while (end < edit.tags().size() && !(edit.tags()[end].code == 102 && edit.text(end) == "}")) {
+        ++end;
+      }
+      edit.erase(i, end + 1 - i);
+      break;
+    }
+  }
+  edit.commit();
+  if (dict != kNoRecord) doc.unlink(dict);
+  return true;
+}
+
+void eraseObject(Document& doc, RecordId id) {
+  std::vector<RecordId> pending = {id};
+  while (!pending.empty()) {
+    RecordId current = pending.back();
+    pending.pop_back();
+    if (doc.record(current).erased) continue;
+    Handle own = doc.record(current).handle;
+    if (Handle x = extensionDictionaryOf(doc, current); x != 0) {
+      if (RecordId dict = doc.byHandle(x); dict != kNoRecord) pending.push_back(dict);
+    }
+    if (doc.type(current) == "DICTIONARY" || doc.type(current) == "ACDBDICTIONARYWDFLT") {
+      for (const DictionaryEntry& entry : dictionaryEntries(doc, current)) {
+        RecordId child = doc.byHandle(entry.value);
+        if (child != kNoRecord && (entry.hard_owner || ownerOf(doc, child) == own)) {
+          pending.push_back(child);
+        }
+      }
+    }
+    // Attributes and vertices live only through the entity that they follow.
+    if (!isFollower(doc.type(current))) {
+      for (RecordId next = doc.next(current); next != kNoRecord && isFollower(doc.type(next));) {
+        RecordId after = doc.next(next);
+        bool last = doc.type(next) == "SEQEND";
+        doc.unlink(next);
+        if (last) break;
+        next = after;
+      }
+    }
+    if (Handle owner = ownerOf(doc, current); owner != 0) {
+      RecordId owner_id = doc.byHandle(owner);
+      if (owner_id != kNoRecord &&
+          (doc.type(owner_id) == "DICTIONARY" || doc.type(owner_id) == "ACDBDICTIONARYWDFLT")) {
+        for (const DictionaryEntry& entry : dictionaryEntries(doc, owner_id)) {
+          if (entry.value == own) {
+            dictionaryRemove(doc, owner_id, entry.key);
+            break;
+          }
+        }
+      }
+    }
+    doc.unlink(current);
+  }
+}
+
+}  // namespace dxf

@@ -1,0 +1,34 @@
+// Ownership between records: owners, extension dictionaries, the OBJECTS section, erasing.
+#pragma once
+
+#include <span>
+
+#include "base/status.h"
+#include "dxf/document.h"
+
+namespace dxf {
+
+// The owner handle (330 outside application groups), or 0.
+Handle ownerOf(const Document& doc, RecordId id);
+// The extension dictionary's handle (the 360 of "102 {ACAD_XDICTIONARY"), or 0.
+Handle extensionDictionaryOf(const Document& doc, RecordId id);
+// The extension dictionary of `id`, made (empty, hard-owned by `id`) when missing.
+// Fails on an R12 drawing, which cannot hold dictionaries.
+base::Result<RecordId> ensureExtensionDictionary(Document& doc, RecordId id);
+// Removes the extension dictionary of `id` iff it has no entries; returns true iff removed.
+bool releaseExtensionDictionary(Document& doc, RecordId id);
+
+// Adds an object record at the end of the OBJECTS section (made when missing) and gives it
+// a new handle, written as its code 5 tag right after the code 0 tag. `tags` holds the
+// code 0 tag and what follows the handle. Fails on R12 drawings.
+base::Result<RecordId> appendObject(Document& doc, std::vector<Tag> tags);
+
+// Erases `id` and what it hard-owns: its extension dictionary, the 360 entries of a
+// dictionary, and the ATTRIB / VERTEX / SEQEND records that follow an entity. An object
+// that a dictionary lists is also taken out of that dictionary.
+void eraseObject(Document& doc, RecordId id);
+
+// The error for storing objects in a drawing that cannot hold them.
+base::Status requireObjects(const Document& doc);
+
+}  // namespace dxf

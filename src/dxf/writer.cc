@@ -1,0 +1,202 @@
+// Writes a drawing back: unchanged records as their original bytes, changed ones from tags.
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include "dxf/document.h"
+#include "dxf/group_code.h"
+#include "dxf/number_text.h"
+
+namespace dxf {
+
+namespace {
+
+constexpr std::string_view kBinarySentinel{"AutoCAD Binary DXF\r\n\x1a\0", 22};
+
+template <typename T>
+void appendLittleEndian(std::string& out, T value) {
+  char bytes[sizeof(T)];
+  std::memcpy(bytes, &value, sizeof(T));
+  out.append(bytes, sizeof(T));
+}
+
+int hexDigit(char c) {
+  if (c >= '0' && c <= '9') return c - '0';
+  if (c >= 'a' && c <= 'f') return c - 'a' + 10;
+  if (c >= 'A' && c <= 'F') return c - 'A' + 10;
+  return 0;
+}
+
+}  // namespace
+
+// The value to write for `tag`: its own text, or the current $HANDSEED when `tag` is that
+// variable's value and handles were handed out since loading.
+static std::string_view tagText(const Document& doc, const Tag& tag, const Tag* handseed,
+                                const std::string& handseed_text) {
+  return &tag == handseed ? std::string_view(handseed_text) : doc.text(tag);
+}
+
+std::string Document::serialize() const {
+  std::string out;
+  out.reserve(raw_.size() + raw_.size() / 8 + 1024);
+  if (format_ == Format::kBinary) out.append(kBinarySentinel);
+
+  // $HANDSEED is kept current only here, so that handing out handles costs nothing.
+  RecordId head = header();
+  const Tag* handseed = nullptr;
+  std::string handseed_text;
+  if (head != kNoRecord && handles_allocated_) {
+    auto head_tags = tags(head);
+    for (size_t i = 0; i + 1 < head_tags.size(); ++i) {
+      if (head_tags[i].code == 9 && text(head_tags[i]) == "$HANDSEED") {
+        handseed = &head_tags[i + 1];
+        handseed_text = formatHandle(next_handle_);
+        break;
+      }
+    }
+  }
+
+  const std::string_view eol = crlf_ ? "\r\n" : "\n";
+  char code_buf[16];
+  for (RecordId id = first_; id != kNoRecord; id = records_[id].next) {
+    const Record& r = records_[id];
+    if (!r.changed && !(handseed && id == head)) {
+      out.append(raw_, r.raw_begin, r.raw_end - r.raw_begin);
+      continue;
+    }
+    for (const Tag& tag : tags(id)) {
+      std::string_view value = tagText(*this, tag, handseed, handseed_text);
+      if (format_ == Format::kAscii) {
+        int n = std::snprintf(code_buf, sizeof code_buf, padded_codes_ ? "%3d" : "%d", tag.code);
+        out.append(code_buf, n);
+        out.append(eol);
+        out.append(value);
+        out.append(eol);
+        continue;
+      }
+      int code = tag.code;
+      if (r12_binary_codes_) {
+        if (code >= 255 || code < 0) {
+          out.push_back(static_cast<char>(255));
+          appendLittleEndian(out, static_cast<int16_t>(code));
+        } else {
+          out.push_back(static_cast<char>(code));
+        }
+      } else {
+        appendLittleEndian(out, static_cast<int16_t>(code));
+      }
+      ValueKind kind = valueKind(code);
+      double real = 0;
+      int64_t integer = 0;
+      if (kind == ValueKind::kDouble) parseDouble(value, real);
+      if (isNumeric(kind) && kind != ValueKind::kDouble) parseInt(value, integer);
+      switch (kind) {
+        case ValueKind::kString:
+          out.append(value);
+          out.push_back('\0');
+          break;
+        case ValueKind::kDouble:
+          appendLittleEndian(out, real);
+          break;
+        case ValueKind::kInt16:
+          appendLittleEndian(out, static_cast<int16_t>(integer));
+          break;
+        case ValueKind::kInt32:
+          appendLittleEndian(out, static_cast<int32_t>(integer));
+          break;
+        case ValueKind::kInt64:
+          appendLittleEndian(out, integer);
+          break;
+        case ValueKind::kBool:
+          out.push_back(static_cast<char>(integer));
+          break;
+        case ValueKind::kBinary: {
+          size_t n = std::min<size_t>(value.size() / 2, 255);
+          out.push_back(static_cast<char>(n));
+          for (size_t i = 0; i < n; ++i) {
+            out.push_back(static_cast<char>(hexDigit(value[2 * i]) << 4 | hexDigit(value[2 * i + 1])));
+          }
+          break;
+        }
+      }
+    }
+  }
+  return out;
+}
+
+base::Status Document::save(const std::string& path) const {
+  std::string bytes = serialize();
+  std::string dir = ".";
+  size_t slash = path.find_last_of('/');
+  if (slash != std::string::npos) dir = slash == 0 ? "/" : path.substr(0, slash);
+  std::string temp = path + ".XXXXXX";
+  std::vector<char> temp_name(temp.begin(), temp.end());
+  temp_name.push_back('\0');
+  int fd = mkstemp(temp_name.data());
+  if (fd < 0) {
+    return base::Status::io("cannot create a temporary file in '" + dir + "': " +
+                            std::strerror(errno) + "; check that the folder exists and is writable");
+  }
+  auto fail = [&](const char* what) {
+    std::string message = std::string(what) + " '" + temp_name.data() + "': " + std::strerror(errno);
+    ::close(fd);
+    ::unlink(temp_name.data());
+    return base::Status::io(message + "; '" + path + "' was left unchanged");
+  };
+  struct stat existing;
+  mode_t mode = 0666;
+  if (::stat(path.c_str(), &existing) == 0) {
+    mode = existing.st_mode & 07777;
+  } else {
+    mode_t mask = ::umask(0);
+    ::umask(mask);
+    mode &= ~mask;
+  }
+  if (::fchmod(fd, mode) != 0) return fail("cannot set the permissions of");
+  size_t written = 0;
+  while (written < bytes.size()) {
+    ssize_t n = ::write(fd, bytes.data() + written, bytes.size() - written);
+    if (n < 0) {
+      if (errno == EINTR) continue;
+      return fail("cannot write");
+    }
+    written += static_cast<size_t>(n);
+  }
+  if (::fsync(fd) != 0) return fail("cannot flush");
+  if (::close(fd) != 0) {
+    std::string message = std::string("cannot close '") + temp_name.data() + "': " + std::strerror(errno);
+    ::unlink(temp_name.data());
+    return base::Status::io(message + "; '" + path + "' was left unchanged");
+  }
+  if (::rename(temp_name.data(), path.c_str()) != 0) {
+    std::string message = "cannot replace '" + path + "': " + std::strerror(errno);
+    ::unlink(temp_name.data());
+    return base::Status::io(message + "; it was left unchanged");
+  }
+  return base::Status::ok();
+}
+
+base::Result<Document> Document::load(const std::string& path) {
+  FILE* file = std::fopen(path.c_str(), "rb");
+  if (!file) return base::Status::io("cannot open '" + path + "': " + std::strerror(errno));
+  std::string bytes;
+  if (std::fseek(file, 0, SEEK_END) == 0) {
+    long size = std::ftell(file);
+    if (size > 0) bytes.resize(static_cast<size_t>(size));
+    std::fseek(file, 0, SEEK_SET);
+  }
+  size_t got = std::fread(bytes.data(), 1, bytes.size(), file);
+  bytes.resize(got);
+  char buf[1 << 16];
+  size_t n;
+  while ((n = std::fread(buf, 1, sizeof buf, file)) > 0) bytes.append(buf, n);
+  bool failed = std::ferror(file);
+  std::fclose(file);
+  if (failed) return base::Status::io("cannot read '" + path + "': " + std::strerror(errno));
+  return parse(std::move(bytes), path);
+}
+
+}  // namespace dxf

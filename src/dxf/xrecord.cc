@@ -1,0 +1,134 @@
+#include "dxf/xrecord.h"
+
+#include "dxf/group_code.h"
+#include "dxf/number_text.h"
+#include "dxf/record_edit.h"
+
+namespace dxf {
+
+TypedValue TypedValue::ofText(std::wstring value) {
+  TypedValue v;
+  v.code = 1;
+  v.type = Type::kText;
+  v.text = std::move(value);
+  return v;
+}
+
+TypedValue TypedValue::ofPoint(double x, double y, double z) {
+  TypedValue v;
+  v.code = 10;
+  v.type = Type::kPoint;
+  v.xyz[0] = x;
+  v.xyz[1] = y;
+  v.xyz[2] = z;
+  return v;
+}
+
+TypedValue TypedValue::ofReal(double value) {
+  TypedValue v;
+  v.code = 40;
+  v.type = Type::kReal;
+  v.xyz[0] = value;
+  return v;
+}
+
+TypedValue TypedValue::ofInteger(int32_t value) {
+  TypedValue v;
+  v.code = 90;
+  v.type = Type::kInteger;
+  v.integer = value;
+  return v;
+}
+
+namespace {
+
+// Index of the first data tag: after "100 AcDbXrecord" and the cloning flag that follows it;
+// -1 when the record has no such marker.
+int dataStart(const Document& doc, std::span<const Tag> tags) {
+  for (size_t i = 1; i < tags.size(); ++i) {
+    if (tags[i].code == 100 && doc.text(tags[i]) == "AcDbXrecord") {
+      return static_cast<int>(i + 1 < tags.size() && tags[i + 1].code == 280 ? i + 2 : i + 1);
+    }
+  }
+  return -1;
+}
+
+}  // namespace
+
+std::vector<TypedValue> readXrecord(const Document& doc, RecordId id) {
+  std::vector<TypedValue> out;
+  auto tags = doc.tags(id);
+  int start = dataStart(doc, tags);
+  for (size_t i = start < 0 ? tags.size() : static_cast<size_t>(start); i < tags.size(); ++i) {
+    const Tag& tag = tags[i];
+    std::string_view text = doc.text(tag);
+    TypedValue v;
+    v.code = tag.code;
+    switch (tag.code) {
+      case 1:
+        v.type = TypedValue::Type::kText;
+        v.text = doc.codec().decode(text);
+        break;
+      case 40:
+        v.type = parseDouble(text, v.xyz[0]) ? TypedValue::Type::kReal : TypedValue::Type::kRaw;
+        break;
+      case 90: {
+        int64_t n = 0;
+        v.type = parseInt(text, n) ? TypedValue::Type::kInteger : TypedValue::Type::kRaw;
+        v.integer = static_cast<int32_t>(n);
+        break;
+      }
+      case 10:
+        // A point is 10, 20 and 30; a lone 10 is kept as written.
+        if (i + 2 < tags.size() && tags[i + 1].code == 20 && tags[i + 2].code == 30 &&
+            parseDouble(text, v.xyz[0]) && parseDouble(doc.text(tags[i + 1]), v.xyz[1]) &&
+            parseDouble(doc.text(tags[i + 2]), v.xyz[2])) {
+          v.type = TypedValue::Type::kPoint;
+          i += 2;
+        }
+        break;
+      default:
+        break;
+    }
+    if (v.type == TypedValue::Type::kRaw) v.raw = std::string(text);
+    out.push_back(std::move(v));
+  }
+  return out;
+}
+
+void writeXrecord(Document& doc, RecordId id, const std::vector<TypedValue>& values) {
+  RecordEdit edit(doc, id);
+  std::vector<Tag>& tags = edit.tags();
+  int start = dataStart(doc, tags);
+  if (start < 0) {
+    // Readers expect the data after the subclass marker and its cloning flag.
+    tags.push_back(doc.makeTag(100, "AcDbXrecord"));
+    tags.push_back(doc.makeTag(280, "1"));
+    start = static_cast<int>(tags.size());
+  }
+  tags.resize(static_cast<size_t>(start));
+  for (const TypedValue& v : values) {
+    switch (v.type) {
+      case TypedValue::Type::kText:
+        tags.push_back(doc.makeTag(v.code, doc.codec().encode(v.text)));
+        break;
+      case TypedValue::Type::kPoint:
+        tags.push_back(doc.makeTag(v.code, formatDouble(v.xyz[0])));
+        tags.push_back(doc.makeTag(v.code + 10, formatDouble(v.xyz[1])));
+        tags.push_back(doc.makeTag(v.code + 20, formatDouble(v.xyz[2])));
+        break;
+      case TypedValue::Type::kReal:
+        tags.push_back(doc.makeTag(v.code, formatDouble(v.xyz[0])));
+        break;
+      case TypedValue::Type::kInteger:
+        tags.push_back(doc.makeTag(v.code, formatInt(v.integer)));
+        break;
+      case TypedValue::Type::kRaw:
+        tags.push_back(doc.makeTag(v.code, v.raw));
+        break;
+    }
+  }
+  edit.commit();
+}
+
+}  // namespace dxf

@@ -1,0 +1,36 @@
+// The data of an XRECORD as an ordered chain of typed values.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "dxf/document.h"
+
+namespace dxf {
+
+// One value of the chain. Codes 1 (text), 10 (point), 40 (real) and 90 (integer) are typed;
+// every other code is kept as the text it was written with, so it survives a rewrite.
+struct TypedValue {
+  enum class Type : uint8_t { kText, kPoint, kReal, kInteger, kRaw };
+
+  int16_t code = 0;
+  Type type = Type::kRaw;
+  std::wstring text;        // kText
+  double xyz[3] = {0, 0, 0};  // kPoint; kReal uses xyz[0]
+  int32_t integer = 0;      // kInteger
+  std::string raw;          // kRaw: the value as written in the file
+
+  static TypedValue ofText(std::wstring value);
+  static TypedValue ofPoint(double x, double y, double z);
+  static TypedValue ofReal(double value);
+  static TypedValue ofInteger(int32_t value);
+  bool operator==(const TypedValue&) const = default;
+};
+
+// The data of the XRECORD `id` (the tags after its cloning flag).
+std::vector<TypedValue> readXrecord(const Document& doc, RecordId id);
+// Replaces the data of the XRECORD `id`; the record's header tags are kept.
+void writeXrecord(Document& doc, RecordId id, const std::vector<TypedValue>& values);
+
+}  // namespace dxf
