@@ -2,6 +2,7 @@
 
 #include <array>
 #include <charconv>
+#include <cstddef>
 #include <cstdio>
 
 namespace bench {
@@ -47,9 +48,9 @@ enum : uint64_t {
 };
 
 constexpr std::array<std::string_view, 21> kLayers = {
-    "0",          "WALLS",       "DOORS",       "WINDOWS",    "FURNITURE", "ELECTRICAL", "LIGHTING",
-    "PLUMBING",   "HVAC",        "STRUCTURE",   "GRID",       "DIMENSIONS", "TEXT",      "HATCH",
-    "ROADS",      "PARCELS",     "CONTOURS",    "TREES",      "UTILITIES", "SURVEY",     "ANNOTATION"};
+    "0",        "WALLS",   "DOORS",     "WINDOWS", "FURNITURE",  "ELECTRICAL", "LIGHTING",
+    "PLUMBING", "HVAC",    "STRUCTURE", "GRID",    "DIMENSIONS", "TEXT",       "HATCH",
+    "ROADS",    "PARCELS", "CONTOURS",  "TREES",   "UTILITIES",  "SURVEY",     "ANNOTATION"};
 
 // splitmix64: tiny, and its output is fixed by the algorithm, unlike the standard
 // distributions whose results differ between library implementations.
@@ -81,7 +82,7 @@ class Writer {
     char digits[8];
     auto end = std::to_chars(digits, digits + sizeof digits, group_code).ptr;
     // Right-aligned in three columns, as most CAD programs write them.
-    for (ptrdiff_t pad = 3 - (end - digits); pad > 0; --pad) buffer_ += ' ';
+    for (std::ptrdiff_t pad = 3 - (end - digits); pad > 0; --pad) buffer_ += ' ';
     buffer_.append(digits, end);
     buffer_ += '\n';
   }
@@ -280,19 +281,16 @@ void writeTables(Writer& w) {
 
   beginTable(w, "DIMSTYLE", kDimstyleTable, 1);
   w.tag(100, "AcDbDimStyleTable");
-  beginTableRecord(w, "DIMSTYLE", kDimstyleStandard, kDimstyleTable,
-                   "AcDbDimStyleTableRecord");
+  beginTableRecord(w, "DIMSTYLE", kDimstyleStandard, kDimstyleTable, "AcDbDimStyleTableRecord");
   w.tag(2, "Standard");
   w.integer(70, 0);
   w.tag(0, "ENDTAB");
 
   beginTable(w, "BLOCK_RECORD", kBlockRecordTable, 3);
-  beginTableRecord(w, "BLOCK_RECORD", kModelSpaceRecord, kBlockRecordTable,
-                   "AcDbBlockTableRecord");
+  beginTableRecord(w, "BLOCK_RECORD", kModelSpaceRecord, kBlockRecordTable, "AcDbBlockTableRecord");
   w.tag(2, "*Model_Space");
   w.handle(340, kModelLayout);
-  beginTableRecord(w, "BLOCK_RECORD", kPaperSpaceRecord, kBlockRecordTable,
-                   "AcDbBlockTableRecord");
+  beginTableRecord(w, "BLOCK_RECORD", kPaperSpaceRecord, kBlockRecordTable, "AcDbBlockTableRecord");
   w.tag(2, "*Paper_Space");
   w.handle(340, kPaperLayout);
   beginTableRecord(w, "BLOCK_RECORD", kMarkRecord, kBlockRecordTable, "AcDbBlockTableRecord");
@@ -303,8 +301,8 @@ void writeTables(Writer& w) {
   w.tag(0, "ENDSEC");
 }
 
-void writeBlock(Writer& w, std::string_view name, uint64_t record, uint64_t begin,
-                uint64_t end, bool with_circle) {
+void writeBlock(Writer& w, std::string_view name, uint64_t record, uint64_t begin, uint64_t end,
+                bool with_circle) {
   w.tag(0, "BLOCK");
   w.handle(5, begin);
   w.handle(330, record);

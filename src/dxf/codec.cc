@@ -224,7 +224,7 @@ struct Codec::Impl {
   // Mutable caches below make an Impl (shared by copies of a Codec) single-threaded.
   mutable std::array<Converter, kEscapePages.size()> escape_decoders;
   mutable std::string buf;
-  mutable std::string buf2;
+  mutable std::string pending_utf32;
 
   // Sets the tables up for iconv encoding `iconv_name`; false if iconv lacks it.
   bool init(std::string_view iconv_name);
@@ -406,23 +406,22 @@ base::Result<Codec> Codec::forDrawing(std::string_view acadver, std::string_view
       return Codec(std::move(impl));
     }
     return base::Status::invalid("code page '" + std::string(codepage) +
-                                 "' is not supported: the system lacks " +
-                                 std::string(page.iconv));
+                                 "' is not supported: the system lacks " + std::string(page.iconv));
   }
   return base::Status::invalid("code page '" + std::string(codepage) + "' is not supported");
 }
 
 bool Codec::decode(std::string_view raw, std::wstring& out) const {
-  out.clear();
+  // Most values are plain ASCII: copy while checking, and start over only if they are not.
+  out.resize(raw.size());
   size_t first = 0;
-  while (first < raw.size() && static_cast<unsigned char>(raw[first]) < 0x80 &&
-         raw[first] != '\\') {
-    ++first;
+  for (; first < raw.size(); ++first) {
+    unsigned char c = static_cast<unsigned char>(raw[first]);
+    if (c >= 0x80 || c == '\\') break;
+    out[first] = static_cast<wchar_t>(c);
   }
-  if (first == raw.size()) {
-    out.assign(raw.begin(), raw.end());
-    return true;
-  }
+  if (first == raw.size()) return true;
+  out.clear();
   const Impl& impl = *impl_;
   if (impl.kind == Impl::Kind::kUtf8 && raw.find('\\', first) == std::string_view::npos) {
     return base::utf8ToWide(raw, out);
@@ -462,18 +461,16 @@ std::wstring Codec::decode(std::string_view raw) const {
 }
 
 std::string Codec::encode(std::wstring_view text) const {
-  std::string out;
-  out.reserve(text.size());
   size_t i = 0;
-  while (i < text.size() && static_cast<char32_t>(text[i]) < 0x80) {
-    out.push_back(static_cast<char>(text[i]));
-    ++i;
-  }
+  while (i < text.size() && static_cast<char32_t>(text[i]) < 0x80) ++i;
+  std::string out(i, '\0');
+  for (size_t k = 0; k < i; ++k) out[k] = static_cast<char>(text[k]);
   if (i == text.size()) return out;
   const Impl& impl = *impl_;
   if (impl.kind == Impl::Kind::kUtf8) return base::toUtf8(text);
+  out.reserve(text.size() + 8);
 
-  std::string& run = impl.buf2;  // UTF-32LE of the pending non-ASCII run (multibyte only)
+  std::string& run = impl.pending_utf32;  // UTF-32LE of the pending non-ASCII run (multibyte only)
   run.clear();
   while (i < text.size()) {
     char32_t cp = static_cast<char32_t>(text[i++]);

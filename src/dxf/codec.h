@@ -20,7 +20,8 @@ class Codec {
   // An unknown code page is an error naming it.
   static base::Result<Codec> forDrawing(std::string_view acadver, std::string_view codepage);
 
-  // Decodes raw value bytes into wide text, resolving \U+XXXX and \M+NXXXX escapes.
+  // Decodes raw value bytes into wide text, resolving \U+XXXX and \M+NXXXX escapes;
+  // other backslashes (MTEXT codes, malformed escapes) stay as they are.
   // Returns false iff some bytes are invalid in the encoding (they become U+FFFD).
   bool decode(std::string_view raw, std::wstring& out) const;
   std::wstring decode(std::string_view raw) const;

@@ -1,0 +1,16 @@
+#!/usr/bin/env bash
+# Installs what is needed, builds TAXOR and runs it on the bundled example in examples/.
+set -euo pipefail
+cd "$(dirname "${BASH_SOURCE[0]}")/.."
+
+bash scripts/setup-debian.sh
+cmake -S . -B build -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo
+cmake --build build
+
+TAXOR=build/apps/taxor/taxor
+if [[ ! -x $TAXOR ]]; then
+  echo "taxor is not built yet" >&2
+  exit 1
+fi
+# TODO: the example's input drawing and options.
+"$TAXOR" "$@"

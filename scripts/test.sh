@@ -1,0 +1,136 @@
+#!/usr/bin/env bash
+# Runs every test of TAXOR:
+#   1. build/       the normal build (RelWithDebInfo, warnings are errors) and its ctest;
+#   2. build-asan/  the same code under AddressSanitizer + UBSan and its ctest;
+#   3. build-fuzz/  the libFuzzer build (clang), and ~60 s of dxf_reader_fuzzer.
+# Every stage runs even when an earlier one failed. The last line is "N passed, N failed":
+# the ctest results of both builds plus the fuzz run as one test. A stage that cannot run
+# (configure or build error, no tests found) counts as one failed test. Exits non-zero if
+# anything failed.
+set -uo pipefail
+
+cd "$(dirname "${BASH_SOURCE[0]}")/.."
+ROOT=$(pwd)
+CORPUS="$ROOT/../shared/corpus/dxf"
+FUZZ_SECONDS=60
+
+PASSED=0
+FAILED=0
+SKIPPED=0
+FAILURES=()
+START=$SECONDS
+
+stage() { printf '\n=== %s ===\n' "$*"; }
+fail() {  # fail WHAT: one failed test that is not a ctest result
+  FAILED=$((FAILED + 1))
+  FAILURES+=("$1")
+  echo "test.sh: FAILED: $1" >&2
+}
+finish() {
+  echo
+  if [[ ${#FAILURES[@]} -gt 0 ]]; then
+    echo "test.sh: failures:"
+    printf '  %s\n' "${FAILURES[@]}"
+  fi
+  [[ $SKIPPED -gt 0 ]] && echo "test.sh: $SKIPPED skipped (not counted as passed)"
+  echo "test.sh: finished in $(( (SECONDS - START) / 60 ))m $(( (SECONDS - START) % 60 ))s"
+  echo "$PASSED passed, $FAILED failed"
+  [[ $FAILED -eq 0 ]]
+  exit
+}
+
+# run_ctest DIR: runs the tests of a build and adds its results to the totals.
+run_ctest() {
+  local dir=$1 log="$1/ctest.log"
+  ctest --test-dir "$dir" --output-on-failure -j2 --no-tests=error --timeout 900 2>&1 | tee "$log"
+  local rc=${PIPESTATUS[0]}
+  # "95% tests passed, 2 tests failed out of 40": skipped tests are inside the 95%.
+  local summary
+  summary=$(grep -E '^[0-9]+% tests passed, [0-9]+ tests? failed out of [0-9]+' "$log" | tail -n 1)
+  if [[ -z $summary ]]; then
+    fail "$dir: ctest ran no test (exit code $rc)"
+    return
+  fi
+  local failed total skipped
+  failed=$(sed -E 's/.* ([0-9]+) tests? failed out of.*/\1/' <<<"$summary")
+  total=$(sed -E 's/.* failed out of ([0-9]+).*/\1/' <<<"$summary")
+  skipped=$(grep -cE '^[[:space:]]+[0-9]+ - .* \(Skipped\)$' "$log")
+  PASSED=$((PASSED + total - failed - skipped))
+  FAILED=$((FAILED + failed))
+  SKIPPED=$((SKIPPED + skipped))
+  [[ $failed -gt 0 ]] && FAILURES+=("$dir: $failed of $total tests failed (see $log)")
+  if [[ $rc -ne 0 && $failed -eq 0 ]]; then
+    fail "$dir: ctest exited with $rc"
+  fi
+}
+
+# configure_and_build DIR [TARGET] -- CMAKE_ARGS...
+configure_and_build() {
+  local dir=$1 target=$2
+  shift 3
+  cmake -S . -B "$dir" -G Ninja "$@" || return 1
+  if [[ -n $target ]]; then
+    cmake --build "$dir" --target "$target"
+  else
+    cmake --build "$dir"
+  fi
+}
+
+stage "setup"
+if ! bash scripts/setup-debian.sh; then
+  fail "scripts/setup-debian.sh"
+  finish
+fi
+
+stage "build/ (RelWithDebInfo, -Werror)"
+if configure_and_build build "" -- -DCMAKE_BUILD_TYPE=RelWithDebInfo -DTAXOR_WERROR=ON \
+    -DTAXOR_SANITIZE=OFF -DTAXOR_FUZZ=OFF -DTAXOR_BENCH=ON; then
+  stage "build/ ctest"
+  run_ctest build
+else
+  fail "build/: configure or build"
+fi
+
+stage "build-asan/ (AddressSanitizer + UBSan)"
+export ASAN_OPTIONS="${ASAN_OPTIONS:-detect_leaks=1:strict_string_checks=1}"
+export UBSAN_OPTIONS="${UBSAN_OPTIONS:-print_stacktrace=1}"
+if configure_and_build build-asan "" -- -DCMAKE_BUILD_TYPE=RelWithDebInfo -DTAXOR_SANITIZE=ON \
+    -DTAXOR_FUZZ=OFF -DTAXOR_BENCH=OFF; then
+  stage "build-asan/ ctest"
+  run_ctest build-asan
+else
+  fail "build-asan/: configure or build"
+fi
+
+stage "build-fuzz/ (clang, libFuzzer)"
+# A build directory first configured with another compiler keeps it: start that one afresh.
+if [[ -f build-fuzz/CMakeCache.txt ]] &&
+    ! grep -qE '^CMAKE_CXX_COMPILER:[A-Z]+=.*clang\+\+' build-fuzz/CMakeCache.txt; then
+  rm -rf build-fuzz
+fi
+if CC=clang CXX=clang++ configure_and_build build-fuzz dxf_reader_fuzzer -- \
+    -DCMAKE_BUILD_TYPE=RelWithDebInfo -DTAXOR_FUZZ=ON -DTAXOR_SANITIZE=OFF -DTAXOR_BENCH=OFF; then
+  stage "dxf_reader_fuzzer for ${FUZZ_SECONDS}s"
+  work=$(mktemp -d)
+  trap 'rm -rf "$work"' EXIT
+  mkdir -p "$work/corpus" "$work/extra" build-fuzz/artifacts
+  cp fuzz/seeds/*.dxf "$work/corpus/"
+  if [[ -d $CORPUS ]]; then  # small real drawings as extra seeds; they stay outside the repo
+    find "$CORPUS" -maxdepth 1 -type f -iname '*.dxf' -size -50k -exec cp {} "$work/extra/" \;
+  fi
+  echo "seeds: $(ls "$work/corpus" | wc -l) own, $(ls "$work/extra" | wc -l) from $CORPUS"
+  log=build-fuzz/fuzz.log
+  if build-fuzz/fuzz/dxf_reader_fuzzer -max_total_time="$FUZZ_SECONDS" -timeout=30 \
+      -print_final_stats=1 -artifact_prefix=build-fuzz/artifacts/ \
+      "$work/corpus" "$work/extra" >"$log" 2>&1; then
+    grep -E '^(Done [0-9]+ runs|stat::number_of_executed_units|stat::peak_rss_mb)' "$log" || true
+    PASSED=$((PASSED + 1))
+  else
+    tail -n 80 "$log"
+    fail "dxf_reader_fuzzer (full log $log; inputs kept in build-fuzz/artifacts/)"
+  fi
+else
+  fail "build-fuzz/: configure or build"
+fi
+
+finish

@@ -1,0 +1,379 @@
+#include "headless/dxf_database.h"
+
+#include <algorithm>
+#include <charconv>
+
+#include "base/utf.h"
+#include "dxf/blocks.h"
+#include "dxf/dictionary.h"
+#include "dxf/entity_properties.h"
+#include "dxf/group_code.h"
+#include "dxf/number_text.h"
+#include "dxf/objects.h"
+#include "dxf/sort_entities.h"
+#include "dxf/symbol_tables.h"
+#include "dxf/xrecord.h"
+#include "headless/entity_class.h"
+
+namespace headless {
+
+using base::Result;
+using base::Status;
+using host::ObjectId;
+
+DxfDatabase::DxfDatabase(dxf::Document& drawing) : drawing_(drawing) {
+  session_vars_["CMDECHO"] = host::SysVar{int16_t{1}};
+}
+
+dxf::RecordId DxfDatabase::toRecord(ObjectId id) const {
+  if (id.isNull() || id.value > drawing_.recordCount()) return dxf::kNoRecord;
+  auto record = static_cast<dxf::RecordId>(id.value - 1);
+  return drawing_.record(record).erased ? dxf::kNoRecord : record;
+}
+
+Result<dxf::RecordId> DxfDatabase::record(ObjectId id, const char* what) const {
+  dxf::RecordId r = toRecord(id);
+  if (r == dxf::kNoRecord) {
+    return Status::notFound(std::string(what) + " " + std::to_string(id.value) + " does not exist");
+  }
+  return r;
+}
+
+Result<dxf::RecordId> DxfDatabase::dictionaryRecord(ObjectId id) const {
+  auto r = record(id, "dictionary");
+  if (!r) return r;
+  std::string_view type = drawing_.type(*r);
+  if (type != "DICTIONARY" && type != "ACDBDICTIONARYWDFLT") {
+    return Status::invalid("object " + std::to_string(id.value) + " is a " + std::string(type) +
+                           ", not a dictionary");
+  }
+  return r;
+}
+
+ObjectId DxfDatabase::idForHandle(std::wstring_view hex) const {
+  dxf::Handle handle = 0;
+  std::string text = base::toUtf8(hex);
+  auto [ptr, ec] = std::from_chars(text.data(), text.data() + text.size(), handle, 16);
+  if (ec != std::errc() || ptr != text.data() + text.size()) return {};
+  dxf::RecordId r = drawing_.byHandle(handle);
+  return r == dxf::kNoRecord ? ObjectId{} : toId(r);
+}
+
+void DxfDatabase::notifyAppended(ObjectId id) {
+  for (host::DatabaseReactor* reactor : std::vector(reactors_)) reactor->objectAppended(id);
+}
+
+ObjectId DxfDatabase::namedObjectsDictionary() {
+  dxf::RecordId root = dxf::namedObjectsDictionary(drawing_);
+  return root == dxf::kNoRecord ? ObjectId{} : toId(root);
+}
+
+Result<ObjectId> DxfDatabase::dictionaryGet(ObjectId dict, std::wstring_view key) {
+  auto d = dictionaryRecord(dict);
+  if (!d) return d.status();
+  dxf::RecordId entry = dxf::dictionaryGet(drawing_, *d, key);
+  if (entry == dxf::kNoRecord) return Status::notFound("no entry '" + base::toUtf8(key) + "'");
+  return toId(entry);
+}
+
+Result<std::vector<std::pair<std::wstring, ObjectId>>> DxfDatabase::dictionaryEntries(ObjectId dict) {
+  auto d = dictionaryRecord(dict);
+  if (!d) return d.status();
+  std::vector<std::pair<std::wstring, ObjectId>> out;
+  for (dxf::DictionaryEntry& entry : dxf::dictionaryEntries(drawing_, *d)) {
+    dxf::RecordId r = drawing_.byHandle(entry.value);
+    // An entry naming nothing is dangling; callers can do nothing with it.
+    if (r != dxf::kNoRecord) out.emplace_back(std::move(entry.key), toId(r));
+  }
+  return out;
+}
+
+Status DxfDatabase::dictionaryRemove(ObjectId dict, std::wstring_view key) {
+  auto d = dictionaryRecord(dict);
+  if (!d) return d.status();
+  if (!dxf::dictionaryRemove(drawing_, *d, key)) {
+    return Status::notFound("no entry '" + base::toUtf8(key) + "'");
+  }
+  return Status::ok();
+}
+
+Result<ObjectId> DxfDatabase::createEntry(ObjectId owner, std::wstring_view key, bool xrecord) {
+  auto d = dictionaryRecord(owner);
+  if (!d) return d.status();
+  if (dxf::dictionaryHas(drawing_, *d, key)) {
+    return Status::invalid("entry '" + base::toUtf8(key) + "' exists already");
+  }
+  auto created = xrecord ? dxf::createXrecord(drawing_, *d, key)
+                         : dxf::createDictionary(drawing_, *d, key);
+  if (!created) return created.status();
+  return toId(*created);
+}
+
+Result<ObjectId> DxfDatabase::createDictionary(ObjectId owner, std::wstring_view key) {
+  return createEntry(owner, key, false);
+}
+
+Result<ObjectId> DxfDatabase::createXrecord(ObjectId owner, std::wstring_view key) {
+  return createEntry(owner, key, true);
+}
+
+Result<host::ResBufChain> DxfDatabase::readXrecord(ObjectId xrecord) {
+  auto r = record(xrecord, "XRECORD");
+  if (!r) return r.status();
+  if (drawing_.type(*r) != "XRECORD") return Status::invalid("object is not an XRECORD");
+  host::ResBufChain chain;
+  for (dxf::TypedValue& v : dxf::readXrecord(drawing_, *r)) {
+    host::ResBuf rb;
+    rb.code = v.code;
+    switch (v.type) {
+      case dxf::TypedValue::Type::kText: rb.value = std::move(v.text); break;
+      case dxf::TypedValue::Type::kPoint: rb.value = host::Point3{v.xyz[0], v.xyz[1], v.xyz[2]}; break;
+      case dxf::TypedValue::Type::kReal: rb.value = v.xyz[0]; break;
+      case dxf::TypedValue::Type::kInteger: rb.value = v.integer; break;
+      case dxf::TypedValue::Type::kRaw: rb.value = std::move(v.raw); break;
+    }
+    chain.push_back(std::move(rb));
+  }
+  return chain;
+}
+
+Status DxfDatabase::writeXrecord(ObjectId xrecord, const host::ResBufChain& chain) {
+  auto r = record(xrecord, "XRECORD");
+  if (!r) return r.status();
+  if (drawing_.type(*r) != "XRECORD") return Status::invalid("object is not an XRECORD");
+  std::vector<dxf::TypedValue> values;
+  values.reserve(chain.size());
+  for (const host::ResBuf& rb : chain) {
+    dxf::TypedValue v;
+    v.code = static_cast<int16_t>(rb.code);
+    if (auto* text = std::get_if<std::wstring>(&rb.value)) {
+      v = dxf::TypedValue::ofText(*text);
+    } else if (auto* point = std::get_if<host::Point3>(&rb.value)) {
+      v = dxf::TypedValue::ofPoint(point->x, point->y, point->z);
+    } else if (auto* real = std::get_if<double>(&rb.value)) {
+      v = dxf::TypedValue::ofReal(*real);
+    } else if (auto* integer = std::get_if<int32_t>(&rb.value)) {
+      v = dxf::TypedValue::ofInteger(*integer);
+    } else {
+      v.type = dxf::TypedValue::Type::kRaw;
+      v.raw = std::get<std::string>(rb.value);
+    }
+    v.code = static_cast<int16_t>(rb.code);
+    values.push_back(std::move(v));
+  }
+  dxf::writeXrecord(drawing_, *r, values);
+  return Status::ok();
+}
+
+Result<ObjectId> DxfDatabase::extensionDictionary(ObjectId object) {
+  auto r = record(object, "object");
+  if (!r) return r.status();
+  dxf::RecordId dict = drawing_.byHandle(dxf::extensionDictionaryOf(drawing_, *r));
+  return dict == dxf::kNoRecord ? ObjectId{} : toId(dict);
+}
+
+Result<ObjectId> DxfDatabase::createExtensionDictionary(ObjectId object) {
+  auto r = record(object, "object");
+  if (!r) return r.status();
+  auto dict = dxf::ensureExtensionDictionary(drawing_, *r);
+  if (!dict) return dict.status();
+  return toId(*dict);
+}
+
+Result<bool> DxfDatabase::releaseExtensionDictionary(ObjectId object) {
+  auto r = record(object, "object");
+  if (!r) return r.status();
+  return dxf::releaseExtensionDictionary(drawing_, *r);
+}
+
+Status DxfDatabase::erase(ObjectId object) {
+  auto r = record(object, "object");
+  if (!r) return r.status();
+  dxf::eraseObject(drawing_, *r);
+  for (host::DatabaseReactor* reactor : std::vector(reactors_)) reactor->objectErased(object);
+  return Status::ok();
+}
+
+bool DxfDatabase::isValid(ObjectId id) { return toRecord(id) != dxf::kNoRecord; }
+
+std::wstring DxfDatabase::entityClass(ObjectId entity) {
+  dxf::RecordId r = toRecord(entity);
+  return r == dxf::kNoRecord ? std::wstring() : hostEntityClass(drawing_, r);
+}
+
+std::vector<ObjectId> DxfDatabase::modelSpaceEntities() {
+  std::vector<ObjectId> out;
+  for (dxf::RecordId r : dxf::modelSpaceEntities(drawing_)) out.push_back(toId(r));
+  return out;
+}
+
+// The two property enumerations list the same properties in the same order.
+static_assert(static_cast<int>(host::EntityProperty::kElevation) ==
+              static_cast<int>(dxf::Prop::kElevation));
+static_assert(static_cast<int>(host::EntityProperty::kBackgroundColor) ==
+              static_cast<int>(dxf::Prop::kBackgroundColor));
+
+namespace {
+
+host::PropertyValue toHost(dxf::PropValue value) {
+  return std::visit(
+      [](auto&& v) -> host::PropertyValue {
+        using T = std::decay_t<decltype(v)>;
+        if constexpr (std::is_same_v<T, dxf::Point3>) {
+          return host::Point3{v.x, v.y, v.z};
+        } else if constexpr (std::is_same_v<T, dxf::EntityColor>) {
+          return host::Color{v.index, v.rgb};
+        } else {
+          return v;
+        }
+      },
+      std::move(value));
+}
+
+dxf::PropValue toDxf(const host::PropertyValue& value) {
+  return std::visit(
+      [](auto&& v) -> dxf::PropValue {
+        using T = std::decay_t<decltype(v)>;
+        if constexpr (std::is_same_v<T, host::Point3>) {
+          return dxf::Point3{v.x, v.y, v.z};
+        } else if constexpr (std::is_same_v<T, host::Color>) {
+          return dxf::EntityColor{v.index, v.rgb};
+        } else {
+          return v;
+        }
+      },
+      value);
+}
+
+}  // namespace
+
+host::PropertyValue DxfDatabase::getProperty(ObjectId entity, host::EntityProperty property) {
+  dxf::RecordId r = toRecord(entity);
+  if (r == dxf::kNoRecord) return std::monostate{};
+  return toHost(dxf::getProperty(drawing_, r, static_cast<dxf::Prop>(property)));
+}
+
+Status DxfDatabase::setProperty(ObjectId entity, host::EntityProperty property,
+                                const host::PropertyValue& value) {
+  auto r = record(entity, "entity");
+  if (!r) return r.status();
+  return dxf::setProperty(drawing_, *r, static_cast<dxf::Prop>(property), toDxf(value));
+}
+
+Status DxfDatabase::setRelativeDrawOrder(const std::vector<ObjectId>& entities) {
+  std::vector<dxf::RecordId> records;
+  for (ObjectId id : entities) {
+    auto r = record(id, "entity");
+    if (!r) return r.status();
+    records.push_back(*r);
+  }
+  dxf::RecordId model = dxf::findBlockRecord(drawing_, L"*Model_Space");
+  if (model == dxf::kNoRecord) return Status::unsupported("the drawing has no model-space block record");
+  auto table = dxf::ensureSortEntsTable(drawing_, model);
+  if (!table) return table.status();
+  return dxf::setRelativeDrawOrder(drawing_, *table, records);
+}
+
+bool DxfDatabase::hasSymbol(host::SymbolTable table, std::wstring_view name) {
+  switch (table) {
+    case host::SymbolTable::kLayer: return dxf::findTableEntry(drawing_, "LAYER", name) != dxf::kNoRecord;
+    case host::SymbolTable::kLinetype: return dxf::findTableEntry(drawing_, "LTYPE", name) != dxf::kNoRecord;
+    case host::SymbolTable::kTextStyle: return dxf::findTableEntry(drawing_, "STYLE", name) != dxf::kNoRecord;
+    case host::SymbolTable::kDimensionStyle:
+      return dxf::findTableEntry(drawing_, "DIMSTYLE", name) != dxf::kNoRecord;
+    case host::SymbolTable::kBlock: return dxf::findBlock(drawing_, name) != dxf::kNoRecord;
+  }
+  return false;
+}
+
+Result<host::LayerState> DxfDatabase::layerState(std::wstring_view layer) {
+  dxf::RecordId r = dxf::findTableEntry(drawing_, "LAYER", layer);
+  if (r == dxf::kNoRecord) return Status::notFound("layer '" + base::toUtf8(layer) + "' does not exist");
+  dxf::LayerState state = dxf::layerState(drawing_, r);
+  host::LayerState out;
+  out.frozen = state.frozen;
+  out.locked = state.locked;
+  out.off = state.off;
+  return out;
+}
+
+Result<host::SysVar> DxfDatabase::getVar(std::string_view name) {
+  std::string upper(name);
+  std::transform(upper.begin(), upper.end(), upper.begin(), ::toupper);
+  if (auto it = session_vars_.find(upper); it != session_vars_.end()) return it->second;
+  std::vector<dxf::Tag> tags = drawing_.headerVariable("$" + upper);
+  if (tags.empty()) return Status::notFound("unknown variable " + upper);
+  const dxf::Tag& first = tags.front();
+  std::string_view text = drawing_.text(first);
+  switch (dxf::valueKind(first.code)) {
+    case dxf::ValueKind::kDouble: {
+      if (first.code >= 10 && first.code <= 18 && tags.size() >= 2) {
+        host::Point3 p;
+        dxf::parseDouble(text, p.x);
+        dxf::parseDouble(drawing_.text(tags[1]), p.y);
+        if (tags.size() >= 3) dxf::parseDouble(drawing_.text(tags[2]), p.z);
+        return host::SysVar{p};
+      }
+      double v = 0;
+      dxf::parseDouble(text, v);
+      return host::SysVar{v};
+    }
+    case dxf::ValueKind::kInt16:
+    case dxf::ValueKind::kBool: {
+      int64_t v = 0;
+      dxf::parseInt(text, v);
+      return host::SysVar{static_cast<int16_t>(v)};
+    }
+    case dxf::ValueKind::kInt32:
+    case dxf::ValueKind::kInt64: {
+      int64_t v = 0;
+      dxf::parseInt(text, v);
+      return host::SysVar{static_cast<int32_t>(v)};
+    }
+    default:
+      return host::SysVar{drawing_.codec().decode(text)};
+  }
+}
+
+Status DxfDatabase::setVar(std::string_view name, const host::SysVar& value) {
+  std::string upper(name);
+  std::transform(upper.begin(), upper.end(), upper.begin(), ::toupper);
+  auto current = getVar(upper);
+  if (!current) return current.status();
+  if (current->value.index() != value.value.index()) {
+    return Status::invalid("variable " + upper + " has another type");
+  }
+  if (auto it = session_vars_.find(upper); it != session_vars_.end()) {
+    it->second = value;
+    return Status::ok();
+  }
+  std::vector<dxf::Tag> tags = drawing_.headerVariable("$" + upper);
+  int code = tags.front().code;
+  std::vector<dxf::Tag> out;
+  std::visit(
+      [&](auto&& v) {
+        using T = std::decay_t<decltype(v)>;
+        if constexpr (std::is_same_v<T, host::Point3>) {
+          out.push_back(drawing_.makeTag(code, v.x));
+          out.push_back(drawing_.makeTag(code + 10, v.y));
+          if (tags.size() >= 3) out.push_back(drawing_.makeTag(code + 20, v.z));
+        } else if constexpr (std::is_same_v<T, std::wstring>) {
+          out.push_back(drawing_.makeTag(code, drawing_.codec().encode(v)));
+        } else if constexpr (std::is_same_v<T, double>) {
+          out.push_back(drawing_.makeTag(code, v));
+        } else {
+          out.push_back(drawing_.makeTag(code, int64_t{v}));
+        }
+      },
+      value.value);
+  drawing_.setHeaderVariable("$" + upper, out);
+  return Status::ok();
+}
+
+void DxfDatabase::addReactor(host::DatabaseReactor* reactor) { reactors_.push_back(reactor); }
+
+void DxfDatabase::removeReactor(host::DatabaseReactor* reactor) {
+  reactors_.erase(std::remove(reactors_.begin(), reactors_.end(), reactor), reactors_.end());
+}
+
+}  // namespace headless

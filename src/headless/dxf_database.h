@@ -1,0 +1,65 @@
+// The host's drawing database on a DXF drawing held in memory.
+#pragma once
+
+#include <map>
+#include <string>
+#include <vector>
+
+#include "dxf/document.h"
+#include "host/database.h"
+
+namespace headless {
+
+class DxfDatabase : public host::Database {
+ public:
+  // Works on `drawing`, which must outlive this object.
+  explicit DxfDatabase(dxf::Document& drawing);
+
+  dxf::Document& drawing() { return drawing_; }
+  static host::ObjectId toId(dxf::RecordId record) { return host::ObjectId{uint64_t{record} + 1}; }
+  // The record an id names, or kNoRecord for the null id, a foreign id or an erased record.
+  dxf::RecordId toRecord(host::ObjectId id) const;
+  // The entity whose handle is `hex`, or the null id.
+  host::ObjectId idForHandle(std::wstring_view hex) const;
+  // Tells the reactors of an entity that was added to the drawing behind this database.
+  void notifyAppended(host::ObjectId id);
+
+  host::ObjectId namedObjectsDictionary() override;
+  base::Result<host::ObjectId> dictionaryGet(host::ObjectId dict, std::wstring_view key) override;
+  base::Result<std::vector<std::pair<std::wstring, host::ObjectId>>> dictionaryEntries(
+      host::ObjectId dict) override;
+  base::Status dictionaryRemove(host::ObjectId dict, std::wstring_view key) override;
+  base::Result<host::ObjectId> createDictionary(host::ObjectId owner, std::wstring_view key) override;
+  base::Result<host::ObjectId> createXrecord(host::ObjectId owner, std::wstring_view key) override;
+  base::Result<host::ResBufChain> readXrecord(host::ObjectId xrecord) override;
+  base::Status writeXrecord(host::ObjectId xrecord, const host::ResBufChain& chain) override;
+  base::Result<host::ObjectId> extensionDictionary(host::ObjectId object) override;
+  base::Result<host::ObjectId> createExtensionDictionary(host::ObjectId object) override;
+  base::Result<bool> releaseExtensionDictionary(host::ObjectId object) override;
+  base::Status erase(host::ObjectId object) override;
+  bool isValid(host::ObjectId id) override;
+  std::wstring entityClass(host::ObjectId entity) override;
+  std::vector<host::ObjectId> modelSpaceEntities() override;
+  host::PropertyValue getProperty(host::ObjectId entity, host::EntityProperty property) override;
+  base::Status setProperty(host::ObjectId entity, host::EntityProperty property,
+                           const host::PropertyValue& value) override;
+  base::Status setRelativeDrawOrder(const std::vector<host::ObjectId>& entities) override;
+  bool hasSymbol(host::SymbolTable table, std::wstring_view name) override;
+  base::Result<host::LayerState> layerState(std::wstring_view layer) override;
+  base::Result<host::SysVar> getVar(std::string_view name) override;
+  base::Status setVar(std::string_view name, const host::SysVar& value) override;
+  void addReactor(host::DatabaseReactor* reactor) override;
+  void removeReactor(host::DatabaseReactor* reactor) override;
+
+ private:
+  base::Result<dxf::RecordId> record(host::ObjectId id, const char* what) const;
+  base::Result<dxf::RecordId> dictionaryRecord(host::ObjectId id) const;
+  base::Result<host::ObjectId> createEntry(host::ObjectId owner, std::wstring_view key, bool xrecord);
+
+  dxf::Document& drawing_;
+  std::vector<host::DatabaseReactor*> reactors_;
+  // Variables a CAD session has that a DXF header does not keep (CMDECHO...).
+  std::map<std::string, host::SysVar, std::less<>> session_vars_;
+};
+
+}  // namespace headless

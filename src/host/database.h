@@ -1,0 +1,108 @@
+// The drawing database as the system sees it: objects by id, dictionaries, XRECORDs,
+// extension dictionaries, entities and their properties, symbol tables, system variables.
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "base/status.h"
+#include "host/entity_property.h"
+#include "host/types.h"
+
+namespace host {
+
+// Told of changes to the database while registered (see Database::addReactor).
+class DatabaseReactor {
+ public:
+  virtual ~DatabaseReactor() = default;
+  virtual void objectAppended(ObjectId /*id*/) {}
+  virtual void objectErased(ObjectId /*id*/) {}
+};
+
+// What a layer's flags say about its entities.
+struct LayerState {
+  bool frozen = false;
+  bool off = false;
+  bool locked = false;
+  bool hidden = false;  // false where the host has no such state
+};
+
+enum class SymbolTable : uint8_t {
+  kLayer,
+  kLinetype,
+  kTextStyle,
+  kDimensionStyle,
+  kBlock,
+};
+
+// Every method reports failure through its Status: kNotFound when the object, key or name
+// does not exist, kUnsupported when this drawing or host cannot do it (for example
+// dictionaries in a drawing format that has none), kInvalid for a wrong argument.
+// Out-values are unspecified on failure. Ids come from this database only.
+class Database {
+ public:
+  Database() = default;
+  Database(const Database&) = delete;
+  Database& operator=(const Database&) = delete;
+  virtual ~Database() = default;
+
+  // --- Dictionaries. Keys compare case-insensitively.
+  // The root dictionary of named objects; null when the drawing has none (R12).
+  virtual ObjectId namedObjectsDictionary() = 0;
+  // Entry `key` of `dict`: kNotFound when absent.
+  virtual base::Result<ObjectId> dictionaryGet(ObjectId dict, std::wstring_view key) = 0;
+  // Entries in the dictionary's own order, as (key, object) pairs.
+  virtual base::Result<std::vector<std::pair<std::wstring, ObjectId>>> dictionaryEntries(
+      ObjectId dict) = 0;
+  // Removes the entry `key` (the object stays); kNotFound when absent.
+  virtual base::Status dictionaryRemove(ObjectId dict, std::wstring_view key) = 0;
+  // Creates an empty dictionary or XRECORD owned by `owner` under `key`; an existing entry of
+  // that key is an kInvalid error and nothing changes.
+  virtual base::Result<ObjectId> createDictionary(ObjectId owner, std::wstring_view key) = 0;
+  virtual base::Result<ObjectId> createXrecord(ObjectId owner, std::wstring_view key) = 0;
+
+  // --- XRECORDs.
+  virtual base::Result<ResBufChain> readXrecord(ObjectId xrecord) = 0;
+  virtual base::Status writeXrecord(ObjectId xrecord, const ResBufChain& chain) = 0;
+
+  // --- Extension dictionaries.
+  // The object's extension dictionary, or the null id when it has none.
+  virtual base::Result<ObjectId> extensionDictionary(ObjectId object) = 0;
+  // Creates it when missing and returns it.
+  virtual base::Result<ObjectId> createExtensionDictionary(ObjectId object) = 0;
+  // Removes it when it has no entries; returns true iff it was removed.
+  virtual base::Result<bool> releaseExtensionDictionary(ObjectId object) = 0;
+
+  // --- Objects and entities.
+  // Erases an object together with what it owns (extension dictionary, attributes...).
+  virtual base::Status erase(ObjectId object) = 0;
+  // True while `id` names an object that is not erased.
+  virtual bool isValid(ObjectId id) = 0;
+  // The entity's class as the host names it ("AcDbLine", "AcDbPolyline",
+  // "AcDbRotatedDimension"...); empty for objects that are not entities.
+  virtual std::wstring entityClass(ObjectId entity) = 0;
+  // Model-space entities in drawing order.
+  virtual std::vector<ObjectId> modelSpaceEntities() = 0;
+  virtual PropertyValue getProperty(ObjectId entity, EntityProperty property) = 0;
+  virtual base::Status setProperty(ObjectId entity, EntityProperty property,
+                                   const PropertyValue& value) = 0;
+  // Draws `entities` in the given order relative to one another (first lowest), through the
+  // model-space sort table, which is made when missing.
+  virtual base::Status setRelativeDrawOrder(const std::vector<ObjectId>& entities) = 0;
+
+  // --- Symbol tables.
+  virtual bool hasSymbol(SymbolTable table, std::wstring_view name) = 0;
+  virtual base::Result<LayerState> layerState(std::wstring_view layer) = 0;
+
+  // --- System variables. kNotFound for a name the host does not know.
+  virtual base::Result<SysVar> getVar(std::string_view name) = 0;
+  // The value must have the variable's own type; kInvalid otherwise.
+  virtual base::Status setVar(std::string_view name, const SysVar& value) = 0;
+
+  // --- Reactors. A reactor stays registered until removed; the caller keeps it alive.
+  virtual void addReactor(DatabaseReactor* reactor) = 0;
+  virtual void removeReactor(DatabaseReactor* reactor) = 0;
+};
+
+}  // namespace host

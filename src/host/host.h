@@ -1,0 +1,33 @@
+// Everything the system asks of a CAD application, in one place.
+#pragma once
+
+#include "host/command_stack.h"
+#include "host/database.h"
+#include "host/dialogs.h"
+#include "host/document.h"
+#include "host/editor.h"
+
+namespace host {
+
+class Host {
+ public:
+  Host() = default;
+  Host(const Host&) = delete;
+  Host& operator=(const Host&) = delete;
+  virtual ~Host() = default;
+
+  // The current document; every command works on it.
+  virtual Document& document() = 0;
+  virtual Editor& editor() = 0;
+  virtual Dialogs& dialogs() = 0;
+  virtual CommandStack& commands() = 0;
+
+  // The string resources that prompts and messages come from while a command runs.
+  // Every push is matched by a pop on every path of the command.
+  virtual void pushResourceHandle() = 0;
+  virtual void popResourceHandle() = 0;
+
+  Database& database() { return document().database(); }
+};
+
+}  // namespace host

@@ -1,0 +1,51 @@
+#include "shell/application.h"
+
+#include "shell/command_table.h"
+
+namespace shell {
+
+namespace {
+
+// Keeps the program's string resources current for the length of a command, so that no
+// return path can leave them pushed.
+class ResourceScope {
+ public:
+  explicit ResourceScope(host::Host& host) : host_(host) { host_.pushResourceHandle(); }
+  ~ResourceScope() { host_.popResourceHandle(); }
+  ResourceScope(const ResourceScope&) = delete;
+  ResourceScope& operator=(const ResourceScope&) = delete;
+
+ private:
+  host::Host& host_;
+};
+
+constexpr int kCommandFlags =
+    host::kCommandUsePickSet | host::kCommandRedraw | host::kCommandNoPaperSpace;
+
+}  // namespace
+
+base::Status Application::initialize() {
+  for (const CommandSpec& spec : commandTable()) {
+    base::Status status =
+        host_.commands().addCommand(kCommandGroup, spec.name, kCommandFlags, [this, &spec] { run(spec); });
+    if (!status) return status.withContext("registering the commands");
+  }
+  return base::Status::ok();
+}
+
+void Application::run(const CommandSpec& spec) {
+  ResourceScope resources(host_);
+  CommandContext context(host_, state_, strings_, spec.name);
+  if (spec.needs_catalogue && !state_.catalogue) {
+    context.print(StringId::kErrorNoFileLoaded);
+    return;
+  }
+  spec.handler(context);
+}
+
+void Application::unload() {
+  state_.catalogue.reset();
+  host_.commands().removeGroup(kCommandGroup);
+}
+
+}  // namespace shell

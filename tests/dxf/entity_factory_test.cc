@@ -1,0 +1,723 @@
+#include "dxf/entity_factory.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "dxf/blocks.h"
+#include "dxf/number_text.h"
+#include "dxf/objects.h"
+
+namespace dxf {
+namespace {
+
+// A drawing written as one "code value" pair per line, to keep the fixtures readable.
+// Without `keep_handles` the handles and the header variables about them are left out.
+std::string dxfText(std::string_view pairs, bool keep_handles = true) {
+  std::string out;
+  bool skip_value = false;
+  while (!pairs.empty()) {
+    size_t eol = pairs.find('\n');
+    std::string_view line = pairs.substr(0, eol);
+    pairs.remove_prefix(eol == std::string_view::npos ? pairs.size() : eol + 1);
+    while (!line.empty() && line.front() == ' ') line.remove_prefix(1);
+    if (line.empty()) continue;
+    size_t space = line.find(' ');
+    std::string_view code = line.substr(0, space);
+    std::string_view value = space == std::string_view::npos ? "" : line.substr(space + 1);
+    if (!keep_handles) {
+      bool skip = code == "5" || skip_value;
+      skip_value = value == "$HANDLING" || value == "$HANDSEED";
+      if (skip || skip_value) continue;
+    }
+    out.append(code).append("\n").append(value).append("\n");
+  }
+  return out;
+}
+
+constexpr std::string_view kR2000 = R"(
+  0 SECTION
+  2 HEADER
+  9 $ACADVER
+  1 AC1015
+  9 $HANDSEED
+  5 100
+  0 ENDSEC
+  0 SECTION
+  2 TABLES
+  0 TABLE
+  2 LAYER
+  5 2
+  330 0
+  100 AcDbSymbolTable
+  70 2
+  0 LAYER
+  5 10
+  330 2
+  100 AcDbSymbolTableRecord
+  100 AcDbLayerTableRecord
+  2 0
+  70 0
+  62 7
+  6 Continuous
+  0 LAYER
+  5 11
+  330 2
+  100 AcDbSymbolTableRecord
+  100 AcDbLayerTableRecord
+  2 Walls
+  70 0
+  62 1
+  6 Continuous
+  0 ENDTAB
+  0 TABLE
+  2 BLOCK_RECORD
+  5 1
+  330 0
+  100 AcDbSymbolTable
+  70 3
+  0 BLOCK_RECORD
+  5 1F
+  330 1
+  100 AcDbSymbolTableRecord
+  100 AcDbBlockTableRecord
+  2 *Model_Space
+  340 0
+  0 BLOCK_RECORD
+  5 1E
+  330 1
+  100 AcDbSymbolTableRecord
+  100 AcDbBlockTableRecord
+  2 *Paper_Space
+  340 0
+  0 BLOCK_RECORD
+  5 30
+  330 1
+  100 AcDbSymbolTableRecord
+  100 AcDbBlockTableRecord
+  2 Door
+  340 0
+  0 ENDTAB
+  0 ENDSEC
+  0 SECTION
+  2 BLOCKS
+  0 BLOCK
+  5 20
+  330 1F
+  100 AcDbEntity
+  8 0
+  100 AcDbBlockBegin
+  2 *Model_Space
+  70 0
+  10 0.0
+  20 0.0
+  30 0.0
+  3 *Model_Space
+  1
+  0 ENDBLK
+  5 21
+  330 1F
+  100 AcDbEntity
+  8 0
+  100 AcDbBlockEnd
+  0 BLOCK
+  5 31
+  330 30
+  100 AcDbEntity
+  8 0
+  100 AcDbBlockBegin
+  2 Door
+  70 2
+  10 1.0
+  20 1.0
+  30 0.0
+  3 Door
+  1
+  0 ATTDEF
+  5 33
+  330 30
+  100 AcDbEntity
+  8 0
+  100 AcDbText
+  10 2.0
+  20 1.0
+  30 0.0
+  40 0.5
+  1 D1
+  100 AcDbAttributeDefinition
+  3 Number
+  2 NUMBER
+  70 0
+  0 ATTDEF
+  5 34
+  330 30
+  100 AcDbEntity
+  8 0
+  100 AcDbText
+  10 1.0
+  20 3.0
+  30 0.0
+  40 0.5
+  1 ACME
+  100 AcDbAttributeDefinition
+  3 Maker
+  2 MAKER
+  70 2
+  0 ATTDEF
+  5 35
+  330 30
+  100 AcDbEntity
+  8 0
+  100 AcDbText
+  10 1.0
+  20 2.0
+  30 0.0
+  40 0.25
+  1 900
+  50 10.0
+  100 AcDbAttributeDefinition
+  3 Width
+  2 WIDTH
+  70 1
+  0 ENDBLK
+  5 32
+  330 30
+  100 AcDbEntity
+  8 0
+  100 AcDbBlockEnd
+  0 ENDSEC
+  0 SECTION
+  2 ENTITIES
+  0 LINE
+  5 40
+  330 1F
+  100 AcDbEntity
+  8 0
+  100 AcDbLine
+  10 0.0
+  20 0.0
+  30 0.0
+  11 1.0
+  21 1.0
+  31 0.0
+  0 ENDSEC
+  0 SECTION
+  2 OBJECTS
+  0 DICTIONARY
+  5 C
+  330 0
+  100 AcDbDictionary
+  281 1
+  0 ENDSEC
+  0 EOF
+)";
+
+constexpr std::string_view kR12 = R"(
+  0 SECTION
+  2 HEADER
+  9 $ACADVER
+  1 AC1009
+  9 $HANDLING
+  70 1
+  9 $HANDSEED
+  5 100
+  0 ENDSEC
+  0 SECTION
+  2 TABLES
+  0 TABLE
+  2 LAYER
+  70 1
+  0 LAYER
+  5 10
+  2 0
+  70 0
+  62 7
+  6 CONTINUOUS
+  0 ENDTAB
+  0 ENDSEC
+  0 SECTION
+  2 BLOCKS
+  0 BLOCK
+  8 0
+  2 Door
+  70 2
+  10 1.0
+  20 1.0
+  30 0.0
+  3 Door
+  0 ATTDEF
+  5 33
+  8 0
+  10 2.0
+  20 1.0
+  30 0.0
+  40 0.5
+  1 D1
+  3 Number
+  2 NUMBER
+  70 0
+  0 ENDBLK
+  5 32
+  8 0
+  0 ENDSEC
+  0 SECTION
+  2 ENTITIES
+  0 LINE
+  5 40
+  8 0
+  10 0.0
+  20 0.0
+  30 0.0
+  11 1.0
+  21 1.0
+  31 0.0
+  0 ENDSEC
+  0 EOF
+)";
+
+Document parseOrDie(const std::string& text) {
+  auto doc = Document::parse(text, "fixture");
+  EXPECT_TRUE(doc.isOk()) << doc.status().message();
+  return std::move(doc.value());
+}
+
+Document r2000() { return parseOrDie(dxfText(kR2000)); }
+
+// Tags of a record as (code, text) for readable assertions.
+std::vector<std::pair<int, std::string>> tagsOf(const Document& doc, RecordId id) {
+  std::vector<std::pair<int, std::string>> out;
+  for (const Tag& tag : doc.tags(id)) out.emplace_back(tag.code, std::string(doc.text(tag)));
+  return out;
+}
+
+std::vector<std::string> markersOf(const Document& doc, RecordId id) {
+  std::vector<std::string> out;
+  for (const Tag& tag : doc.tags(id)) {
+    if (tag.code == 100) out.emplace_back(doc.text(tag));
+  }
+  return out;
+}
+
+bool hasCode(const Document& doc, RecordId id, int code) { return doc.find(id, code) != nullptr; }
+
+using Make = std::function<base::Result<RecordId>(Document&, const CommonProps&)>;
+
+struct Maker {
+  std::string type;
+  Make make;
+  bool in_r12;
+  std::vector<std::string> markers;  // after AcDbEntity
+  std::vector<int> codes;            // the type's data a reader needs
+};
+
+const std::vector<Maker>& makers() {
+  static const std::vector<Maker> kMakers = {
+      {"LINE", [](Document& d, const CommonProps& c) { return addLine(d, c, {0, 0, 0}, {5, 5, 0}); },
+       true, {"AcDbLine"}, {10, 20, 30, 11, 21, 31}},
+      {"CIRCLE", [](Document& d, const CommonProps& c) { return addCircle(d, c, {1, 2, 0}, 3); },
+       true, {"AcDbCircle"}, {10, 20, 30, 40}},
+      {"ARC", [](Document& d, const CommonProps& c) { return addArc(d, c, {1, 2, 0}, 3, 0, 90); },
+       true, {"AcDbCircle", "AcDbArc"}, {10, 20, 30, 40, 50, 51}},
+      {"POINT", [](Document& d, const CommonProps& c) { return addPoint(d, c, {1, 2, 3}); }, true,
+       {"AcDbPoint"}, {10, 20, 30}},
+      {"TEXT", [](Document& d, const CommonProps& c) { return addText(d, c, {L"Hi", {1, 1, 0}}); },
+       true, {"AcDbText", "AcDbText"}, {10, 20, 30, 40, 1}},
+      {"MTEXT",
+       [](Document& d, const CommonProps& c) { return addMText(d, c, {L"a\\Pb", {1, 1, 0}}); },
+       false, {"AcDbMText"}, {10, 20, 30, 40, 71, 1}},
+      {"LWPOLYLINE",
+       [](Document& d, const CommonProps& c) {
+         return addLwPolyline(d, c, {{{0, 0}, {4, 0, 1}, {4, 4}}, true, 0.5, 2});
+       },
+       false, {"AcDbPolyline"}, {90, 70, 43, 38, 10, 20, 42}},
+      {"ELLIPSE",
+       [](Document& d, const CommonProps& c) { return addEllipse(d, c, {{0, 0, 0}, {4, 0, 0}, 0.5}); },
+       false, {"AcDbEllipse"}, {10, 20, 30, 11, 21, 31, 40, 41, 42}},
+      {"SPLINE",
+       [](Document& d, const CommonProps& c) {
+         return addSpline(d, c, {3, {{0, 0, 0}, {1, 2, 0}, {3, 2, 0}, {4, 0, 0}}, {}});
+       },
+       false, {"AcDbSpline"}, {70, 71, 72, 73, 74, 40, 10, 20, 30}},
+      {"3DFACE",
+       [](Document& d, const CommonProps& c) {
+         Point3 corners[] = {{0, 0, 0}, {1, 0, 0}, {1, 1, 1}};
+         return add3dFace(d, c, corners);
+       },
+       true, {"AcDbFace"}, {10, 20, 30, 11, 21, 31, 12, 22, 32, 13, 23, 33}},
+      {"POLYLINE",
+       [](Document& d, const CommonProps& c) {
+         Point3 points[] = {{0, 0, 0}, {1, 0, 1}, {1, 1, 2}};
+         return add3dPolyline(d, c, points, false);
+       },
+       true, {"AcDb3dPolyline"}, {66, 10, 20, 30, 70}},
+      {"RAY", [](Document& d, const CommonProps& c) { return addRay(d, c, {0, 0, 0}, {0, 2, 0}); },
+       false, {"AcDbRay"}, {10, 20, 30, 11, 21, 31}},
+      {"XLINE",
+       [](Document& d, const CommonProps& c) { return addXline(d, c, {0, 0, 0}, {3, 4, 0}); },
+       false, {"AcDbXline"}, {10, 20, 30, 11, 21, 31}},
+      {"HATCH",
+       [](Document& d, const CommonProps& c) {
+         return addHatch(d, c, {{{0, 0}, {4, 0}, {4, 4}}, L"ANSI31", 0, 1, {{45, 0, 0, -2, 2, {}}}});
+       },
+       false, {"AcDbHatch"}, {10, 210, 2, 70, 71, 91, 92, 72, 73, 93, 97, 75, 76, 52, 41, 78, 53, 98}},
+      {"INSERT",
+       [](Document& d, const CommonProps& c) { return addInsert(d, c, {L"Door", {5, 5, 0}}); },
+       true, {"AcDbBlockReference"}, {2, 10, 20, 30}},
+  };
+  return kMakers;
+}
+
+TEST(EntityFactoryTest, EachTypeLandsInModelSpaceWithTheTagsReadersNeed) {
+  for (const Maker& maker : makers()) {
+    SCOPED_TRACE(maker.type);
+    Document doc = r2000();
+    auto id = maker.make(doc, {L"walls", 3, L""});
+    ASSERT_TRUE(id.isOk()) << id.status().message();
+    Handle handle = doc.record(*id).handle;
+    ASSERT_NE(handle, 0u);
+
+    Document again = parseOrDie(doc.serialize());
+    RecordId copy = again.byHandle(handle);
+    ASSERT_NE(copy, kNoRecord);
+    EXPECT_EQ(again.type(copy), maker.type);
+    std::vector<RecordId> model = modelSpaceEntities(again);
+    EXPECT_EQ(model.back(), copy);
+    EXPECT_EQ(model.size(), 2u);  // the fixture's LINE and the new entity
+    EXPECT_EQ(ownerOf(again, copy), 0x1Fu);
+    auto tags = tagsOf(again, copy);
+    EXPECT_EQ(tags[1], std::make_pair(5, formatHandle(handle)));
+    EXPECT_EQ(again.value(copy, 8), "Walls");  // as the layer table writes it
+    EXPECT_EQ(again.value(copy, 62), "3");
+    std::vector<std::string> markers = {"AcDbEntity"};
+    markers.insert(markers.end(), maker.markers.begin(), maker.markers.end());
+    EXPECT_EQ(markersOf(again, copy), markers);
+    for (int code : maker.codes) EXPECT_TRUE(hasCode(again, copy, code)) << code;
+  }
+}
+
+TEST(EntityFactoryTest, EachTypeLandsInANamedBlockOwnedByItsRecord) {
+  for (const Maker& maker : makers()) {
+    if (maker.type == "INSERT") continue;  // Door cannot hold itself; covered below
+    SCOPED_TRACE(maker.type);
+    Document doc = r2000();
+    auto id = maker.make(doc, {L"0", std::nullopt, L"door"});
+    ASSERT_TRUE(id.isOk()) << id.status().message();
+    Document again = parseOrDie(doc.serialize());
+    RecordId copy = again.byHandle(doc.record(*id).handle);
+    std::vector<RecordId> in_block = blockEntities(again, findBlock(again, L"Door"));
+    ASSERT_EQ(in_block.size(), 4u);  // three ATTDEFs, then the new entity
+    EXPECT_EQ(in_block.back(), copy);
+    EXPECT_EQ(ownerOf(again, copy), 0x30u);
+    EXPECT_FALSE(hasCode(again, copy, 62));
+    EXPECT_EQ(modelSpaceEntities(again).size(), 1u);
+  }
+}
+
+TEST(EntityFactoryTest, BadTargetsChangeNothing) {
+  struct Case {
+    CommonProps common;
+    base::Code code;
+  };
+  const Case cases[] = {
+      {{L"NoSuchLayer", std::nullopt, L""}, base::Code::kNotFound},
+      {{L"0", std::nullopt, L"NoSuchBlock"}, base::Code::kNotFound},
+      {{L"0", 257, L""}, base::Code::kInvalid},
+      {{L"0", -1, L""}, base::Code::kInvalid},
+      {{L"0", std::nullopt, L"*Paper_Space"}, base::Code::kUnsupported},
+  };
+  for (const Maker& maker : makers()) {
+    for (const Case& c : cases) {
+      SCOPED_TRACE(maker.type + " layer " + std::string(c.common.layer.begin(), c.common.layer.end()));
+      Document doc = r2000();
+      std::string before = doc.serialize();
+      auto id = maker.make(doc, c.common);
+      ASSERT_FALSE(id.isOk());
+      EXPECT_EQ(id.status().code(), c.code) << id.status().message();
+      EXPECT_EQ(doc.serialize(), before);
+    }
+  }
+}
+
+TEST(EntityFactoryTest, R12DrawingsGetPlainRecordsOrAClearRefusal) {
+  for (bool handles : {true, false}) {
+    for (const Maker& maker : makers()) {
+      SCOPED_TRACE(maker.type + (handles ? " with handles" : " without handles"));
+      Document doc = parseOrDie(dxfText(kR12, handles));
+      std::string before = doc.serialize();
+      auto id = maker.make(doc, {});
+      if (!maker.in_r12) {
+        ASSERT_FALSE(id.isOk());
+        EXPECT_EQ(id.status().code(), base::Code::kUnsupported);
+        EXPECT_NE(id.status().message().find("R2000 or later"), std::string::npos);
+        EXPECT_EQ(doc.serialize(), before);
+        continue;
+      }
+      ASSERT_TRUE(id.isOk()) << id.status().message();
+      Document again = parseOrDie(doc.serialize());
+      std::vector<RecordId> model = modelSpaceEntities(again);
+      ASSERT_EQ(model.size(), 2u);
+      RecordId copy = model.back();
+      EXPECT_EQ(again.type(copy), maker.type);
+      EXPECT_TRUE(markersOf(again, copy).empty());
+      EXPECT_FALSE(hasCode(again, copy, 330));
+      EXPECT_EQ(hasCode(again, copy, 5), handles);
+      for (int code : maker.codes) EXPECT_TRUE(hasCode(again, copy, code)) << code;
+    }
+  }
+}
+
+TEST(EntityFactoryTest, InsertCarriesTheBlocksAttributesIntoItsPlacement) {
+  for (bool r12 : {false, true}) {
+    SCOPED_TRACE(r12 ? "R12" : "R2000");
+    Document doc = r12 ? parseOrDie(dxfText(kR12)) : r2000();
+    InsertParams params{L"DOOR", {10, 20, 0}, {2, 2, 1}, 90, true};
+    auto id = addInsert(doc, {}, params);
+    ASSERT_TRUE(id.isOk()) << id.status().message();
+    Document again = parseOrDie(doc.serialize());
+    RecordId insert = again.byHandle(doc.record(*id).handle);
+    EXPECT_EQ(again.value(insert, 66), "1");
+    EXPECT_EQ(again.value(insert, 2), "Door");
+
+    // Block base (1,1); NUMBER at (2,1) is 1 unit along x: scaled by 2, turned 90 degrees.
+    struct Expected {
+      std::string tag, value;
+      double x, y, height;
+    };
+    std::vector<Expected> expected = {{"NUMBER", "D1", 10, 22, 1.0}};
+    if (!r12) expected.push_back({"WIDTH", "900", 8, 20, 0.5});  // MAKER is constant
+    RecordId next = again.next(insert);
+    for (const Expected& e : expected) {
+      SCOPED_TRACE(e.tag);
+      ASSERT_EQ(again.type(next), "ATTRIB");
+      EXPECT_EQ(again.value(next, 2), e.tag);
+      EXPECT_EQ(again.value(next, 1), e.value);
+      EXPECT_NEAR(again.realValue(next, 10, -1), e.x, 1e-9);
+      EXPECT_NEAR(again.realValue(next, 20, -1), e.y, 1e-9);
+      EXPECT_NEAR(again.realValue(next, 40, -1), e.height, 1e-9);
+      if (!r12) {
+        EXPECT_EQ(ownerOf(again, next), again.record(insert).handle);
+      }
+      next = again.next(next);
+    }
+    ASSERT_EQ(again.type(next), "SEQEND");
+    if (!r12) {
+      EXPECT_EQ(ownerOf(again, next), again.record(insert).handle);
+      RecordId width = again.prev(next);
+      EXPECT_NEAR(again.realValue(width, 50, -1), 100, 1e-9);
+      EXPECT_EQ(again.value(width, 70), "1");  // still invisible
+    }
+    // The followers go with their insert.
+    eraseObject(again, insert);
+    EXPECT_EQ(modelSpaceEntities(again).size(), 1u);
+    EXPECT_EQ(again.type(again.next(modelSpaceEntities(again).back())), "ENDSEC");
+  }
+}
+
+TEST(EntityFactoryTest, InsertWithoutAttributesOrOfAMissingBlock) {
+  Document doc = r2000();
+  auto plain = addInsert(doc, {}, {L"Door", {0, 0, 0}});
+  ASSERT_TRUE(plain.isOk());
+  EXPECT_FALSE(hasCode(doc, *plain, 66));
+  EXPECT_EQ(doc.type(doc.next(*plain)), "ENDSEC");
+
+  std::string before = doc.serialize();
+  auto missing = addInsert(doc, {}, {L"Window", {0, 0, 0}});
+  EXPECT_EQ(missing.status().code(), base::Code::kNotFound);
+  auto self = addInsert(doc, {L"0", std::nullopt, L"Door"}, {L"Door", {0, 0, 0}});
+  EXPECT_EQ(self.status().code(), base::Code::kInvalid);
+  EXPECT_EQ(doc.serialize(), before);
+}
+
+TEST(EntityFactoryTest, PolylineVerticesAndSeqendBelongToThePolyline) {
+  Document doc = r2000();
+  Point3 points[] = {{0, 0, 0}, {1, 0, 1}, {1, 1, 2}};
+  auto id = add3dPolyline(doc, {}, points, true);
+  ASSERT_TRUE(id.isOk());
+  Document again = parseOrDie(doc.serialize());
+  RecordId polyline = again.byHandle(doc.record(*id).handle);
+  EXPECT_EQ(again.value(polyline, 70), "9");  // 3D and closed
+  RecordId next = again.next(polyline);
+  for (const Point3& p : points) {
+    ASSERT_EQ(again.type(next), "VERTEX");
+    EXPECT_EQ(markersOf(again, next),
+              (std::vector<std::string>{"AcDbEntity", "AcDbVertex", "AcDb3dPolylineVertex"}));
+    EXPECT_EQ(again.value(next, 70), "32");
+    EXPECT_EQ(again.realValue(next, 30, -1), p.z);
+    EXPECT_EQ(ownerOf(again, next), again.record(polyline).handle);
+    next = again.next(next);
+  }
+  EXPECT_EQ(again.type(next), "SEQEND");
+  EXPECT_EQ(ownerOf(again, next), again.record(polyline).handle);
+}
+
+TEST(EntityFactoryTest, SplineKnotsMatchItsControlPoints) {
+  struct Case {
+    int degree;
+    size_t control_points;
+    std::vector<double> knots;
+  };
+  const Case cases[] = {
+      {3, 4, {0, 0, 0, 0, 1, 1, 1, 1}},
+      {3, 6, {0, 0, 0, 0, 1.0 / 3, 2.0 / 3, 1, 1, 1, 1}},
+      {1, 3, {0, 0, 0.5, 1, 1}},
+  };
+  for (const Case& c : cases) {
+    Document doc = r2000();
+    SplineParams params{c.degree, {}, {}};
+    for (size_t i = 0; i < c.control_points; ++i) params.control_points.push_back({double(i), 0, 0});
+    auto id = addSpline(doc, {}, params);
+    ASSERT_TRUE(id.isOk()) << id.status().message();
+    std::vector<double> knots;
+    for (const Tag& tag : doc.tags(*id)) {
+      if (tag.code == 40) knots.push_back(std::stod(std::string(doc.text(tag))));
+    }
+    EXPECT_EQ(knots.size(), c.knots.size());
+    for (size_t i = 0; i < std::min(knots.size(), c.knots.size()); ++i) {
+      EXPECT_NEAR(knots[i], c.knots[i], 1e-12);
+    }
+    EXPECT_EQ(doc.intValue(*id, 72, -1), static_cast<int64_t>(c.knots.size()));
+    EXPECT_EQ(doc.intValue(*id, 73, -1), static_cast<int64_t>(c.control_points));
+  }
+
+  Document doc = r2000();
+  auto fit = addSpline(doc, {}, {3, {}, {{0, 0, 0}, {2, 1, 0}, {4, 0, 0}}});
+  ASSERT_TRUE(fit.isOk());
+  EXPECT_EQ(doc.intValue(*fit, 74, -1), 3);
+  EXPECT_EQ(doc.intValue(*fit, 72, -1), 0);
+  EXPECT_TRUE(hasCode(doc, *fit, 11));
+  EXPECT_FALSE(hasCode(doc, *fit, 10));
+}
+
+TEST(EntityFactoryTest, RejectsGeometryReadersCannotUse) {
+  const std::vector<std::pair<const char*, Make>> cases = {
+      {"zero radius", [](Document& d, const CommonProps& c) { return addCircle(d, c, {}, 0); }},
+      {"nan", [](Document& d, const CommonProps& c) { return addLine(d, c, Point3{NAN, 0, 0}, Point3{}); }},
+      {"one vertex",
+       [](Document& d, const CommonProps& c) { return addLwPolyline(d, c, {{{0, 0}}}); }},
+      {"too few control points",
+       [](Document& d, const CommonProps& c) { return addSpline(d, c, {3, {{}, {}, {}}, {}}); }},
+      {"no points", [](Document& d, const CommonProps& c) { return addSpline(d, c, {}); }},
+      {"ratio above 1",
+       [](Document& d, const CommonProps& c) { return addEllipse(d, c, {{}, {1, 0, 0}, 2}); }},
+      {"tilted major axis",
+       [](Document& d, const CommonProps& c) { return addEllipse(d, c, {{}, {1, 0, 1}, 0.5}); }},
+      {"zero direction", [](Document& d, const CommonProps& c) { return addRay(d, c, {}, {}); }},
+      {"two corners",
+       [](Document& d, const CommonProps& c) {
+         Point3 corners[] = {{}, {1, 0, 0}};
+         return add3dFace(d, c, corners);
+       }},
+      {"open boundary",
+       [](Document& d, const CommonProps& c) { return addHatch(d, c, {{{0, 0}, {1, 1}}}); }},
+      {"zero scale",
+       [](Document& d, const CommonProps& c) { return addInsert(d, c, {L"Door", {}, {0, 1, 1}}); }},
+      {"tag with space",
+       [](Document& d, const CommonProps& c) { return addAttributeDefinition(d, c, {L"A B"}); }},
+  };
+  for (const auto& [name, make] : cases) {
+    SCOPED_TRACE(name);
+    Document doc = r2000();
+    std::string before = doc.serialize();
+    auto id = make(doc, {});
+    EXPECT_EQ(id.status().code(), base::Code::kInvalid) << id.status().message();
+    EXPECT_EQ(doc.serialize(), before);
+  }
+}
+
+TEST(EntityFactoryTest, LongMTextIsSplitAtCharacterBoundaries) {
+  struct Case {
+    std::string version;
+    std::wstring text;
+  };
+  const Case cases[] = {
+      {"AC1015", std::wstring(600, L'x')},
+      {"AC1015", std::wstring(300, L'\x20AC')},  // one byte each in ANSI_1252
+      {"AC1021", std::wstring(300, L'\x00E4')},  // two bytes each in UTF-8
+      {"AC1021", L"short"},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.version + " " + std::to_string(c.text.size()));
+    std::string text = dxfText(kR2000);
+    text.replace(text.find("AC1015"), 6, c.version);
+    Document doc = parseOrDie(text);
+    auto id = addMText(doc, {}, {c.text, {0, 0, 0}});
+    ASSERT_TRUE(id.isOk()) << id.status().message();
+    std::string joined;
+    auto tags = doc.tags(*id);
+    for (size_t i = 0; i < tags.size(); ++i) {
+      if (tags[i].code != 3 && tags[i].code != 1) continue;
+      EXPECT_LE(doc.text(tags[i]).size(), 250u);
+      joined += doc.text(tags[i]);
+      if (tags[i].code == 3) {
+        EXPECT_EQ(doc.codec().encode(doc.codec().decode(doc.text(tags[i]))), doc.text(tags[i]));
+      }
+    }
+    EXPECT_EQ(doc.codec().decode(joined), c.text);
+    EXPECT_EQ(tags.back().code, 1);
+  }
+}
+
+TEST(EntityFactoryTest, NewBlockIsUsableByEntitiesAndInserts) {
+  for (bool r12 : {false, true}) {
+    SCOPED_TRACE(r12 ? "R12" : "R2000");
+    Document doc = r12 ? parseOrDie(dxfText(kR12)) : r2000();
+    auto block = addBlock(doc, L"Window", {2, 0, 0});
+    ASSERT_TRUE(block.isOk()) << block.status().message();
+    EXPECT_EQ(addBlock(doc, L"window", {}).status().code(), base::Code::kInvalid);
+    CommonProps in_window{L"0", std::nullopt, L"Window"};
+    ASSERT_TRUE(addLine(doc, in_window, {0, 0, 0}, {1, 0, 0}).isOk());
+    ASSERT_TRUE(addAttributeDefinition(doc, in_window, {L"ID", L"Id?", L"W1", {3, 0, 0}}).isOk());
+    auto insert = addInsert(doc, {}, {L"Window", {0, 5, 0}, {1, 1, 1}, 0, true});
+    ASSERT_TRUE(insert.isOk());
+
+    Document again = parseOrDie(doc.serialize());
+    RecordId begin = findBlock(again, L"Window");
+    ASSERT_NE(begin, kNoRecord);
+    EXPECT_NE(blockEnd(again, begin), kNoRecord);
+    EXPECT_EQ(blockEntities(again, begin).size(), 2u);
+    RecordId attrib = again.next(again.byHandle(doc.record(*insert).handle));
+    ASSERT_EQ(again.type(attrib), "ATTRIB");
+    EXPECT_EQ(again.value(attrib, 1), "W1");
+    EXPECT_NEAR(again.realValue(attrib, 10, -1), 1, 1e-9);  // 3 - base 2
+    EXPECT_NEAR(again.realValue(attrib, 20, -1), 5, 1e-9);
+    if (!r12) {
+      RecordId record = findBlockRecord(again, L"Window");
+      ASSERT_NE(record, kNoRecord);
+      EXPECT_EQ(ownerOf(again, record), 1u);
+      EXPECT_EQ(ownerOf(again, begin), again.record(record).handle);
+      EXPECT_EQ(ownerOf(again, blockEnd(again, begin)), again.record(record).handle);
+      EXPECT_EQ(markersOf(again, begin), (std::vector<std::string>{"AcDbEntity", "AcDbBlockBegin"}));
+    }
+  }
+}
+
+TEST(EntityFactoryTest, HatchWritesFillBoundaryAndPattern) {
+  Document doc = r2000();
+  auto solid = addHatch(doc, {}, {{{0, 0}, {4, 0, 0.5}, {4, 4}}});
+  ASSERT_TRUE(solid.isOk());
+  EXPECT_EQ(doc.value(*solid, 2), "SOLID");
+  EXPECT_EQ(doc.value(*solid, 70), "1");
+  EXPECT_EQ(doc.value(*solid, 72), "1");  // the boundary has a bulge
+  EXPECT_FALSE(hasCode(doc, *solid, 78));
+  int bulges = 0;
+  for (const Tag& tag : doc.tags(*solid)) bulges += tag.code == 42;
+  EXPECT_EQ(bulges, 3);
+
+  HatchParams params{{{0, 0}, {4, 0}, {4, 4}, {0, 4}}, L"DASHED", 0, 2};
+  params.pattern_lines = {{0, 0, 0, 0, 1, {0.5, -0.25}}, {90, 0, 0, 0, 1, {}}};
+  auto pattern = addHatch(doc, {}, params);
+  ASSERT_TRUE(pattern.isOk());
+  EXPECT_EQ(doc.value(*pattern, 70), "0");
+  EXPECT_EQ(doc.value(*pattern, 93), "4");
+  EXPECT_EQ(doc.value(*pattern, 78), "2");
+  EXPECT_EQ(doc.value(*pattern, 79), "2");
+  EXPECT_EQ(doc.value(*pattern, 41), "2.0");
+  EXPECT_FALSE(hasCode(doc, *pattern, 42));
+}
+
+}  // namespace
+}  // namespace dxf

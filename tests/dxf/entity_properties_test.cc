@@ -1,0 +1,429 @@
+// Entity properties read and written by name, checked through a written and re-read file.
+#include "dxf/entity_properties.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <cstdio>
+#include <cstdlib>
+#include <numbers>
+#include <ostream>
+
+#include "base/utf.h"
+#include "dxf/symbol_tables.h"
+#include "sample_drawing.h"
+
+namespace dxf {
+
+void PrintTo(const Point3& p, std::ostream* os) { *os << "(" << p.x << ", " << p.y << ", " << p.z << ")"; }
+void PrintTo(const EntityColor& c, std::ostream* os) {
+  *os << "colour " << c.index;
+  if (c.rgb) *os << " rgb " << std::hex << *c.rgb << std::dec;
+}
+
+}  // namespace dxf
+
+namespace {
+
+using dxf::Document;
+using dxf::EntityColor;
+using dxf::Point3;
+using dxf::Prop;
+using dxf::PropValue;
+namespace h = sample::handle;
+
+constexpr double kPi = std::numbers::pi;
+
+Document parse(const std::string& bytes) {
+  auto doc = Document::parse(bytes, "sample");
+  EXPECT_TRUE(doc.isOk()) << doc.status().message();
+  return std::move(doc).value();
+}
+
+dxf::RecordId entity(const Document& doc, const char* handle) {
+  return doc.byHandle(std::strtoull(handle, nullptr, 16));
+}
+
+// Reals pass through degrees and decimal text, so they compare with a tolerance.
+testing::AssertionResult sameValue(const PropValue& actual, const PropValue& expected) {
+  const double* a = std::get_if<double>(&actual);
+  const double* e = std::get_if<double>(&expected);
+  bool same = a && e ? std::abs(*a - *e) < 1e-9 : actual == expected;
+  if (same) return testing::AssertionSuccess();
+  return testing::AssertionFailure() << "got " << testing::PrintToString(actual) << ", expected "
+                                     << testing::PrintToString(expected);
+}
+
+struct GetCase {
+  const char* handle;
+  Prop prop;
+  PropValue expected;
+};
+void PrintTo(const GetCase& c, std::ostream* os) {
+  *os << c.handle << " property " << static_cast<int>(c.prop);
+}
+
+
+class EntityPropGet : public testing::TestWithParam<GetCase> {};
+
+TEST_P(EntityPropGet, ReadsTagsAndDefaultsOfAbsentTags) {
+  Document doc = parse(sample::drawing());
+  EXPECT_TRUE(sameValue(dxf::getProperty(doc, entity(doc, GetParam().handle), GetParam().prop),
+                        GetParam().expected));
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Sample, EntityPropGet,
+    testing::Values(
+        GetCase{h::kLine, Prop::kColor, EntityColor{}}, GetCase{h::kLine, Prop::kLayer, L"0"},
+        GetCase{h::kLine, Prop::kLinetype, L"ByLayer"},
+        GetCase{h::kLine, Prop::kLinetypeScale, 1.0},
+        GetCase{h::kLine, Prop::kLineweight, int64_t{-1}},
+        GetCase{h::kLwPolyline, Prop::kColor, EntityColor{3}},
+        GetCase{h::kLwPolyline, Prop::kLayer, L"Walls"},
+        GetCase{h::kLwPolyline, Prop::kLinetype, L"Dashed"},
+        GetCase{h::kLwPolyline, Prop::kLinetypeScale, 2.0},
+        GetCase{h::kLwPolyline, Prop::kLineweight, int64_t{25}},
+        GetCase{h::kLwPolyline, Prop::kClosed, int64_t{1}},
+        GetCase{h::kLwPolyline, Prop::kConstantWidth, 0.5},
+        GetCase{h::kLwPolyline, Prop::kElevation, 0.0},
+        GetCase{h::kPolyline, Prop::kClosed, int64_t{0}},
+        GetCase{h::kSpline, Prop::kClosed, int64_t{0}},
+        GetCase{h::kMline, Prop::kClosed, int64_t{0}},
+        GetCase{h::kCircle, Prop::kColor, EntityColor{5, 0x123456}},
+        GetCase{h::kCircle, Prop::kRadius, 2.5}, GetCase{h::kArc, Prop::kRadius, 1.5},
+        GetCase{h::kText, Prop::kRotation, kPi / 6}, GetCase{h::kText, Prop::kTextHeight, 3.0},
+        GetCase{h::kText, Prop::kTextStyle, L"Notes"}, GetCase{h::kText, Prop::kContents, L"Hello"},
+        GetCase{h::kText, Prop::kTextJustification, int64_t{7}},
+        GetCase{h::kPlainText, Prop::kRotation, 0.0},
+        GetCase{h::kPlainText, Prop::kTextStyle, L"Standard"},
+        GetCase{h::kPlainText, Prop::kTextJustification, int64_t{0}},
+        GetCase{h::kMtext, Prop::kContents, L"Part one and two"},
+        GetCase{h::kMtext, Prop::kRotation, kPi / 2},
+        GetCase{h::kMtext, Prop::kAttachment, int64_t{5}},
+        GetCase{h::kMtext, Prop::kTextHeight, 3.5}, GetCase{h::kMtext, Prop::kTextStyle, L"Notes"},
+        GetCase{h::kInsert, Prop::kBlockName, L"Door"},
+        GetCase{h::kInsert, Prop::kScale, Point3{2, 3, 1}},
+        GetCase{h::kInsert, Prop::kRotation, kPi / 4},
+        GetCase{h::kDimension, Prop::kDimensionStyle, L"Arch"},
+        GetCase{h::kDimension, Prop::kDimensionType, int64_t{1}},
+        GetCase{h::kEllipse, Prop::kEllipseStart, 0.25},
+        GetCase{h::kEllipse, Prop::kEllipseEnd, 3.0},
+        GetCase{h::kHatch, Prop::kPattern, L"ANSI31"},
+        GetCase{h::kHatch, Prop::kPatternAngle, 0.0},
+        GetCase{h::kHatch, Prop::kPatternScale, 2.0},
+        GetCase{h::kHatch, Prop::kBackgroundColor, EntityColor{-1}},
+        GetCase{h::kSolidHatch, Prop::kPatternScale, 1.0},
+        GetCase{h::kMline, Prop::kMlineStyle, L"Standard"},
+        GetCase{h::kMline, Prop::kMlineScale, 1.0},
+        GetCase{h::kMline, Prop::kMlineJustification, int64_t{0}},
+        GetCase{h::kMLeader, Prop::kMLeaderStyle, L"Standard"},
+        // Properties the type does not have.
+        GetCase{h::kLine, Prop::kRadius, std::monostate{}},
+        GetCase{h::kCircle, Prop::kContents, std::monostate{}},
+        GetCase{h::kText, Prop::kAttachment, std::monostate{}}));
+
+struct SetCase {
+  const char* handle;
+  Prop prop;
+  PropValue value;
+  PropValue expected = {};
+void PrintTo(const SetCase& c, std::ostream* os) {
+  *os << c.handle << " property " << static_cast<int>(c.prop);
+}
+  // monostate: the value itself
+};
+
+class EntityPropSet : public testing::TestWithParam<SetCase> {};
+
+TEST_P(EntityPropSet, WrittenValueReadsBackFromTheSavedFile) {
+  const SetCase& c = GetParam();
+  Document doc = parse(sample::drawing());
+  base::Status status = dxf::setProperty(doc, entity(doc, c.handle), c.prop, c.value);
+  ASSERT_TRUE(status.isOk()) << status.message();
+  Document reread = parse(doc.serialize());
+  PropValue expected = std::holds_alternative<std::monostate>(c.expected) ? c.value : c.expected;
+  EXPECT_TRUE(sameValue(dxf::getProperty(reread, entity(reread, c.handle), c.prop), expected));
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Sample, EntityPropSet,
+    testing::Values(
+        // Names are written as their table entry spells them.
+        SetCase{h::kLine, Prop::kLayer, L"walls", L"Walls"},
+        SetCase{h::kLine, Prop::kLinetype, L"DASHED", L"Dashed"},
+        SetCase{h::kLine, Prop::kLinetype, L"byblock", L"ByBlock"},  // not in the table
+        SetCase{h::kLine, Prop::kLinetypeScale, 0.5},
+        SetCase{h::kLine, Prop::kLineweight, int64_t{50}},
+        SetCase{h::kLine, Prop::kColor, EntityColor{1}},
+        SetCase{h::kLine, Prop::kColor, EntityColor{256, 0xFF8000}},
+        SetCase{h::kCircle, Prop::kColor, EntityColor{2}},  // drops the true colour
+        SetCase{h::kCircle, Prop::kColor, EntityColor{7, 0x00FF00}},
+        SetCase{h::kLwPolyline, Prop::kClosed, int64_t{0}},
+        SetCase{h::kLwPolyline, Prop::kConstantWidth, 1.25},
+        SetCase{h::kLwPolyline, Prop::kElevation, 4.0},
+        SetCase{h::kPolyline, Prop::kClosed, int64_t{1}},
+        SetCase{h::kSpline, Prop::kClosed, int64_t{1}},
+        SetCase{h::kMline, Prop::kClosed, int64_t{1}},
+        SetCase{h::kMline, Prop::kMlineStyle, L"double", L"Double"},
+        SetCase{h::kMline, Prop::kMlineScale, 2.0},
+        SetCase{h::kMline, Prop::kMlineJustification, int64_t{2}},
+        SetCase{h::kInsert, Prop::kRotation, kPi / 2},
+        SetCase{h::kInsert, Prop::kBlockName, L"DOOR", L"Door"},
+        SetCase{h::kInsert, Prop::kScale, Point3{1, 2, 3}},
+        SetCase{h::kCircle, Prop::kRadius, 4.0}, SetCase{h::kArc, Prop::kRadius, 4.0},
+        SetCase{h::kDimension, Prop::kDimensionStyle, L"standard", L"Standard"},
+        SetCase{h::kEllipse, Prop::kEllipseStart, 1.0},
+        SetCase{h::kEllipse, Prop::kEllipseEnd, 2.0},
+        SetCase{h::kHatch, Prop::kPattern, L"ANSI37"},
+        SetCase{h::kHatch, Prop::kPatternAngle, kPi / 4},
+        SetCase{h::kHatch, Prop::kPatternScale, 3.0},
+        SetCase{h::kHatch, Prop::kBackgroundColor, EntityColor{5}},
+        SetCase{h::kHatch, Prop::kBackgroundColor, EntityColor{0}},
+        SetCase{h::kHatch, Prop::kBackgroundColor, EntityColor{256, 0x102030}},
+        SetCase{h::kSolidHatch, Prop::kPatternAngle, kPi / 6},
+        SetCase{h::kSolidHatch, Prop::kPatternScale, 0.5},
+        SetCase{h::kMLeader, Prop::kMLeaderStyle, L"callout", L"Callout"},
+        SetCase{h::kMtext, Prop::kAttachment, int64_t{7}},
+        SetCase{h::kMtext, Prop::kTextHeight, 2.0},
+        SetCase{h::kMtext, Prop::kTextStyle, L"standard", L"Standard"},
+        SetCase{h::kMtext, Prop::kContents, L"Gr\u00fc\u00dfe \u2013 \u4e2d\u6587"},
+        SetCase{h::kMtext, Prop::kRotation, 0.3},
+        SetCase{h::kText, Prop::kTextHeight, 5.0},
+        SetCase{h::kText, Prop::kTextStyle, L"STANDARD", L"Standard"},
+        SetCase{h::kText, Prop::kContents, L"Bye"}, SetCase{h::kText, Prop::kRotation, 0.5},
+        SetCase{h::kText, Prop::kTextJustification, int64_t{10}},
+        SetCase{h::kText, Prop::kTextJustification, int64_t{0}},
+        SetCase{h::kPlainText, Prop::kTextJustification, int64_t{4}},
+        SetCase{h::kPlainText, Prop::kTextJustification, int64_t{13}}));
+
+struct RejectCase {
+  const char* handle;
+  Prop prop;
+  PropValue value;
+  base::Code code;
+};
+void PrintTo(const RejectCase& c, std::ostream* os) {
+  *os << c.handle << " property " << static_cast<int>(c.prop);
+}
+
+
+class EntityPropReject : public testing::TestWithParam<RejectCase> {};
+
+TEST_P(EntityPropReject, FailsAndLeavesTheDrawingUnchanged) {
+  const RejectCase& c = GetParam();
+  std::string bytes = sample::drawing();
+  Document doc = parse(bytes);
+  base::Status status = dxf::setProperty(doc, entity(doc, c.handle), c.prop, c.value);
+  EXPECT_EQ(status.code(), c.code) << status.message();
+  if (const std::wstring* name = std::get_if<std::wstring>(&c.value);
+      name && c.code == base::Code::kNotFound) {
+    EXPECT_NE(status.message().find("'" + base::toUtf8(*name) + "'"), std::string::npos);
+  }
+  EXPECT_TRUE(doc.serialize() == bytes);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Sample, EntityPropReject,
+    testing::Values(
+        RejectCase{h::kLine, Prop::kLayer, L"Roof", base::Code::kNotFound},
+        RejectCase{h::kLine, Prop::kLinetype, L"Dotted", base::Code::kNotFound},
+        RejectCase{h::kText, Prop::kTextStyle, L"Bold", base::Code::kNotFound},
+        RejectCase{h::kDimension, Prop::kDimensionStyle, L"Metric", base::Code::kNotFound},
+        RejectCase{h::kInsert, Prop::kBlockName, L"Window", base::Code::kNotFound},
+        RejectCase{h::kMline, Prop::kMlineStyle, L"Triple", base::Code::kNotFound},
+        RejectCase{h::kMLeader, Prop::kMLeaderStyle, L"Balloon", base::Code::kNotFound},
+        RejectCase{h::kLine, Prop::kRadius, 1.0, base::Code::kUnsupported},
+        RejectCase{h::kDimension, Prop::kDimensionType, int64_t{2}, base::Code::kUnsupported},
+        RejectCase{h::kLine, Prop::kLayer, int64_t{5}, base::Code::kInvalid},
+        RejectCase{h::kLine, Prop::kLineweight, int64_t{17}, base::Code::kInvalid},
+        RejectCase{h::kLine, Prop::kColor, EntityColor{300}, base::Code::kInvalid},
+        RejectCase{h::kText, Prop::kContents, L"two\nlines", base::Code::kInvalid},
+        RejectCase{h::kText, Prop::kTextJustification, int64_t{15}, base::Code::kInvalid}));
+
+// A tag the entity lacked goes where readers that read DXF in order expect it.
+struct PlacementCase {
+  const char* handle;
+  Prop prop;
+  PropValue value;
+  int code;      // the added tag
+  int previous;  // the codes around it afterwards
+  int next;      // 0: it is the last tag
+};
+void PrintTo(const PlacementCase& c, std::ostream* os) {
+  *os << c.handle << " property " << static_cast<int>(c.prop);
+}
+
+
+class EntityPropPlacement : public testing::TestWithParam<PlacementCase> {};
+
+TEST_P(EntityPropPlacement, AddedTagSitsInItsPlace) {
+  const PlacementCase& c = GetParam();
+  Document doc = parse(sample::drawing());
+  dxf::RecordId id = entity(doc, c.handle);
+  ASSERT_TRUE(dxf::setProperty(doc, id, c.prop, c.value).isOk());
+  auto tags = doc.tags(id);
+  auto at = std::find_if(tags.begin(), tags.end(), [&](const dxf::Tag& t) { return t.code == c.code; });
+  ASSERT_NE(at, tags.end());
+  ASSERT_NE(at, tags.begin());
+  EXPECT_EQ(at[-1].code, c.previous);
+  EXPECT_EQ(at + 1 == tags.end() ? 0 : at[1].code, c.next);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Sample, EntityPropPlacement,
+    testing::Values(
+        PlacementCase{h::kLwPolyline, Prop::kElevation, 1.0, 38, 43, 10},  // before the vertices
+        PlacementCase{h::kSolidHatch, Prop::kPatternAngle, 1.0, 52, 76, 98},  // after the paths
+        PlacementCase{h::kHatch, Prop::kBackgroundColor, EntityColor{1}, 1071, 1001, 0},
+        PlacementCase{h::kLine, Prop::kColor, EntityColor{3, 0xABCDEF}, 420, 62, 100},
+        PlacementCase{h::kMline, Prop::kClosed, int64_t{1}, 71, 70, 72},
+        // Non-left justification needs the alignment point, copied from the insertion point.
+        PlacementCase{h::kPlainText, Prop::kTextJustification, int64_t{1}, 11, 72, 21},
+        PlacementCase{h::kPlainText, Prop::kTextJustification, int64_t{6}, 73, 100, 0}));
+
+TEST(EntityPropMtext, LongContentsSplitIntoChunksWithoutCuttingCharacters) {
+  Document doc = parse(sample::drawing());
+  dxf::RecordId mtext = entity(doc, h::kMtext);
+  std::wstring text;
+  for (int i = 0; i < 120; ++i) text += L"ab\u00e4\u20ac\\P";  // 1 + 1 + 2 + 3 + 2 bytes
+  ASSERT_TRUE(dxf::setProperty(doc, mtext, Prop::kContents, text).isOk());
+
+  Document reread = parse(doc.serialize());
+  mtext = entity(reread, h::kMtext);
+  std::vector<int> codes;
+  for (const dxf::Tag& tag : reread.tags(mtext)) {
+    if (tag.code != 1 && tag.code != 3) continue;
+    codes.push_back(tag.code);
+    EXPECT_LE(reread.text(tag).size(), 250u);
+    EXPECT_TRUE(base::isValidUtf8(reread.text(tag)));
+  }
+  EXPECT_EQ(codes, (std::vector<int>{3, 3, 3, 3, 1}));  // 1080 bytes
+  EXPECT_EQ(std::get<std::wstring>(dxf::getProperty(reread, mtext, Prop::kContents)), text);
+}
+
+TEST(EntityPropBackground, RegistersItsApplicationOnce) {
+  Document doc = parse(sample::drawing());
+  for (const char* hatch : {h::kHatch, h::kSolidHatch}) {
+    ASSERT_TRUE(dxf::setProperty(doc, entity(doc, hatch), Prop::kBackgroundColor, EntityColor{3})
+                    .isOk());
+  }
+  Document reread = parse(doc.serialize());
+  dxf::RecordId app = dxf::findTableEntry(reread, "APPID", L"HATCHBACKGROUNDCOLOR");
+  ASSERT_NE(app, dxf::kNoRecord);
+  EXPECT_EQ(reread.value(app, 330), "9");
+  EXPECT_EQ(dxf::tableEntries(reread, "APPID").size(), 2u);
+  EXPECT_EQ(reread.intValue(reread.table("APPID").head, 70, 0), 2);
+
+  dxf::RecordId hatch = entity(reread, h::kHatch);
+  ASSERT_TRUE(dxf::setProperty(reread, hatch, Prop::kBackgroundColor, EntityColor{-1}).isOk());
+  EXPECT_EQ(reread.find(hatch, 1001), nullptr);
+}
+
+TEST(EntityPropR12, ReadsAndWritesRecordsWithoutSubclassMarkers) {
+  Document doc = parse(sample::r12Drawing());
+  std::vector<dxf::RecordId> ids;  // LINE, TEXT, INSERT: R12 entities have no handles
+  for (dxf::RecordId id = doc.next(doc.section("ENTITIES").head);
+       id != doc.section("ENTITIES").tail; id = doc.next(id)) {
+    ids.push_back(id);
+  }
+  ASSERT_EQ(ids.size(), 3u);
+  EXPECT_TRUE(sameValue(dxf::getProperty(doc, ids[0], Prop::kLayer), L"WALLS"));
+  EXPECT_TRUE(sameValue(dxf::getProperty(doc, ids[0], Prop::kColor), EntityColor{1}));
+  EXPECT_TRUE(sameValue(dxf::getProperty(doc, ids[1], Prop::kTextJustification), int64_t{14}));
+  EXPECT_TRUE(sameValue(dxf::getProperty(doc, ids[2], Prop::kRotation), kPi / 2));
+
+  struct {
+    size_t entity;
+    Prop prop;
+    PropValue value, expected;
+  } const sets[] = {
+      {0, Prop::kLayer, L"walls", L"WALLS"},
+      {0, Prop::kLinetype, L"continuous", L"CONTINUOUS"},
+      {1, Prop::kLinetype, L"ByLayer", L"BYLAYER"},
+      {0, Prop::kColor, EntityColor{3}, EntityColor{3}},
+      {1, Prop::kTextJustification, int64_t{6}, int64_t{6}},
+      {1, Prop::kTextStyle, L"standard", L"STANDARD"},
+      {2, Prop::kBlockName, L"door", L"DOOR"},
+  };
+  for (const auto& set : sets) {
+    ASSERT_TRUE(dxf::setProperty(doc, ids[set.entity], set.prop, set.value).isOk());
+  }
+  std::string bytes = doc.serialize();
+  EXPECT_EQ(bytes.find("100\n"), std::string::npos);
+  Document reread = parse(bytes);
+  for (const auto& set : sets) {
+    EXPECT_TRUE(sameValue(dxf::getProperty(reread, ids[set.entity], set.prop), set.expected));
+  }
+  for (auto [prop, value] : {std::pair<Prop, PropValue>{Prop::kColor, EntityColor{1, 0xFF0000}},
+                             {Prop::kLineweight, int64_t{25}},
+                             {Prop::kLinetypeScale, 2.0}}) {
+    EXPECT_EQ(dxf::setProperty(reread, ids[0], prop, value).code(), base::Code::kUnsupported);
+  }
+}
+
+// ezdxf, an independent reader, sees what was written.
+TEST(EntityPropEzdxf, ReadsTheWrittenValues) {
+  if (std::system("/usr/bin/python3 -c 'import ezdxf' >/dev/null 2>&1") != 0) {
+    GTEST_SKIP() << "/usr/bin/python3 cannot import ezdxf";
+  }
+  Document doc = parse(sample::drawing());
+  auto set = [&](const char* handle, Prop prop, const PropValue& value) {
+    base::Status status = dxf::setProperty(doc, entity(doc, handle), prop, value);
+    EXPECT_TRUE(status.isOk()) << handle << ": " << status.message();
+  };
+  set(h::kLine, Prop::kLayer, L"walls");
+  set(h::kLine, Prop::kLinetype, L"dashed");
+  set(h::kLine, Prop::kColor, EntityColor{1, 0x102030});
+  set(h::kLine, Prop::kLineweight, int64_t{35});
+  set(h::kLwPolyline, Prop::kElevation, 2.5);
+  set(h::kLwPolyline, Prop::kConstantWidth, 0.75);
+  set(h::kSpline, Prop::kClosed, int64_t{1});
+  set(h::kMline, Prop::kClosed, int64_t{1});
+  set(h::kMline, Prop::kMlineStyle, L"Double");
+  set(h::kHatch, Prop::kPatternScale, 4.0);
+  set(h::kHatch, Prop::kPatternAngle, kPi / 2);
+  set(h::kHatch, Prop::kBackgroundColor, EntityColor{256, 0x0A141E});
+  set(h::kSolidHatch, Prop::kPatternScale, 0.5);
+  set(h::kMtext, Prop::kContents, std::wstring(300, L'x') + L"\u00e9");
+  set(h::kMtext, Prop::kRotation, kPi);
+  set(h::kPlainText, Prop::kTextJustification, int64_t{11});
+  set(h::kMLeader, Prop::kMLeaderStyle, L"Callout");
+  set(h::kInsert, Prop::kScale, Point3{1, 2, 3});
+
+  std::string path = testing::TempDir() + "entity_properties_ezdxf.dxf";
+  ASSERT_TRUE(doc.save(path).isOk());
+  std::string command = "/usr/bin/python3 -c '"
+                        "import ezdxf, sys\n"
+                        "d = ezdxf.readfile(sys.argv[1]); e = d.entitydb\n"
+                        "l = e[\"100\"].dxf\n"
+                        "print(l.layer, l.linetype, l.color, e[\"100\"].rgb, l.lineweight)\n"
+                        "p = e[\"101\"].dxf\n"
+                        "print(p.elevation, p.const_width, e[\"10A\"].closed, e[\"10D\"].is_closed,"
+                        " e[\"10D\"].dxf.style_name, e[\"10D\"].dxf.style_handle)\n"
+                        "x = e[\"10B\"]; line = x.pattern.lines[0]\n"
+                        "print(x.dxf.pattern_scale, x.dxf.pattern_angle, x.bgcolor, line.angle,"
+                        " round(line.offset.x, 9), round(line.offset.y, 9), line.dash_length_items,"
+                        " e[\"10C\"].dxf.pattern_scale)\n"
+                        "m = e[\"106\"]\n"
+                        "print(len(m.text), m.text[-1] == chr(233), round(m.dxf.text_direction.x, 9),"
+                        " m.dxf.rotation)\n"
+                        "print(e[\"10E\"].get_align_enum().name, e[\"10F\"].dxf.style_handle,"
+                        " e[\"107\"].dxf.xscale, e[\"107\"].dxf.yscale, e[\"107\"].dxf.zscale)\n"
+                        "' " + path;
+  FILE* pipe = popen(command.c_str(), "r");
+  ASSERT_NE(pipe, nullptr);
+  std::string out;
+  char buffer[512];
+  while (size_t n = fread(buffer, 1, sizeof buffer, pipe)) out.append(buffer, n);
+  EXPECT_EQ(pclose(pipe), 0);
+  std::remove(path.c_str());
+  EXPECT_EQ(out,
+            "Walls Dashed 1 (16, 32, 48) 35\n"
+            "2.5 0.75 True True Double D2\n"
+            "4.0 90.0 (10, 20, 30) 135.0 -4.0 -4.0 [2.0, -1.0] 0.5\n"
+            "301 True -1.0 180.0\n"
+            "MIDDLE_RIGHT E2 1.0 2.0 3.0\n");
+}
+
+}  // namespace

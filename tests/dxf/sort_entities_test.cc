@@ -1,0 +1,225 @@
+#include "dxf/sort_entities.h"
+
+#include <gtest/gtest.h>
+
+#include <map>
+#include <string>
+#include <vector>
+
+#include "dxf/blocks.h"
+#include "dxf/dictionary.h"
+#include "dxf/entity_factory.h"
+#include "dxf/objects.h"
+
+namespace dxf {
+namespace {
+
+// One "code value" pair per line.
+std::string dxfText(std::string_view pairs) {
+  std::string out;
+  while (!pairs.empty()) {
+    size_t eol = pairs.find('\n');
+    std::string_view line = pairs.substr(0, eol);
+    pairs.remove_prefix(eol == std::string_view::npos ? pairs.size() : eol + 1);
+    while (!line.empty() && line.front() == ' ') line.remove_prefix(1);
+    if (line.empty()) continue;
+    size_t space = line.find(' ');
+    out.append(line.substr(0, space)).append("\n");
+    out.append(space == std::string_view::npos ? "" : line.substr(space + 1)).append("\n");
+  }
+  return out;
+}
+
+constexpr std::string_view kDrawing = R"(
+  0 SECTION
+  2 HEADER
+  9 $ACADVER
+  1 AC1018
+  0 ENDSEC
+  0 SECTION
+  2 TABLES
+  0 TABLE
+  2 LAYER
+  5 2
+  330 0
+  100 AcDbSymbolTable
+  0 LAYER
+  5 10
+  330 2
+  100 AcDbSymbolTableRecord
+  100 AcDbLayerTableRecord
+  2 0
+  70 0
+  0 ENDTAB
+  0 TABLE
+  2 BLOCK_RECORD
+  5 1
+  330 0
+  100 AcDbSymbolTable
+  0 BLOCK_RECORD
+  5 1F
+  330 1
+  100 AcDbSymbolTableRecord
+  100 AcDbBlockTableRecord
+  2 *Model_Space
+  0 BLOCK_RECORD
+  5 30
+  330 1
+  100 AcDbSymbolTableRecord
+  100 AcDbBlockTableRecord
+  2 Door
+  0 ENDTAB
+  0 ENDSEC
+  0 SECTION
+  2 BLOCKS
+  0 BLOCK
+  5 31
+  330 30
+  100 AcDbEntity
+  8 0
+  100 AcDbBlockBegin
+  2 Door
+  70 0
+  10 0.0
+  20 0.0
+  30 0.0
+  3 Door
+  0 ENDBLK
+  5 32
+  330 30
+  100 AcDbEntity
+  8 0
+  100 AcDbBlockEnd
+  0 ENDSEC
+  0 SECTION
+  2 ENTITIES
+  0 ENDSEC
+  0 SECTION
+  2 OBJECTS
+  0 DICTIONARY
+  5 C
+  330 0
+  100 AcDbDictionary
+  0 ENDSEC
+  0 EOF
+)";
+
+// A drawing with model-space lines A..E, made in that order (so with rising handles), and
+// one line in the block Door.
+struct Fixture {
+  Document doc;
+  std::map<char, RecordId> lines;
+  RecordId in_block = kNoRecord;
+  RecordId model = kNoRecord;
+
+  Fixture() : doc(std::move(Document::parse(dxfText(kDrawing), "fixture").value())) {
+    for (char name = 'A'; name <= 'E'; ++name) {
+      lines[name] = addLine(doc, {}, {double(name), 0, 0}, {double(name), 1, 0}).value();
+    }
+    in_block = addLine(doc, {L"0", std::nullopt, L"Door"}, {0, 0, 0}, {1, 1, 0}).value();
+    model = findBlockRecord(doc, L"*Model_Space");
+  }
+
+  std::vector<RecordId> ids(std::string_view names) {
+    std::vector<RecordId> out;
+    for (char c : names) out.push_back(lines.at(c));
+    return out;
+  }
+
+  // The draw order as letters, read from `from` (this drawing or a reparsed copy).
+  std::string order(const Document& from) {
+    std::string out;
+    for (RecordId id : modelSpaceDrawOrder(from)) {
+      for (const auto& [name, line] : lines) {
+        if (doc.record(line).handle == from.record(id).handle) out.push_back(name);
+      }
+    }
+    return out;
+  }
+};
+
+TEST(SortEntitiesTest, TableIsCreatedOnceInTheBlockRecordsExtensionDictionary) {
+  Fixture f;
+  EXPECT_EQ(findSortEntsTable(f.doc, f.model), kNoRecord);
+  auto table = ensureSortEntsTable(f.doc, f.model);
+  ASSERT_TRUE(table.isOk()) << table.status().message();
+  EXPECT_EQ(ensureSortEntsTable(f.doc, f.model).value(), *table);
+
+  Document again = std::move(Document::parse(f.doc.serialize(), "again").value());
+  RecordId model = findBlockRecord(again, L"*Model_Space");
+  RecordId found = findSortEntsTable(again, model);
+  ASSERT_NE(found, kNoRecord);
+  RecordId xdict = again.byHandle(extensionDictionaryOf(again, model));
+  ASSERT_NE(xdict, kNoRecord);
+  std::vector<DictionaryEntry> entries = dictionaryEntries(again, xdict);
+  ASSERT_EQ(entries.size(), 1u);
+  EXPECT_EQ(entries[0].key, L"ACAD_SORTENTS");
+  EXPECT_TRUE(entries[0].hard_owner);
+  EXPECT_EQ(ownerOf(again, found), again.record(xdict).handle);
+  // The sorted block record follows the subclass marker.
+  auto tags = again.tags(found);
+  EXPECT_EQ(again.text(tags[tags.size() - 2]), "AcDbSortentsTable");
+  EXPECT_EQ(again.text(tags.back()), "1F");
+  EXPECT_TRUE(sortEntries(again, found).empty());
+
+  EXPECT_EQ(ensureSortEntsTable(f.doc, f.lines['A']).status().code(), base::Code::kInvalid);
+}
+
+TEST(SortEntitiesTest, ReorderedEntitiesTradeSortHandlesAndOthersStay) {
+  struct Case {
+    std::string setup, reorder, expected;
+  };
+  const Case cases[] = {
+      {"", "", "ABCDE"},          {"", "ECA", "EBCDA"},     {"", "BA", "BACDE"},
+      {"", "C", "ABCDE"},         {"EDCBA", "", "EDCBA"},   {"EDCBA", "BD", "EBCDA"},
+      {"BA", "AB", "ABCDE"},      {"DB", "EA", "EDCBA"},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.setup + " then " + c.reorder);
+    Fixture f;
+    RecordId table = ensureSortEntsTable(f.doc, f.model).value();
+    ASSERT_TRUE(setRelativeDrawOrder(f.doc, table, f.ids(c.setup)).isOk());
+    ASSERT_TRUE(setRelativeDrawOrder(f.doc, table, f.ids(c.reorder)).isOk());
+    EXPECT_EQ(f.order(f.doc), c.expected);
+    Document again = std::move(Document::parse(f.doc.serialize(), "again").value());
+    EXPECT_EQ(f.order(again), c.expected);
+    // Each entity is listed at most once.
+    std::map<Handle, int> listed;
+    for (const SortEntry& e : sortEntries(f.doc, table)) EXPECT_EQ(++listed[e.entity], 1);
+  }
+}
+
+TEST(SortEntitiesTest, BadReordersChangeNothing) {
+  Fixture f;
+  RecordId table = ensureSortEntsTable(f.doc, f.model).value();
+  ASSERT_TRUE(setRelativeDrawOrder(f.doc, table, f.ids("CA")).isOk());
+  RecordId erased = f.lines['E'];
+  eraseObject(f.doc, erased);
+  std::string before = f.doc.serialize();
+  const std::vector<std::pair<const char*, std::vector<RecordId>>> cases = {
+      {"listed twice", {f.lines['A'], f.lines['B'], f.lines['A']}},
+      {"in another block", {f.lines['A'], f.in_block}},
+      {"erased", {f.lines['A'], erased}},
+  };
+  for (const auto& [name, ids] : cases) {
+    SCOPED_TRACE(name);
+    EXPECT_EQ(setRelativeDrawOrder(f.doc, table, ids).code(), base::Code::kInvalid);
+    EXPECT_EQ(f.doc.serialize(), before);
+  }
+  EXPECT_EQ(setRelativeDrawOrder(f.doc, f.lines['A'], f.ids("AB")).code(), base::Code::kInvalid);
+  EXPECT_EQ(f.order(f.doc), "CBAD");
+}
+
+TEST(SortEntitiesTest, R12DrawingsHaveNoTable) {
+  std::string text = dxfText(kDrawing);
+  text.replace(text.find("AC1018"), 6, "AC1009");
+  Document doc = std::move(Document::parse(text, "r12").value());
+  RecordId model = findBlockRecord(doc, L"*Model_Space");
+  std::string before = doc.serialize();
+  auto table = ensureSortEntsTable(doc, model);
+  EXPECT_EQ(table.status().code(), base::Code::kUnsupported);
+  EXPECT_EQ(doc.serialize(), before);
+}
+
+}  // namespace
+}  // namespace dxf
