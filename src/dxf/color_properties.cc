@@ -138,8 +138,7 @@ PropValue getBackgroundColor(const Document& doc, RecordId id) {
 
 base::Status setBackgroundColor(Document& doc, RecordId id, const PropValue& value) {
   const EntityColor* color = asColor(value);
-  if (!color || color->index < -1 || color->index > 256 ||
-      (color->rgb && *color->rgb > 0xFFFFFF)) {
+  if (!color || color->index < -1 || color->index > 256 || (color->rgb && *color->rgb > 0xFFFFFF)) {
     return wrongValue("a colour index -1..256 and an optional 24-bit true colour");
   }
   RecordEdit edit(doc, id);

@@ -114,7 +114,13 @@ void dictionarySet(Document& doc, RecordId dict, std::wstring_view key, RecordId
   int value_code = hard_owner ? 360 : 350;
   RecordEdit edit(doc, dict);
   int at = findKey(doc, edit, key);
+  RecordId replaced = kNoRecord;
   if (at >= 0) {
+    const Tag& old = edit.tags()[static_cast<size_t>(at) + 1];
+    replaced = doc.byHandle(parseHandleText(edit.text(static_cast<size_t>(at) + 1)));
+    if (replaced != kNoRecord && old.code != 360 && ownerOf(doc, replaced) != doc.record(dict).handle) {
+      replaced = kNoRecord;  // listed here but owned elsewhere: it stays
+    }
     edit.tags()[static_cast<size_t>(at) + 1] = doc.makeTag(value_code, handle);
   } else {
     size_t end = edit.endOfSubclass("AcDbDictionary");
@@ -124,6 +130,8 @@ void dictionarySet(Document& doc, RecordId dict, std::wstring_view key, RecordId
   }
   edit.commit();
   setOwner(doc, value, doc.record(dict).handle);
+  // As in CAD programs, an object the dictionary owned goes with the entry that named it.
+  if (replaced != kNoRecord && replaced != value) eraseObject(doc, replaced);
 }
 
 bool dictionaryRemove(Document& doc, RecordId dict, std::wstring_view key) {

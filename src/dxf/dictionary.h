@@ -25,7 +25,8 @@ std::vector<DictionaryEntry> dictionaryEntries(const Document& doc, RecordId dic
 // kNoRecord when the key is absent or names nothing.
 RecordId dictionaryGet(const Document& doc, RecordId dict, std::wstring_view key);
 bool dictionaryHas(const Document& doc, RecordId dict, std::wstring_view key);
-// Adds or replaces an entry; sets the entry object's owner (330) to the dictionary.
+// Adds or replaces an entry; sets the entry object's owner (330) to the dictionary. An
+// object the replaced entry named is erased when the dictionary owned it.
 void dictionarySet(Document& doc, RecordId dict, std::wstring_view key, RecordId value,
                    bool hard_owner);
 // Removes an entry (not the object it names); returns true iff the key was there.

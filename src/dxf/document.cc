@@ -248,6 +248,29 @@ void Document::setHeaderVariable(std::string_view name, std::span<const Tag> val
   setTags(head, out);
 }
 
+// References are resolved once every record exists. An extension dictionary that names no
+// object is refused: the data the system keeps there would have nowhere to go. Dangling
+// entries of ordinary dictionaries are common in real drawings (some writers leave them
+// behind); they are kept as read and treated as absent.
+base::Status Document::checkExtensionDictionaries(const std::string& name) const {
+  for (RecordId id = first_; id != kNoRecord; id = records_[id].next) {
+    auto record_tags = tags(id);
+    for (size_t i = 1; i + 1 < record_tags.size(); ++i) {
+      if (record_tags[i].code == 100) break;
+      if (record_tags[i].code != 102 || text(record_tags[i]) != "{ACAD_XDICTIONARY") continue;
+      const Tag& pointer = record_tags[i + 1];
+      Handle h = 0;
+      if (pointer.code == 360 && parseHandle(text(pointer), h) && byHandle(h) != kNoRecord) break;
+      std::string where = format_ == Format::kAscii
+                              ? ":" + std::to_string(uint64_t{records_[id].first_tag + i + 1} * 2 + 2)
+                              : ": byte " + std::to_string(records_[id].raw_begin);
+      return base::Status::invalid(name + where + ": the extension dictionary handle '" +
+                                   std::string(text(pointer)) + "' names no object");
+    }
+  }
+  return base::Status::ok();
+}
+
 base::Status Document::buildStructure(const std::string& name) {
   auto where = [&](RecordId id) {
     if (format_ == Format::kAscii) {
@@ -316,6 +339,7 @@ base::Status Document::buildStructure(const std::string& name) {
     }
   }
   if (!handles_.empty()) next_handle_ = handles_.back().first + 1;
+  if (base::Status status = checkExtensionDictionaries(name); !status) return status;
 
   std::vector<Tag> var = headerVariable("$ACADVER");
   if (!var.empty()) version_ = std::string(text(var.front()));

@@ -134,6 +134,10 @@ class Document {
   friend class DocumentBuilder;
 
   base::Status buildStructure(const std::string& name);
+  base::Status checkExtensionDictionaries(const std::string& name) const;
+  // Writes the whole drawing to `out` (a std::string or a buffered file).
+  template <typename Out>
+  void writeTo(Out& out) const;
 
   std::string raw_;  // the file as read
   TextStore text_;

@@ -32,8 +32,8 @@ enum class Kind : uint8_t {
 enum class Names : uint8_t { kNone, kLayer, kLinetype, kTextStyle, kDimStyle, kBlock };
 
 bool validLineweight(int64_t value) {
-  static constexpr std::array<int, 27> kValid = {-3, -2, -1, 0,  5,  9,  13,  15,  18,
-                                                 20, 25, 30, 35, 40, 50, 53,  60,  70,
+  static constexpr std::array<int, 27> kValid = {-3, -2, -1,  0,   5,   9,   13,  15,  18,
+                                                 20, 25, 30,  35,  40,  50,  53,  60,  70,
                                                  80, 90, 100, 106, 120, 140, 158, 200, 211};
   return std::find(kValid.begin(), kValid.end(), value) != kValid.end();
 }
@@ -50,8 +50,7 @@ struct PlainProp {
   double fallback = 0;  // what a CAD program assumes when the tag is absent
   std::wstring_view fallback_text = {};
   Names names = Names::kNone;
-  int mask = 0;         // kFlag: the bit
-  int occurrence = 0;   // which group of that marker
+  int mask = 0;  // kFlag: the bit
   // A missing tag goes before the first of these in its group: the repeated data (vertices,
   // knots, boundary paths) that follows it in DXF; 0 ends the list.
   std::array<int16_t, 5> before = {};
@@ -59,9 +58,10 @@ struct PlainProp {
   bool (*valid)(int64_t) = nullptr;
 };
 
+// clang-format off
 const PlainProp kPlainProps[] = {
-    {.prop = Prop::kLayer, .types = "*", .markers = "AcDbEntity", .code = 8, .kind = Kind::kName,
-     .fallback_text = L"0", .names = Names::kLayer},
+    {.prop = Prop::kLayer, .types = "*", .markers = "AcDbEntity", .code = 8,
+     .kind = Kind::kName, .fallback_text = L"0", .names = Names::kLayer},
     {.prop = Prop::kLinetype, .types = "*", .markers = "AcDbEntity", .code = 6,
      .kind = Kind::kName, .fallback_text = L"ByLayer", .names = Names::kLinetype},
     {.prop = Prop::kLinetypeScale, .types = "*", .markers = "AcDbEntity", .code = 48,
@@ -71,8 +71,8 @@ const PlainProp kPlainProps[] = {
     {.prop = Prop::kClosed, .types = "LWPOLYLINE", .markers = "AcDbPolyline", .code = 70,
      .kind = Kind::kFlag, .mask = 1, .before = {10}},
     {.prop = Prop::kClosed, .types = "POLYLINE",
-     .markers = "AcDb2dPolyline|AcDb3dPolyline|AcDbPolygonMesh", .code = 70, .kind = Kind::kFlag,
-     .mask = 1},
+     .markers = "AcDb2dPolyline|AcDb3dPolyline|AcDbPolygonMesh", .code = 70,
+     .kind = Kind::kFlag, .mask = 1},
     {.prop = Prop::kClosed, .types = "SPLINE", .markers = "AcDbSpline", .code = 70,
      .kind = Kind::kFlag, .mask = 1, .before = {40, 10, 11, 12, 13}},
     {.prop = Prop::kClosed, .types = "MLINE", .markers = "AcDbMline", .code = 71,
@@ -116,6 +116,7 @@ const PlainProp kPlainProps[] = {
     {.prop = Prop::kElevation, .types = "LWPOLYLINE", .markers = "AcDbPolyline", .code = 38,
      .kind = Kind::kReal, .before = {10}},
 };
+// clang-format on
 
 PropValue getScale(const Document& doc, RecordId id) {
   auto tags = doc.tags(id);
@@ -130,8 +131,7 @@ PropValue getScale(const Document& doc, RecordId id) {
 
 base::Status setScale(Document& doc, RecordId id, const PropValue& value) {
   const Point3* scale = std::get_if<Point3>(&value);
-  if (!scale || !std::isfinite(scale->x) || !std::isfinite(scale->y) ||
-      !std::isfinite(scale->z)) {
+  if (!scale || !std::isfinite(scale->x) || !std::isfinite(scale->y) || !std::isfinite(scale->z)) {
     return wrongValue("three finite scale factors");
   }
   RecordEdit edit(doc, id);
@@ -153,14 +153,14 @@ PropValue getDimensionType(const Document& doc, RecordId id) {
 }
 
 // A property that needs more than one plain tag; `set` is null when it is read only.
-struct SpecialProp {
+struct CompoundProp {
   Prop prop;
   std::string_view types;
   PropValue (*get)(const Document&, RecordId);
   base::Status (*set)(Document&, RecordId, const PropValue&);
 };
 
-const SpecialProp kSpecialProps[] = {
+const CompoundProp kCompoundProps[] = {
     {Prop::kColor, "*", getColor, setColor},
     {Prop::kRotation, "MTEXT", getMtextRotation, setMtextRotation},
     {Prop::kScale, "INSERT", getScale, setScale},
@@ -251,7 +251,7 @@ base::Result<std::string> storedName(const Document& doc, Names names, const std
 
 PropValue getPlain(const Document& doc, RecordId id, const PlainProp& row) {
   auto tags = doc.tags(id);
-  int at = findCode(doc, tags, subclassGroup(doc, tags, row.markers, row.occurrence), row.code);
+  int at = findCode(doc, tags, subclassGroup(doc, tags, row.markers), row.code);
   std::string_view raw = at >= 0 ? doc.text(tags[at]) : std::string_view();
   switch (row.kind) {
     case Kind::kInt: {
@@ -318,7 +318,7 @@ base::Status setPlain(Document& doc, RecordId id, const PlainProp& row, const Pr
     return base::Status::unsupported("R12 drawings have no group code " + formatInt(row.code));
   }
   RecordEdit edit(doc, id);
-  TagRange range = subclassGroup(doc, edit.tags(), row.markers, row.occurrence);
+  TagRange range = subclassGroup(doc, edit.tags(), row.markers);
   int at = findCode(doc, edit.tags(), range, row.code);
   std::optional<std::string_view> now;
   if (at >= 0) now = edit.text(static_cast<size_t>(at));
@@ -339,8 +339,8 @@ base::Status setPlain(Document& doc, RecordId id, const PlainProp& row, const Pr
 PropValue getProperty(const Document& doc, RecordId id, Prop prop) {
   if (id >= doc.recordCount()) return {};
   std::string_view type = doc.type(id);
-  if (const SpecialProp* special = findRow<SpecialProp>(kSpecialProps, prop, type)) {
-    return special->get(doc, id);
+  if (const CompoundProp* compound = findRow<CompoundProp>(kCompoundProps, prop, type)) {
+    return compound->get(doc, id);
   }
   if (const PlainProp* plain = findRow<PlainProp>(kPlainProps, prop, type)) {
     return getPlain(doc, id, *plain);
@@ -351,9 +351,9 @@ PropValue getProperty(const Document& doc, RecordId id, Prop prop) {
 base::Status setProperty(Document& doc, RecordId id, Prop prop, const PropValue& value) {
   if (id >= doc.recordCount()) return base::Status::notFound("no such record");
   std::string_view type = doc.type(id);
-  if (const SpecialProp* special = findRow<SpecialProp>(kSpecialProps, prop, type)) {
-    if (!special->set) return base::Status::unsupported("the property is read only");
-    return special->set(doc, id, value);
+  if (const CompoundProp* compound = findRow<CompoundProp>(kCompoundProps, prop, type)) {
+    if (!compound->set) return base::Status::unsupported("the property is read only");
+    return compound->set(doc, id, value);
   }
   if (const PlainProp* plain = findRow<PlainProp>(kPlainProps, prop, type)) {
     return setPlain(doc, id, *plain, value);

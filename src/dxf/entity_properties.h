@@ -65,7 +65,9 @@ PropValue getProperty(const Document& doc, RecordId id, Prop prop);
 
 // Sets `prop` on entity `id`. Names (layer, linetype, styles, block) must exist in the
 // drawing: an unknown name is a kNotFound error and nothing changes. A property the
-// entity's type does not have is a kUnsupported error.
+// entity's type does not have, a read-only one (kDimensionType) and a value the drawing's
+// version cannot hold (true colours before AC1018, lineweight and linetype scale in R12)
+// are kUnsupported errors; a value of the wrong kind or out of range is kInvalid.
 base::Status setProperty(Document& doc, RecordId id, Prop prop, const PropValue& value);
 
 }  // namespace dxf

@@ -74,7 +74,8 @@ bool parseInt(std::string_view text, int64_t& out) {
   auto [ptr, ec] = std::from_chars(text.data(), end, out);
   if (ec == std::errc() && ptr == end) return true;
   double real = 0;
-  if (!parseDouble(text, real) || !std::isfinite(real)) return false;
+  // A real beyond the 64-bit range is not an integer any writer meant.
+  if (!parseDouble(text, real) || !(real > -9.2e18 && real < 9.2e18)) return false;
   out = static_cast<int64_t>(real);
   return true;
 }

@@ -1,6 +1,7 @@
 // Draw order: the SORTENTSTABLE of a block record (R2000 and later). An entity is drawn by
-// its sort handle, ascending; one the table does not list sorts by its own handle, and
-// entities with equal sort handles keep their file order.
+// its sort handle, ascending; one the table does not list sorts by its own handle, one
+// with sort handle 0 is drawn last (as CAD programs do), and entities with equal sort
+// handles keep their file order.
 #pragma once
 
 #include <span>

@@ -203,9 +203,9 @@ base::Status setMlineStyle(Document& doc, RecordId id, const PropValue& value) {
   };
   bool changed = putTag(edit, findCode(doc, edit.tags(), range(), 2),
                         first_of({340, 40, 70, 71, 72, 73, 10}), 2, name);
-  changed |= putTag(edit, findCode(doc, edit.tags(), range(), 340),
-                    first_of({40, 70, 71, 72, 73, 10}), 340,
-                    formatHandle(doc.record(*style).handle));
+  changed |=
+      putTag(edit, findCode(doc, edit.tags(), range(), 340), first_of({40, 70, 71, 72, 73, 10}),
+             340, formatHandle(doc.record(*style).handle));
   if (changed) edit.commit();
   return base::Status::ok();
 }

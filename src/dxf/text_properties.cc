@@ -127,7 +127,8 @@ base::Status setMtextRotation(Document& doc, RecordId id, const PropValue& value
 PropValue getTextJustification(const Document& doc, RecordId id) {
   auto tags = doc.tags(id);
   // 72 is in the first AcDbText group, 73 in the second.
-  int64_t horizontal = tagInt(doc, tags, findCode(doc, tags, subclassGroup(doc, tags, kText), 72), 0);
+  int64_t horizontal =
+      tagInt(doc, tags, findCode(doc, tags, subclassGroup(doc, tags, kText), 72), 0);
   int64_t vertical =
       tagInt(doc, tags, findCode(doc, tags, subclassGroup(doc, tags, kText, 1), 73), 0);
   // Aligned, middle and fit ignore the vertical alignment.

@@ -16,11 +16,11 @@ namespace {
 
 constexpr std::string_view kBinarySentinel{"AutoCAD Binary DXF\r\n\x1a\0", 22};
 
-template <typename T>
-void appendLittleEndian(std::string& out, T value) {
+template <typename Out, typename T>
+void appendLittleEndian(Out& out, T value) {
   char bytes[sizeof(T)];
   std::memcpy(bytes, &value, sizeof(T));
-  out.append(bytes, sizeof(T));
+  out.append(std::string_view(bytes, sizeof(T)));
 }
 
 int hexDigit(char c) {
@@ -39,9 +39,53 @@ static std::string_view tagText(const Document& doc, const Tag& tag, const Tag* 
   return &tag == handseed ? std::string_view(handseed_text) : doc.text(tag);
 }
 
+// Writes to a file descriptor through a buffer, so that saving never holds the whole
+// output in memory; the first failure is kept and later writes are dropped.
+class FileOut {
+ public:
+  explicit FileOut(int fd) : fd_(fd) { buffer_.reserve(kFlushSize + 4096); }
+  void append(std::string_view bytes) {
+    if (bytes.size() >= kFlushSize) {
+      flush();
+      writeAll(bytes);
+      return;
+    }
+    buffer_.append(bytes);
+    if (buffer_.size() >= kFlushSize) flush();
+  }
+  void push_back(char c) { buffer_.push_back(c); }
+  void flush() {
+    writeAll(buffer_);
+    buffer_.clear();
+  }
+  int error() const { return errno_; }
+
+ private:
+  static constexpr size_t kFlushSize = size_t{1} << 20;
+  void writeAll(std::string_view bytes) {
+    while (!bytes.empty() && errno_ == 0) {
+      ssize_t n = ::write(fd_, bytes.data(), bytes.size());
+      if (n < 0) {
+        if (errno != EINTR) errno_ = errno;
+        continue;
+      }
+      bytes.remove_prefix(static_cast<size_t>(n));
+    }
+  }
+  int fd_;
+  int errno_ = 0;
+  std::string buffer_;
+};
+
 std::string Document::serialize() const {
   std::string out;
   out.reserve(raw_.size() + raw_.size() / 8 + 1024);
+  writeTo(out);
+  return out;
+}
+
+template <typename Out>
+void Document::writeTo(Out& out) const {
   if (format_ == Format::kBinary) out.append(kBinarySentinel);
 
   // $HANDSEED is kept current only here, so that handing out handles costs nothing.
@@ -64,14 +108,14 @@ std::string Document::serialize() const {
   for (RecordId id = first_; id != kNoRecord; id = records_[id].next) {
     const Record& r = records_[id];
     if (!r.changed && !(handseed && id == head)) {
-      out.append(raw_, r.raw_begin, r.raw_end - r.raw_begin);
+      out.append(std::string_view(raw_).substr(r.raw_begin, r.raw_end - r.raw_begin));
       continue;
     }
     for (const Tag& tag : tags(id)) {
       std::string_view value = tagText(*this, tag, handseed, handseed_text);
       if (format_ == Format::kAscii) {
         int n = std::snprintf(code_buf, sizeof code_buf, padded_codes_ ? "%3d" : "%d", tag.code);
-        out.append(code_buf, n);
+        out.append(std::string_view(code_buf, static_cast<size_t>(n)));
         out.append(eol);
         out.append(value);
         out.append(eol);
@@ -124,11 +168,9 @@ std::string Document::serialize() const {
       }
     }
   }
-  return out;
 }
 
 base::Status Document::save(const std::string& path) const {
-  std::string bytes = serialize();
   std::string dir = ".";
   size_t slash = path.find_last_of('/');
   if (slash != std::string::npos) dir = slash == 0 ? "/" : path.substr(0, slash);
@@ -156,14 +198,12 @@ base::Status Document::save(const std::string& path) const {
     mode &= ~mask;
   }
   if (::fchmod(fd, mode) != 0) return fail("cannot set the permissions of");
-  size_t written = 0;
-  while (written < bytes.size()) {
-    ssize_t n = ::write(fd, bytes.data() + written, bytes.size() - written);
-    if (n < 0) {
-      if (errno == EINTR) continue;
-      return fail("cannot write");
-    }
-    written += static_cast<size_t>(n);
+  FileOut out(fd);
+  writeTo(out);
+  out.flush();
+  if (out.error() != 0) {
+    errno = out.error();
+    return fail("cannot write");
   }
   if (::fsync(fd) != 0) return fail("cannot flush");
   if (::close(fd) != 0) {

@@ -417,6 +417,30 @@ TEST(EntityFactoryTest, EachTypeLandsInANamedBlockOwnedByItsRecord) {
   }
 }
 
+// Readers size their lists by the count tags; a count that disagrees corrupts what follows.
+TEST(EntityFactoryTest, CountTagsAgreeWithTheListsTheyCount) {
+  struct Count {
+    std::string type;
+    int count_code, item_code, extra_items;
+  };
+  const Count counts[] = {
+      {"LWPOLYLINE", 90, 10, 0}, {"LWPOLYLINE", 90, 42, -2},  // one bulge in three vertices
+      {"SPLINE", 72, 40, 0},     {"SPLINE", 73, 10, 0},
+      {"HATCH", 93, 10, 1},  // plus the elevation point
+      {"HATCH", 78, 53, 0},
+  };
+  for (const Count& c : counts) {
+    SCOPED_TRACE(c.type + " " + std::to_string(c.count_code));
+    const Maker& maker = *std::find_if(makers().begin(), makers().end(),
+                                       [&](const Maker& m) { return m.type == c.type; });
+    Document doc = r2000();
+    RecordId id = maker.make(doc, {}).value();
+    int items = 0;
+    for (const Tag& tag : doc.tags(id)) items += tag.code == c.item_code;
+    EXPECT_EQ(doc.intValue(id, c.count_code, -1), items - c.extra_items);
+  }
+}
+
 TEST(EntityFactoryTest, BadTargetsChangeNothing) {
   struct Case {
     CommonProps common;

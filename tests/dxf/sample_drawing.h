@@ -42,6 +42,7 @@ constexpr const char* kSolidHatch = "10C";
 constexpr const char* kMline = "10D";
 constexpr const char* kPlainText = "10E";
 constexpr const char* kMLeader = "10F";
+constexpr const char* kColumnMtext = "113";  // has an embedded object
 }  // namespace handle
 
 // An AutoCAD 2013 drawing (UTF-8).
@@ -802,6 +803,37 @@ inline std::string drawing() {
 272 9
 273 9
 295 0
+0 MTEXT
+5 113
+330 1F
+100 AcDbEntity
+8 0
+100 AcDbMText
+10 0.0
+20 5.0
+30 0.0
+1 column text
+7 Standard
+50 30.0
+101 Embedded Object
+70 1
+10 1.0
+20 0.0
+30 0.0
+11 0.0
+21 5.0
+31 0.0
+40 10.0
+41 0.0
+42 10.0
+43 5.0
+71 2
+72 1
+44 10.0
+45 1.0
+73 0
+74 0
+46 5.0
 0 ENDSEC
 0 SECTION
 2 OBJECTS

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <map>
 #include <string>
 #include <vector>
@@ -9,7 +10,9 @@
 #include "dxf/blocks.h"
 #include "dxf/dictionary.h"
 #include "dxf/entity_factory.h"
+#include "dxf/number_text.h"
 #include "dxf/objects.h"
+#include "dxf/record_edit.h"
 
 namespace dxf {
 namespace {
@@ -187,6 +190,25 @@ TEST(SortEntitiesTest, ReorderedEntitiesTradeSortHandlesAndOthersStay) {
     std::map<Handle, int> listed;
     for (const SortEntry& e : sortEntries(f.doc, table)) EXPECT_EQ(++listed[e.entity], 1);
   }
+}
+
+TEST(SortEntitiesTest, SortHandleZeroDrawsLastAndIsKeptAsZero) {
+  Fixture f;
+  RecordId table = ensureSortEntsTable(f.doc, f.model).value();
+  // An entry as another program may write it.
+  RecordEdit edit(f.doc, table);
+  edit.insert(edit.tags().size(), 331, formatHandle(f.doc.record(f.lines['A']).handle));
+  edit.insert(edit.tags().size(), 5, "0");
+  edit.commit();
+  EXPECT_EQ(f.order(f.doc), "BCDEA");
+  ASSERT_TRUE(setRelativeDrawOrder(f.doc, table, f.ids("AB")).isOk());
+  EXPECT_EQ(f.order(f.doc), "ACDEB");
+  Handle b = f.doc.record(f.lines['B']).handle;
+  std::vector<SortEntry> entries = sortEntries(f.doc, table);
+  auto entry = std::find_if(entries.begin(), entries.end(),
+                            [&](const SortEntry& e) { return e.entity == b; });
+  ASSERT_NE(entry, entries.end());
+  EXPECT_EQ(entry->sort, 0u);
 }
 
 TEST(SortEntitiesTest, BadReordersChangeNothing) {

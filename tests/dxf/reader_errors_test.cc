@@ -1,0 +1,124 @@
+// Damaged drawings: each is refused with the place and what is wrong, never half-read.
+#include <gtest/gtest.h>
+
+#include "dxf/document.h"
+#include "dxf/sample_drawing.h"
+
+namespace {
+
+// A small valid R2000 drawing, one tag per line pair.
+std::string good() {
+  return sample::toDxf(R"(
+0 SECTION
+2 HEADER
+9 $ACADVER
+1 AC1015
+9 $HANDSEED
+5 30
+0 ENDSEC
+0 SECTION
+2 ENTITIES
+0 LINE
+5 20
+102 {ACAD_XDICTIONARY
+360 21
+102 }
+330 1F
+100 AcDbEntity
+8 0
+100 AcDbLine
+10 1.5
+20 2.5
+30 0.0
+11 3.0
+21 4.0
+31 0.0
+0 ENDSEC
+0 SECTION
+2 OBJECTS
+0 DICTIONARY
+5 C
+330 0
+100 AcDbDictionary
+281 1
+0 DICTIONARY
+5 21
+330 20
+100 AcDbDictionary
+280 1
+281 1
+0 ENDSEC
+0 EOF
+)");
+}
+
+std::string replaceLine(std::string text, int line, const std::string& with) {
+  size_t begin = 0;
+  for (int i = 1; i < line; ++i) begin = text.find('\n', begin) + 1;
+  size_t end = text.find('\n', begin);
+  return text.replace(begin, end - begin, with);
+}
+
+std::string dropLines(std::string text, int first, int count) {
+  size_t begin = 0;
+  for (int i = 1; i < first; ++i) begin = text.find('\n', begin) + 1;
+  size_t end = begin;
+  for (int i = 0; i < count; ++i) end = text.find('\n', end) + 1;
+  return text.erase(begin, end - begin);
+}
+
+TEST(ReaderErrorsTest, TheSampleIsValid) {
+  auto doc = dxf::Document::parse(good(), "good.dxf");
+  ASSERT_TRUE(doc.isOk()) << doc.status().message();
+  EXPECT_EQ(doc->serialize(), good());
+}
+
+TEST(ReaderErrorsTest, DamagedInputNamesFileLineAndFault) {
+  const std::string text = good();
+  struct Case {
+    const char* what;
+    std::string input;
+    const char* message;  // expected in full, after "bad.dxf:"
+  };
+  const Case cases[] = {
+      {"empty file", "", "1: the file is empty"},
+      {"odd number of lines", text.substr(0, text.rfind("EOF")), "79: group code 0 has no value line; the file is truncated"},
+      {"no EOF", text.substr(0, text.find("  0\nEOF")), "79: the file ends without 'EOF'; it is truncated"},
+      {"non-numeric group code", replaceLine(text, 21, "x10"), "21: group code expected, found 'x10'"},
+      {"code out of range", replaceLine(text, 21, "99999"), "21: group code expected, found '99999'"},
+      {"text where a real belongs", replaceLine(text, 38, "one"), "38: group code 10 needs a number, found 'one'"},
+      {"text where an integer belongs", replaceLine(text, 64, "yes"), "64: group code 281 needs a number, found 'yes'"},
+      {"missing ENDSEC", dropLines(text, 49, 2), "49: section ENTITIES is not closed by ENDSEC before the next SECTION"},
+      {"ENDSEC outside a section", replaceLine(text, 16, "ENDSEC"), "15: ENDSEC without a SECTION"},
+      {"dangling extension dictionary", replaceLine(text, 26, "99"), "26: the extension dictionary handle '99' names no object"},
+      {"handle used twice", replaceLine(text, 68, "20"), "65: handle 20 is used twice"},
+      {"bytes that are not UTF-8", replaceLine(replaceLine(text, 8, "AC1021"), 34, "\xff\xfe"),
+       "34: group code 8 holds bytes that are not UTF-8"},
+  };
+  for (const Case& c : cases) {
+    auto doc = dxf::Document::parse(c.input, "bad.dxf");
+    ASSERT_FALSE(doc.isOk()) << c.what;
+    EXPECT_EQ(doc.status().message(), std::string("bad.dxf:") + c.message) << c.what;
+  }
+}
+
+// Every truncation of a valid drawing is refused or read whole; none crashes or hangs.
+TEST(ReaderErrorsTest, EveryTruncationIsHandled) {
+  const std::string text = good();
+  for (size_t n = 0; n < text.size(); ++n) {
+    auto doc = dxf::Document::parse(text.substr(0, n), "cut.dxf");
+    if (doc.isOk()) {
+      EXPECT_EQ(doc->serialize(), text.substr(0, n));
+    }
+  }
+}
+
+TEST(ReaderErrorsTest, BinaryTruncationNamesTheByte) {
+  std::string binary("AutoCAD Binary DXF\r\n\x1a\0", 22);
+  binary += std::string("\0\0SECTION\0", 10);
+  auto doc = dxf::Document::parse(binary, "cut.dxf");
+  ASSERT_FALSE(doc.isOk());
+  EXPECT_NE(doc.status().message().find("cut.dxf: byte "), std::string::npos);
+}
+
+}  // namespace

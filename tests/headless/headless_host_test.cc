@@ -1,0 +1,200 @@
+// The headless command line, driven with scripted input and checked by its transcript.
+#include <gtest/gtest.h>
+
+#include "base/utf.h"
+#include "dxf/sample_drawing.h"
+#include "headless/session.h"
+#include "shell/command_context.h"
+#include "shell/command_table.h"
+
+namespace {
+
+using testing_session::Session;
+
+TEST(HeadlessHostTest, GuardedCommandsRefuseBeforeAFileIsLoaded) {
+  for (const shell::CommandSpec& spec : shell::commandTable()) {
+    Session session(sample::drawing());
+    std::string name = base::toUtf8(spec.name);
+    session.run(name + "\n");
+    std::string refused = "Command: " + name + "\nError: no file loaded.\n";
+    EXPECT_EQ(session.out().find(refused) != std::string::npos, spec.needs_catalogue) << name;
+    EXPECT_EQ(session.host->resourceDepth(), 0) << name;
+  }
+}
+
+TEST(HeadlessHostTest, CommandNamesAndBlankLines) {
+  struct Case {
+    const char* script;
+    const char* expected_out;
+    const char* expected_err;
+  };
+  const Case cases[] = {
+      {"taxor_stat\n", "Command: taxor_stat\nError: no file loaded.\n", ""},
+      {"_.TAXOR_STAT\n", "Error: no file loaded.\n", ""},
+      {"._Taxor_Stat\n", "Error: no file loaded.\n", ""},
+      {"\n\n", "Command: \nCommand: \nCommand: \n", ""},
+      {"nosuch\ntaxor_stat\n", "Command: taxor_stat\nError: no file loaded.\n",
+       "Unknown command \"NOSUCH\""},
+      {"taxor_stat taxor_stat\n", "Error: no file loaded.\nCommand: taxor_stat\nError: no file loaded.\n", ""},
+  };
+  for (const Case& c : cases) {
+    Session session(sample::drawing());
+    session.run(c.script);
+    EXPECT_NE(session.out().find(c.expected_out), std::string::npos) << c.script << session.out();
+    EXPECT_NE(session.err().find(c.expected_err), std::string::npos) << c.script << session.err();
+  }
+}
+
+TEST(HeadlessHostTest, UnloadRemovesEveryCommand) {
+  Session session(sample::drawing());
+  EXPECT_EQ(session.host->commandsOf(shell::kCommandGroup).size(), 28u);
+  session.app->unload();
+  EXPECT_TRUE(session.host->commandsOf(shell::kCommandGroup).empty());
+  for (const shell::CommandSpec& spec : shell::commandTable()) {
+    session.run(base::toUtf8(spec.name) + "\n");
+    EXPECT_NE(session.err().find("Unknown command \"" + base::toUtf8(spec.name) + "\""),
+              std::string::npos);
+  }
+}
+
+TEST(HeadlessHostTest, StringInputEndsAsTheCallerAsks) {
+  struct Case {
+    bool allow_spaces;
+    std::string input;
+    host::InputStatus status;
+    std::wstring text;
+  };
+  const std::string long_answer(133, 'x');
+  const Case cases[] = {
+      {false, "two words\n", host::InputStatus::kNormal, L"two"},
+      {true, "two words\n", host::InputStatus::kNormal, L"two words"},
+      {false, "\n", host::InputStatus::kNormal, L""},
+      {false, "\x1b" "abc\n", host::InputStatus::kCancel, L""},
+      {true, "", host::InputStatus::kCancel, L""},
+      {false, long_answer + "\n", host::InputStatus::kError, L""},
+      {false, std::string(132, 'y') + "\n", host::InputStatus::kNormal, std::wstring(132, L'y')},
+      {true, "Potrubí\n", host::InputStatus::kNormal, L"Potrubí"},
+  };
+  for (const Case& c : cases) {
+    Session session(sample::drawing());
+    session.input.addText(c.input);
+    host::StringInput answer = session.host->editor().getString(c.allow_spaces, L"Answer: ");
+    EXPECT_EQ(answer.status, c.status) << c.input;
+    EXPECT_EQ(answer.text, c.text) << c.input;
+  }
+}
+
+// The yes/no and mode prompts: an empty answer keeps the default, others are read as
+// _wtoi reads them and clamped, and the result is the next default.
+TEST(HeadlessHostTest, ModePromptsClampAndRemember) {
+  Session session(sample::drawing());
+  shell::CommandContext context(*session.host, session.app->state(), shell::StringTable::builtIn(),
+                                L"TAXOR_SEL");
+  struct Step {
+    const char* answer;
+    int expected;
+  };
+  const Step steps[] = {{"\n", 1}, {"5\n", 1}, {"-3\n", 0}, {"\n", 0}, {"1abc\n", 1}, {"x\n", 0}};
+  for (const Step& step : steps) {
+    session.input.addText(step.answer);
+    std::optional<int> got = context.askMode(shell::StringId::kPromptUseProperties, 1, 1);
+    ASSERT_TRUE(got.has_value()) << step.answer;
+    EXPECT_EQ(*got, step.expected) << step.answer;
+  }
+  EXPECT_NE(session.out().find("Use properties? [0/1]<1>: 5\n"), std::string::npos);
+  EXPECT_NE(session.out().find("Use properties? [0/1]<0>: \n"), std::string::npos);
+  // Another command keeps its own default for the same prompt.
+  shell::CommandContext other(*session.host, session.app->state(), shell::StringTable::builtIn(),
+                              L"TAXOR_SEL_EXT");
+  session.input.addText("\n");
+  EXPECT_EQ(other.askMode(shell::StringId::kPromptUseProperties, 1, 1), 1);
+  // A cancel gives nothing and keeps the remembered value.
+  session.input.addText("\x1b");
+  EXPECT_FALSE(context.askMode(shell::StringId::kPromptUseProperties, 1, 1).has_value());
+  session.input.addText("\n");
+  EXPECT_EQ(context.askMode(shell::StringId::kPromptUseProperties, 1, 1), 0);
+}
+
+TEST(HeadlessHostTest, QueuedTextRunsBeforeTheRestOfTheInput) {
+  Session session(sample::drawing());
+  std::vector<std::wstring> ran;
+  auto record = [&](const wchar_t* name) {
+    return [&ran, name] { ran.push_back(name); };
+  };
+  ASSERT_TRUE(session.host->addCommand(L"TEST", L"FIRST", 0, [&] {
+    ran.push_back(L"FIRST");
+    session.host->sendStringToExecute(L"SECOND\n");
+  }));
+  ASSERT_TRUE(session.host->addCommand(L"TEST", L"SECOND", 0, record(L"SECOND")));
+  ASSERT_TRUE(session.host->addCommand(L"TEST", L"THIRD", 0, record(L"THIRD")));
+  session.run("FIRST\nTHIRD\n");
+  EXPECT_EQ(ran, (std::vector<std::wstring>{L"FIRST", L"SECOND", L"THIRD"}));
+}
+
+TEST(HeadlessHostTest, PickFirstSetSurvivesBetweenCommands) {
+  Session session(sample::drawing());
+  host::ObjectId line = session.host->dxfDatabase().idForHandle(L"100");
+  ASSERT_TRUE(line);
+  std::vector<host::ObjectId> seen;
+  ASSERT_TRUE(session.host->addCommand(L"TEST", L"PICK", 0,
+                                       [&] { session.host->editor().setImpliedSelection({line}); }));
+  ASSERT_TRUE(session.host->addCommand(L"TEST", L"LOOK", 0,
+                                       [&] { seen = session.host->editor().impliedSelection(); }));
+  session.run("PICK\nTAXOR_ABOUT\nLOOK\n");
+  EXPECT_EQ(seen, std::vector<host::ObjectId>{line});
+}
+
+TEST(HeadlessHostTest, InteractiveSelectionAnswers) {
+  struct Case {
+    const char* answers;
+    size_t expected;
+    const char* transcript;
+  };
+  const Case cases[] = {
+      {"100\n\n", 1, "1 found, 1 total\n"},
+      {"100 101 100\n\n", 2, "1 found, 2 total\n"},
+      {"ALL\n\n", 0, " found, "},
+      {"nonsense\n\n", 0, "*Invalid selection*\n"},
+      {"100\nP\n\n", 1, "1 found, 1 total\n"},
+  };
+  for (const Case& c : cases) {
+    Session session(sample::drawing());
+    session.input.addText(c.answers);
+    host::SelectionInput got = session.host->editor().select();
+    ASSERT_EQ(got.status, host::InputStatus::kNormal) << c.answers;
+    if (c.expected > 0) {
+      EXPECT_EQ(got.ids.size(), c.expected) << c.answers;
+    } else if (std::string(c.answers) == "ALL\n\n") {
+      EXPECT_EQ(got.ids.size(), session.host->dxfDatabase().modelSpaceEntities().size());
+    }
+    EXPECT_NE(session.out().find(c.transcript), std::string::npos) << c.answers << session.out();
+  }
+  Session cancelled(sample::drawing());
+  cancelled.input.addText("100\n\x1b");
+  EXPECT_EQ(cancelled.host->editor().select().status, host::InputStatus::kCancel);
+}
+
+TEST(HeadlessHostTest, DialogsBecomePromptsWithDefaults) {
+  Session session(sample::drawing());
+  std::vector<host::CheckBox> boxes = {{L"Assign graphical properties", true}, {L"Attach OD", true}};
+  session.input.addText("\n0\n");
+  ASSERT_TRUE(session.host->dialogs().checkBoxes(L"Classification parameters", boxes));
+  EXPECT_TRUE(boxes[0].checked);
+  EXPECT_FALSE(boxes[1].checked);
+  EXPECT_NE(session.out().find("Attach OD [0/1] <1>: 0\n"), std::string::npos);
+
+  session.input.addText("1\n\x1b");
+  EXPECT_FALSE(session.host->dialogs().checkBoxes(L"Classification parameters", boxes));
+  EXPECT_FALSE(boxes[1].checked);  // a cancelled dialog changes nothing
+
+  // Each scripted line ends with a newline; the one after the Escape is still pending.
+  session.input.addText("0\n1\n\n");
+  auto chosen = session.host->dialogs().chooseItems(L"Remove", {L"pipe", L"cable"});
+  ASSERT_TRUE(chosen.has_value());
+  EXPECT_EQ(*chosen, std::vector<std::wstring>{L"pipe"});  // offered sorted: cable, pipe
+
+  session.input.addText("\n");
+  EXPECT_FALSE(session.host->dialogs().openFile(L"Classes", {L"txt"}).has_value());
+}
+
+}  // namespace
