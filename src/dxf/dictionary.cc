@@ -60,15 +60,42 @@ void setOwner(Document& doc, RecordId id, Handle owner) {
   edit.commit();
 }
 
+// Adds the entry naming `handle`; returns the object the entry named before, if the
+// dictionary owned it, for the caller to erase.
+RecordId putEntry(Document& doc, RecordId dict, std::wstring_view key, Handle handle, bool hard_owner) {
+  std::string handle_text = formatHandle(handle);
+  int value_code = hard_owner ? 360 : 350;
+  RecordEdit edit(doc, dict);
+  int at = findKey(doc, edit, key);
+  RecordId replaced = kNoRecord;
+  if (at >= 0) {
+    const Tag& old = edit.tags()[static_cast<size_t>(at) + 1];
+    replaced = doc.byHandle(parseHandleText(edit.text(static_cast<size_t>(at) + 1)));
+    if (replaced != kNoRecord && old.code != 360 && ownerOf(doc, replaced) != doc.record(dict).handle) {
+      replaced = kNoRecord;  // listed here but owned elsewhere: it stays
+    }
+    edit.tags()[static_cast<size_t>(at) + 1] = doc.makeTag(value_code, handle_text);
+  } else {
+    size_t end = edit.endOfSubclass("AcDbDictionary");
+    // ACDBDICTIONARYWDFLT closes with its own subclass; entries stay in AcDbDictionary.
+    edit.insert(end, 3, doc.codec().encode(key));
+    edit.insert(end + 1, value_code, handle_text);
+  }
+  edit.commit();
+  return replaced;
+}
+
 base::Result<RecordId> createEntry(Document& doc, RecordId owner, std::wstring_view key,
                                    std::vector<Tag> body) {
-  body.insert(body.begin() + 1, doc.makeTag(330, formatHandle(doc.record(owner).handle)));
-  auto id = appendObject(doc, std::move(body));
-  if (!id) return id;
+  if (base::Status status = requireObjects(doc); !status) return status;
+  // The entry is written before the object exists, so that the object is the record made
+  // last and a following write of its data can grow it in place.
+  Handle handle = doc.allocateHandle();
   // Entries of a hard-owning dictionary (extension dictionaries) are written as 360.
-  bool hard = doc.intValue(owner, 280, 0) == 1;
-  dictionarySet(doc, owner, key, *id, hard);
-  return id;
+  RecordId replaced = putEntry(doc, owner, key, handle, doc.intValue(owner, 280, 0) == 1);
+  if (replaced != kNoRecord) eraseObject(doc, replaced);
+  body.insert(body.begin() + 1, doc.makeTag(330, formatHandle(doc.record(owner).handle)));
+  return appendObject(doc, std::move(body), handle);
 }
 
 }  // namespace
@@ -110,25 +137,7 @@ bool dictionaryHas(const Document& doc, RecordId dict, std::wstring_view key) {
 
 void dictionarySet(Document& doc, RecordId dict, std::wstring_view key, RecordId value,
                    bool hard_owner) {
-  std::string handle = formatHandle(doc.record(value).handle);
-  int value_code = hard_owner ? 360 : 350;
-  RecordEdit edit(doc, dict);
-  int at = findKey(doc, edit, key);
-  RecordId replaced = kNoRecord;
-  if (at >= 0) {
-    const Tag& old = edit.tags()[static_cast<size_t>(at) + 1];
-    replaced = doc.byHandle(parseHandleText(edit.text(static_cast<size_t>(at) + 1)));
-    if (replaced != kNoRecord && old.code != 360 && ownerOf(doc, replaced) != doc.record(dict).handle) {
-      replaced = kNoRecord;  // listed here but owned elsewhere: it stays
-    }
-    edit.tags()[static_cast<size_t>(at) + 1] = doc.makeTag(value_code, handle);
-  } else {
-    size_t end = edit.endOfSubclass("AcDbDictionary");
-    // ACDBDICTIONARYWDFLT closes with its own subclass; entries stay in AcDbDictionary.
-    edit.insert(end, 3, doc.codec().encode(key));
-    edit.insert(end + 1, value_code, handle);
-  }
-  edit.commit();
+  RecordId replaced = putEntry(doc, dict, key, doc.record(value).handle, hard_owner);
   setOwner(doc, value, doc.record(dict).handle);
   // As in CAD programs, an object the dictionary owned goes with the entry that named it.
   if (replaced != kNoRecord && replaced != value) eraseObject(doc, replaced);

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <charconv>
+#include <cstring>
 
 #include "base/utf.h"
 #include "dxf/group_code.h"
@@ -22,9 +23,9 @@ bool parseHandle(std::string_view text, Handle& out) {
 }  // namespace
 
 std::string_view Document::type(RecordId id) const {
-  const Record& r = records_[id];
-  if (r.tag_count == 0 || tags_[r.first_tag].code != 0) return {};
-  return text_.view(tags_[r.first_tag].value);
+  auto record_tags = tags(id);
+  if (record_tags.empty() || record_tags[0].code != 0) return {};
+  return text_.view(record_tags[0].value);
 }
 
 const Tag* Document::find(RecordId id, int code) const {
@@ -68,16 +69,16 @@ static Handle findOwnHandle(const Document& doc, RecordId id) {
 }
 
 void Document::setTags(RecordId id, std::span<const Tag> tags) {
-  std::vector<Tag> copy;
-  if (!tags.empty() && tags.data() >= tags_.data() && tags.data() < tags_.data() + tags_.size()) {
-    copy.assign(tags.begin(), tags.end());
-    tags = copy;
-  }
   Record& r = records_[id];
-  r.first_tag = static_cast<uint32_t>(tags_.size());
-  r.tag_count = static_cast<uint32_t>(tags.size());
+  auto count = static_cast<uint32_t>(tags.size());
+  // Edits mostly touch the record made or changed last; growing it where it lies keeps the
+  // store from filling with abandoned copies.
+  if (r.tag_count == 0 || (count > r.tag_count && !tags_.growInPlace(r.first_tag, r.tag_count, count))) {
+    r.first_tag = tags_.allocate(count);
+  }
+  r.tag_count = count;
   r.changed = true;
-  tags_.insert(tags_.end(), tags.begin(), tags.end());
+  if (count > 0) std::memmove(tags_.range(r.first_tag, count).data(), tags.data(), count * sizeof(Tag));
 }
 
 RecordId Document::newRecord(std::span<const Tag> tags) {
@@ -261,23 +262,23 @@ base::Status Document::checkExtensionDictionaries(const std::string& name) const
       const Tag& pointer = record_tags[i + 1];
       Handle h = 0;
       if (pointer.code == 360 && parseHandle(text(pointer), h) && byHandle(h) != kNoRecord) break;
-      std::string where = format_ == Format::kAscii
-                              ? ":" + std::to_string(uint64_t{records_[id].first_tag + i + 1} * 2 + 2)
-                              : ": byte " + std::to_string(records_[id].raw_begin);
-      return base::Status::invalid(name + where + ": the extension dictionary handle '" +
+      uint32_t at = format_ == Format::kAscii ? pointer.value.pos : records_[id].raw_begin;
+      return base::Status::invalid(placeOf(name, at) + "the extension dictionary handle '" +
                                    std::string(text(pointer)) + "' names no object");
     }
   }
   return base::Status::ok();
 }
 
+std::string Document::placeOf(const std::string& name, uint32_t offset) const {
+  if (format_ == Format::kBinary) return name + ": byte " + std::to_string(offset) + ": ";
+  // Lines are counted only when an error needs one.
+  uint64_t line = 1 + std::count(raw_.begin(), raw_.begin() + offset, '\n');
+  return name + ":" + std::to_string(line) + ": ";
+}
+
 base::Status Document::buildStructure(const std::string& name) {
-  auto where = [&](RecordId id) {
-    if (format_ == Format::kAscii) {
-      return name + ":" + std::to_string(uint64_t{records_[id].first_tag} * 2 + 1) + ": ";
-    }
-    return name + ": byte " + std::to_string(records_[id].raw_begin) + ": ";
-  };
+  auto where = [&](RecordId id) { return placeOf(name, records_[id].raw_begin); };
   RecordId open_section = kNoRecord;
   RecordId open_table = kNoRecord;
   std::string section_name;
@@ -355,10 +356,9 @@ base::Status Document::buildStructure(const std::string& name) {
     for (RecordId id = first_; id != kNoRecord; id = records_[id].next) {
       for (const Tag& tag : tags(id)) {
         if (valueKind(tag.code) == ValueKind::kString && !base::isValidUtf8(text(tag))) {
-          uint64_t line = (static_cast<uint64_t>(&tag - tags_.data())) * 2 + 2;
-          return base::Status::invalid(
-              (format_ == Format::kAscii ? name + ":" + std::to_string(line) + ": " : where(id)) +
-              "group code " + std::to_string(tag.code) + " holds bytes that are not UTF-8");
+          uint32_t at = format_ == Format::kAscii ? tag.value.pos : records_[id].raw_begin;
+          return base::Status::invalid(placeOf(name, at) + "group code " +
+                                       std::to_string(tag.code) + " holds bytes that are not UTF-8");
         }
       }
     }

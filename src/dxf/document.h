@@ -11,6 +11,7 @@
 
 #include "base/status.h"
 #include "dxf/codec.h"
+#include "dxf/tag_store.h"
 #include "dxf/text_store.h"
 
 namespace dxf {
@@ -18,11 +19,6 @@ namespace dxf {
 using RecordId = uint32_t;
 constexpr RecordId kNoRecord = UINT32_MAX;
 using Handle = uint64_t;  // 0 means none
-
-struct Tag {
-  int16_t code = 0;
-  TextRef value;
-};
 
 enum class Format : uint8_t { kAscii, kBinary };
 
@@ -72,12 +68,13 @@ class Document {
   bool isR12() const { return version_ <= "AC1009"; }
   const Codec& codec() const { return codec_; }
 
-  // --- Records and tags. Tag spans are invalidated by any change; text views are not.
+  // --- Records and tags. Tag spans and text views stay valid while the drawing changes;
+  // a span shows the tags the record had when it was taken.
   const Record& record(RecordId id) const { return records_[id]; }
   size_t recordCount() const { return records_.size(); }
   std::span<const Tag> tags(RecordId id) const {
     const Record& r = records_[id];
-    return {tags_.data() + r.first_tag, r.tag_count};
+    return tags_.range(r.first_tag, r.tag_count);
   }
   std::string_view text(const Tag& tag) const { return text_.view(tag.value); }
   std::string_view text(TextRef ref) const { return text_.view(ref); }
@@ -99,7 +96,8 @@ class Document {
   Tag makeTag(int code, std::string_view raw_text) { return {static_cast<int16_t>(code), text_.add(raw_text)}; }
   Tag makeTag(int code, double value);
   Tag makeTag(int code, int64_t value);
-  // Replaces all tags of `id`; the record is written from its tags from now on.
+  // Replaces all tags of `id` (in place when they fit); the record is written from its tags
+  // from now on.
   void setTags(RecordId id, std::span<const Tag> tags);
   // Creates an unlinked record; link it with insertBefore.
   RecordId newRecord(std::span<const Tag> tags);
@@ -135,13 +133,15 @@ class Document {
 
   base::Status buildStructure(const std::string& name);
   base::Status checkExtensionDictionaries(const std::string& name) const;
+  // "NAME:LINE: " (ASCII) or "NAME: byte N: " (binary) for the file byte `offset`.
+  std::string placeOf(const std::string& name, uint32_t offset) const;
   // Writes the whole drawing to `out` (a std::string or a buffered file).
   template <typename Out>
   void writeTo(Out& out) const;
 
   std::string raw_;  // the file as read
   TextStore text_;
-  std::vector<Tag> tags_;
+  TagStore tags_;
   std::vector<Record> records_;
   RecordId first_ = kNoRecord;
   RecordId last_ = kNoRecord;

@@ -73,7 +73,7 @@ base::Status requireObjects(const Document& doc) {
       "an R12 drawing cannot store dictionaries or XRECORDs; save it as R2000 or later first");
 }
 
-base::Result<RecordId> appendObject(Document& doc, std::vector<Tag> tags) {
+base::Result<RecordId> appendObject(Document& doc, std::vector<Tag> tags, Handle handle) {
   if (base::Status status = requireObjects(doc); !status) return status;
   Span objects = doc.section("OBJECTS");
   if (objects.head == kNoRecord) {
@@ -84,7 +84,8 @@ base::Result<RecordId> appendObject(Document& doc, std::vector<Tag> tags) {
                   doc.makeTag(281, "1")};
     doc.insertBefore(objects.tail, doc.newRecord(root));
   }
-  tags.insert(tags.begin() + 1, doc.makeTag(5, formatHandle(doc.allocateHandle())));
+  if (handle == 0) handle = doc.allocateHandle();
+  tags.insert(tags.begin() + 1, doc.makeTag(5, formatHandle(handle)));
   RecordId id = doc.newRecord(tags);
   doc.insertBefore(objects.tail, id);
   return id;
@@ -103,12 +104,10 @@ base::Result<RecordId> ensureExtensionDictionary(Document& doc, RecordId id) {
     edit.insert(1, 5, formatHandle(h));
     doc.indexHandle(id, h);
   }
-  std::string owner = formatHandle(doc.record(id).handle);
-  auto dict = appendObject(doc, {doc.makeTag(0, "DICTIONARY"), doc.makeTag(330, owner),
-                                 doc.makeTag(100, "AcDbDictionary"), doc.makeTag(280, "1"),
-                                 doc.makeTag(281, "1")});
-  if (!dict) return dict.status();
-  std::string dict_handle = formatHandle(doc.record(*dict).handle);
+  // The entity is rewritten first so that the new dictionary is the record made last, which
+  // the entry added to it next can grow in place.
+  Handle dict_handle_value = doc.allocateHandle();
+  std::string dict_handle = formatHandle(dict_handle_value);
   if (existing != 0) {
     // A dangling pointer: replace it rather than add a second group.
     int at = -1;
@@ -126,7 +125,11 @@ base::Result<RecordId> ensureExtensionDictionary(Document& doc, RecordId id) {
     edit.insert(pos + 2, 102, "}");
   }
   edit.commit();
-  return *dict;
+  std::string owner = formatHandle(doc.record(id).handle);
+  return appendObject(doc,
+                      {doc.makeTag(0, "DICTIONARY"), doc.makeTag(330, owner),
+                       doc.makeTag(100, "AcDbDictionary"), doc.makeTag(280, "1"), doc.makeTag(281, "1")},
+                      dict_handle_value);
 }
 
 bool releaseExtensionDictionary(Document& doc, RecordId id) {

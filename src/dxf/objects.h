@@ -18,10 +18,10 @@ base::Result<RecordId> ensureExtensionDictionary(Document& doc, RecordId id);
 // Removes the extension dictionary of `id` iff it has no entries; returns true iff removed.
 bool releaseExtensionDictionary(Document& doc, RecordId id);
 
-// Adds an object record at the end of the OBJECTS section (made when missing) and gives it
-// a new handle, written as its code 5 tag right after the code 0 tag. `tags` holds the
-// code 0 tag and what follows the handle. Fails on R12 drawings.
-base::Result<RecordId> appendObject(Document& doc, std::vector<Tag> tags);
+// Adds an object record at the end of the OBJECTS section (made when missing) with the
+// handle `handle` (a new one when 0), written as its code 5 tag right after the code 0 tag.
+// `tags` holds the code 0 tag and what follows the handle. Fails on R12 drawings.
+base::Result<RecordId> appendObject(Document& doc, std::vector<Tag> tags, Handle handle = 0);
 
 // Erases `id` and what it hard-owns: its extension dictionary, the 360 entries of a
 // dictionary, and the ATTRIB / VERTEX / SEQEND records that follow an entity. An object

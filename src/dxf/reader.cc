@@ -55,7 +55,7 @@ class DocumentBuilder {
     if (code != 0 && doc_.last_ != kNoRecord) return;
     closeRecord(raw_pos);
     Record r;
-    r.first_tag = static_cast<uint32_t>(doc_.tags_.size());
+    r.first_tag = doc_.tags_.next();
     r.raw_begin = raw_pos;
     r.prev = doc_.last_;
     RecordId id = static_cast<RecordId>(doc_.records_.size());
@@ -65,16 +65,14 @@ class DocumentBuilder {
     doc_.last_ = id;
   }
   void closeRecord(uint32_t raw_pos) {
-    if (doc_.last_ == kNoRecord) return;
+    if (doc_.last_ != kNoRecord) doc_.records_[doc_.last_].raw_end = raw_pos;
+  }
+  void pushTag(int code, TextRef value) {
     Record& r = doc_.records_[doc_.last_];
-    r.raw_end = raw_pos;
-    r.tag_count = static_cast<uint32_t>(doc_.tags_.size()) - r.first_tag;
+    r.first_tag = doc_.tags_.append(r.first_tag, {static_cast<int16_t>(code), value});
+    ++r.tag_count;
   }
-  bool isEofRecord() const {
-    const Record& r = doc_.records_[doc_.last_];
-    return doc_.tags_.size() > r.first_tag && doc_.tags_[r.first_tag].code == 0 &&
-           doc_.text_.view(doc_.tags_[r.first_tag].value) == "EOF";
-  }
+  bool isEofRecord() const { return doc_.type(doc_.last_) == "EOF"; }
 
   Document& doc_;
   const std::string& name_;
@@ -86,9 +84,9 @@ base::Status DocumentBuilder::readAscii() {
   doc_.format_ = Format::kAscii;
   const char* data = raw.data();
   const size_t size = raw.size();
-  // Roughly one tag per 12 bytes in typical files; a close guess saves reallocations.
-  doc_.tags_.reserve(size / 12 + 16);
-  doc_.records_.reserve(size / 150 + 16);
+  // Records of real drawings take well over 24 bytes; reserving generously costs address
+  // space only, and spares copies of the record list while it grows.
+  doc_.records_.reserve(size / 24 + 16);
 
   size_t pos = 0;
   uint64_t line = 1;
@@ -136,9 +134,7 @@ base::Status DocumentBuilder::readAscii() {
                                    quoted(value));
     }
     beginRecordIfNeeded(code, static_cast<uint32_t>(code_pos));
-    doc_.tags_.push_back(
-        {static_cast<int16_t>(code),
-         {static_cast<uint32_t>(value.data() - data), static_cast<uint32_t>(value.size())}});
+    pushTag(code, {static_cast<uint32_t>(value.data() - data), static_cast<uint32_t>(value.size())});
     if (code == 0) seen_eof = isEofRecord();
     line += 2;
   }
@@ -158,8 +154,7 @@ base::Status DocumentBuilder::readBinary() {
   doc_.r12_binary_codes_ = size > 23 && data[22] == 0 && data[23] != 0;
   std::string decoded;
   decoded.reserve(size + size / 2);
-  doc_.tags_.reserve(size / 8 + 16);
-  doc_.records_.reserve(size / 100 + 16);
+  doc_.records_.reserve(size / 16 + 16);
 
   size_t pos = kBinarySentinel.size();
   bool seen_eof = false;
@@ -248,9 +243,8 @@ base::Status DocumentBuilder::readBinary() {
       return base::Status::invalid(name_ + ": the drawing is larger than 2 GiB of text");
     }
     beginRecordIfNeeded(code, static_cast<uint32_t>(tag_pos));
-    doc_.tags_.push_back({static_cast<int16_t>(code),
-                          {static_cast<uint32_t>(value_start),
-                           static_cast<uint32_t>(decoded.size() - value_start)}});
+    pushTag(code, {static_cast<uint32_t>(value_start),
+                   static_cast<uint32_t>(decoded.size() - value_start)});
     if (code == 0) {
       seen_eof = std::string_view(decoded).substr(value_start) == "EOF";
     }

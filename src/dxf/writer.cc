@@ -23,6 +23,26 @@ void appendLittleEndian(Out& out, T value) {
   out.append(std::string_view(bytes, sizeof(T)));
 }
 
+// The text of a group code line, from a table made once: changed records are written tag by
+// tag, and formatting each code would dominate the time.
+std::string_view codeText(int code, bool padded) {
+  struct Table {
+    std::string padded[kMaxGroupCode + 1];
+    std::string plain[kMaxGroupCode + 1];
+    Table() {
+      char buf[16];
+      for (int c = 0; c <= kMaxGroupCode; ++c) {
+        padded[c].assign(buf, static_cast<size_t>(std::snprintf(buf, sizeof buf, "%3d", c)));
+        plain[c].assign(buf, static_cast<size_t>(std::snprintf(buf, sizeof buf, "%d", c)));
+      }
+    }
+  };
+  static const Table kTable;
+  if (code >= 0 && code <= kMaxGroupCode) return padded ? kTable.padded[code] : kTable.plain[code];
+  thread_local char buf[16];
+  return {buf, static_cast<size_t>(std::snprintf(buf, sizeof buf, padded ? "%3d" : "%d", code))};
+}
+
 int hexDigit(char c) {
   if (c >= '0' && c <= '9') return c - '0';
   if (c >= 'a' && c <= 'f') return c - 'a' + 10;
@@ -104,7 +124,6 @@ void Document::writeTo(Out& out) const {
   }
 
   const std::string_view eol = crlf_ ? "\r\n" : "\n";
-  char code_buf[16];
   for (RecordId id = first_; id != kNoRecord; id = records_[id].next) {
     const Record& r = records_[id];
     if (!r.changed && !(handseed && id == head)) {
@@ -114,8 +133,7 @@ void Document::writeTo(Out& out) const {
     for (const Tag& tag : tags(id)) {
       std::string_view value = tagText(*this, tag, handseed, handseed_text);
       if (format_ == Format::kAscii) {
-        int n = std::snprintf(code_buf, sizeof code_buf, padded_codes_ ? "%3d" : "%d", tag.code);
-        out.append(std::string_view(code_buf, static_cast<size_t>(n)));
+        out.append(codeText(tag.code, padded_codes_));
         out.append(eol);
         out.append(value);
         out.append(eol);

@@ -5,278 +5,67 @@
 #include <algorithm>
 #include <cmath>
 #include <functional>
+#include <ranges>
 #include <string>
 #include <vector>
 
 #include "dxf/blocks.h"
 #include "dxf/number_text.h"
 #include "dxf/objects.h"
+#include "dxf/sample_drawing.h"
 
 namespace dxf {
 namespace {
 
-// A drawing written as one "code value" pair per line, to keep the fixtures readable.
-// Without `keep_handles` the handles and the header variables about them are left out.
-std::string dxfText(std::string_view pairs, bool keep_handles = true) {
-  std::string out;
+// A drawing written one record per line as "code value" pairs separated by '|'. Without
+// `keep_handles` the handles and the header variables about them are left out.
+std::string dxfText(std::string_view records, bool keep_handles = true) {
+  std::string pairs;
   bool skip_value = false;
-  while (!pairs.empty()) {
-    size_t eol = pairs.find('\n');
-    std::string_view line = pairs.substr(0, eol);
-    pairs.remove_prefix(eol == std::string_view::npos ? pairs.size() : eol + 1);
-    while (!line.empty() && line.front() == ' ') line.remove_prefix(1);
-    if (line.empty()) continue;
-    size_t space = line.find(' ');
-    std::string_view code = line.substr(0, space);
-    std::string_view value = space == std::string_view::npos ? "" : line.substr(space + 1);
-    if (!keep_handles) {
-      bool skip = code == "5" || skip_value;
-      skip_value = value == "$HANDLING" || value == "$HANDSEED";
-      if (skip || skip_value) continue;
+  for (const auto& part : std::views::split(records, '|')) {
+    std::string_view pair(part.begin(), part.end());
+    for (const auto& piece : std::views::split(pair, '\n')) {
+      std::string_view line(piece.begin(), piece.end());
+      while (!line.empty() && line.front() == ' ') line.remove_prefix(1);
+      if (line.empty()) continue;
+      std::string_view code = line.substr(0, line.find(' '));
+      bool skip = !keep_handles && (code == "5" || skip_value);
+      skip_value = !keep_handles && (line.ends_with("$HANDLING") || line.ends_with("$HANDSEED"));
+      if (!skip && !skip_value) pairs.append(line).append("\n");
     }
-    out.append(code).append("\n").append(value).append("\n");
   }
-  return out;
+  return sample::toDxf(pairs);
 }
 
 constexpr std::string_view kR2000 = R"(
-  0 SECTION
-  2 HEADER
-  9 $ACADVER
-  1 AC1015
-  9 $HANDSEED
-  5 100
-  0 ENDSEC
-  0 SECTION
-  2 TABLES
-  0 TABLE
-  2 LAYER
-  5 2
-  330 0
-  100 AcDbSymbolTable
-  70 2
-  0 LAYER
-  5 10
-  330 2
-  100 AcDbSymbolTableRecord
-  100 AcDbLayerTableRecord
-  2 0
-  70 0
-  62 7
-  6 Continuous
-  0 LAYER
-  5 11
-  330 2
-  100 AcDbSymbolTableRecord
-  100 AcDbLayerTableRecord
-  2 Walls
-  70 0
-  62 1
-  6 Continuous
-  0 ENDTAB
-  0 TABLE
-  2 BLOCK_RECORD
-  5 1
-  330 0
-  100 AcDbSymbolTable
-  70 3
-  0 BLOCK_RECORD
-  5 1F
-  330 1
-  100 AcDbSymbolTableRecord
-  100 AcDbBlockTableRecord
-  2 *Model_Space
-  340 0
-  0 BLOCK_RECORD
-  5 1E
-  330 1
-  100 AcDbSymbolTableRecord
-  100 AcDbBlockTableRecord
-  2 *Paper_Space
-  340 0
-  0 BLOCK_RECORD
-  5 30
-  330 1
-  100 AcDbSymbolTableRecord
-  100 AcDbBlockTableRecord
-  2 Door
-  340 0
-  0 ENDTAB
-  0 ENDSEC
-  0 SECTION
-  2 BLOCKS
-  0 BLOCK
-  5 20
-  330 1F
-  100 AcDbEntity
-  8 0
-  100 AcDbBlockBegin
-  2 *Model_Space
-  70 0
-  10 0.0
-  20 0.0
-  30 0.0
-  3 *Model_Space
-  1
-  0 ENDBLK
-  5 21
-  330 1F
-  100 AcDbEntity
-  8 0
-  100 AcDbBlockEnd
-  0 BLOCK
-  5 31
-  330 30
-  100 AcDbEntity
-  8 0
-  100 AcDbBlockBegin
-  2 Door
-  70 2
-  10 1.0
-  20 1.0
-  30 0.0
-  3 Door
-  1
-  0 ATTDEF
-  5 33
-  330 30
-  100 AcDbEntity
-  8 0
-  100 AcDbText
-  10 2.0
-  20 1.0
-  30 0.0
-  40 0.5
-  1 D1
-  100 AcDbAttributeDefinition
-  3 Number
-  2 NUMBER
-  70 0
-  0 ATTDEF
-  5 34
-  330 30
-  100 AcDbEntity
-  8 0
-  100 AcDbText
-  10 1.0
-  20 3.0
-  30 0.0
-  40 0.5
-  1 ACME
-  100 AcDbAttributeDefinition
-  3 Maker
-  2 MAKER
-  70 2
-  0 ATTDEF
-  5 35
-  330 30
-  100 AcDbEntity
-  8 0
-  100 AcDbText
-  10 1.0
-  20 2.0
-  30 0.0
-  40 0.25
-  1 900
-  50 10.0
-  100 AcDbAttributeDefinition
-  3 Width
-  2 WIDTH
-  70 1
-  0 ENDBLK
-  5 32
-  330 30
-  100 AcDbEntity
-  8 0
-  100 AcDbBlockEnd
-  0 ENDSEC
-  0 SECTION
-  2 ENTITIES
-  0 LINE
-  5 40
-  330 1F
-  100 AcDbEntity
-  8 0
-  100 AcDbLine
-  10 0.0
-  20 0.0
-  30 0.0
-  11 1.0
-  21 1.0
-  31 0.0
-  0 ENDSEC
-  0 SECTION
-  2 OBJECTS
-  0 DICTIONARY
-  5 C
-  330 0
-  100 AcDbDictionary
-  281 1
-  0 ENDSEC
-  0 EOF
+0 SECTION|2 HEADER|9 $ACADVER|1 AC1015|9 $HANDSEED|5 100|0 ENDSEC|0 SECTION|2 TABLES
+0 TABLE|2 LAYER|5 2|330 0|100 AcDbSymbolTable|70 2
+0 LAYER|5 10|330 2|100 AcDbSymbolTableRecord|100 AcDbLayerTableRecord|2 0|70 0|62 7|6 Continuous
+0 LAYER|5 11|330 2|100 AcDbSymbolTableRecord|100 AcDbLayerTableRecord|2 Walls|70 0|62 1|6 Continuous
+0 ENDTAB|0 TABLE|2 BLOCK_RECORD|5 1|330 0|100 AcDbSymbolTable|70 3
+0 BLOCK_RECORD|5 1F|330 1|100 AcDbSymbolTableRecord|100 AcDbBlockTableRecord|2 *Model_Space|340 0
+0 BLOCK_RECORD|5 1E|330 1|100 AcDbSymbolTableRecord|100 AcDbBlockTableRecord|2 *Paper_Space|340 0
+0 BLOCK_RECORD|5 30|330 1|100 AcDbSymbolTableRecord|100 AcDbBlockTableRecord|2 Door|340 0
+0 ENDTAB|0 ENDSEC|0 SECTION|2 BLOCKS
+0 BLOCK|5 20|330 1F|100 AcDbEntity|8 0|100 AcDbBlockBegin|2 *Model_Space|70 0|10 0.0|20 0.0|30 0.0|3 *Model_Space|1
+0 ENDBLK|5 21|330 1F|100 AcDbEntity|8 0|100 AcDbBlockEnd
+0 BLOCK|5 31|330 30|100 AcDbEntity|8 0|100 AcDbBlockBegin|2 Door|70 2|10 1.0|20 1.0|30 0.0|3 Door|1
+0 ATTDEF|5 33|330 30|100 AcDbEntity|8 0|100 AcDbText|10 2.0|20 1.0|30 0.0|40 0.5|1 D1|100 AcDbAttributeDefinition|3 Number|2 NUMBER|70 0
+0 ATTDEF|5 34|330 30|100 AcDbEntity|8 0|100 AcDbText|10 1.0|20 3.0|30 0.0|40 0.5|1 ACME|100 AcDbAttributeDefinition|3 Maker|2 MAKER|70 2
+0 ATTDEF|5 35|330 30|100 AcDbEntity|8 0|100 AcDbText|10 1.0|20 2.0|30 0.0|40 0.25|1 900|50 10.0|100 AcDbAttributeDefinition|3 Width|2 WIDTH|70 1
+0 ENDBLK|5 32|330 30|100 AcDbEntity|8 0|100 AcDbBlockEnd
+0 ENDSEC|0 SECTION|2 ENTITIES
+0 LINE|5 40|330 1F|100 AcDbEntity|8 0|100 AcDbLine|10 0.0|20 0.0|30 0.0|11 1.0|21 1.0|31 0.0
+0 ENDSEC|0 SECTION|2 OBJECTS|0 DICTIONARY|5 C|330 0|100 AcDbDictionary|281 1|0 ENDSEC|0 EOF
 )";
 
 constexpr std::string_view kR12 = R"(
-  0 SECTION
-  2 HEADER
-  9 $ACADVER
-  1 AC1009
-  9 $HANDLING
-  70 1
-  9 $HANDSEED
-  5 100
-  0 ENDSEC
-  0 SECTION
-  2 TABLES
-  0 TABLE
-  2 LAYER
-  70 1
-  0 LAYER
-  5 10
-  2 0
-  70 0
-  62 7
-  6 CONTINUOUS
-  0 ENDTAB
-  0 ENDSEC
-  0 SECTION
-  2 BLOCKS
-  0 BLOCK
-  8 0
-  2 Door
-  70 2
-  10 1.0
-  20 1.0
-  30 0.0
-  3 Door
-  0 ATTDEF
-  5 33
-  8 0
-  10 2.0
-  20 1.0
-  30 0.0
-  40 0.5
-  1 D1
-  3 Number
-  2 NUMBER
-  70 0
-  0 ENDBLK
-  5 32
-  8 0
-  0 ENDSEC
-  0 SECTION
-  2 ENTITIES
-  0 LINE
-  5 40
-  8 0
-  10 0.0
-  20 0.0
-  30 0.0
-  11 1.0
-  21 1.0
-  31 0.0
-  0 ENDSEC
-  0 EOF
+0 SECTION|2 HEADER|9 $ACADVER|1 AC1009|9 $HANDLING|70 1|9 $HANDSEED|5 100|0 ENDSEC
+0 SECTION|2 TABLES|0 TABLE|2 LAYER|70 1|0 LAYER|5 10|2 0|70 0|62 7|6 CONTINUOUS|0 ENDTAB|0 ENDSEC
+0 SECTION|2 BLOCKS|0 BLOCK|8 0|2 Door|70 2|10 1.0|20 1.0|30 0.0|3 Door
+0 ATTDEF|5 33|8 0|10 2.0|20 1.0|30 0.0|40 0.5|1 D1|3 Number|2 NUMBER|70 0
+0 ENDBLK|5 32|8 0|0 ENDSEC
+0 SECTION|2 ENTITIES|0 LINE|5 40|8 0|10 0.0|20 0.0|30 0.0|11 1.0|21 1.0|31 0.0|0 ENDSEC|0 EOF
 )";
 
 Document parseOrDie(const std::string& text) {

@@ -45,7 +45,7 @@ def load(path):
     try:
         try:
             doc = ezdxf.readfile(path)
-        except (ezdxf.DXFError, UnicodeDecodeError) as error:
+        except Exception as error:  # whatever stops the strict reader is a finding
             failures.append(f"ezdxf.readfile failed: {error}")
             doc, auditor = recover.readfile(path)
             for entry in auditor.errors:
