@@ -12,5 +12,7 @@ if [[ ! -x $TAXOR ]]; then
   echo "taxor is not built yet" >&2
   exit 1
 fi
-# TODO: the example's input drawing and options.
-"$TAXOR" "$@"
+# The example job: the bundled drawing through the demo script, saved beside the build.
+mkdir -p build/example
+"$TAXOR" --script examples/demo.scr -o build/example/site.dxf "$@" examples/site.dxf
+echo "Saved build/example/site.dxf"
