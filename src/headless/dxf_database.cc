@@ -282,6 +282,12 @@ bool DxfDatabase::hasSymbol(host::SymbolTable table, std::wstring_view name) {
     case host::SymbolTable::kDimensionStyle:
       return dxf::findTableEntry(drawing_, "DIMSTYLE", name) != dxf::kNoRecord;
     case host::SymbolTable::kBlock: return dxf::findBlock(drawing_, name) != dxf::kNoRecord;
+    case host::SymbolTable::kMLeaderStyle:
+      return dxf::findStyle(drawing_, L"ACAD_MLEADERSTYLE", name) != dxf::kNoRecord;
+    case host::SymbolTable::kMlineStyle:
+      return dxf::findStyle(drawing_, L"ACAD_MLINESTYLE", name) != dxf::kNoRecord;
+    case host::SymbolTable::kHatchPattern:
+      return false;
   }
   return false;
 }

@@ -8,6 +8,7 @@
 
 #include "base/status.h"
 #include "host/entity_property.h"
+#include "host/resources.h"
 #include "host/types.h"
 
 namespace host {
@@ -34,6 +35,9 @@ enum class SymbolTable : uint8_t {
   kTextStyle,
   kDimensionStyle,
   kBlock,
+  kMLeaderStyle,  // the multileader style dictionary
+  kMlineStyle,    // the multiline style dictionary
+  kHatchPattern,  // patterns a hatch accepts: predefined ones and those made available
 };
 
 // Every method reports failure through its Status: kNotFound when the object, key or name
@@ -99,6 +103,17 @@ class Database {
   virtual base::Result<SysVar> getVar(std::string_view name) = 0;
   // The value must have the variable's own type; kInvalid otherwise.
   virtual base::Status setVar(std::string_view name, const SysVar& value) = 0;
+
+  // --- Resources from other files.
+  // Makes the resources of the kinds in `mask` named in `needed` available in this
+  // drawing from the file `path` (a drawing, or a linetype, multiline-style or pattern
+  // file), and returns, by kind, the names it provided. Layouts (kResourceLayouts) are
+  // taken whole. Fails, changing nothing, when the file cannot be read.
+  virtual base::Result<ResourceNames> importResources(const std::wstring& path, uint32_t mask,
+                                                      const ResourceNames& needed) {
+    (void)path, (void)mask, (void)needed;
+    return base::Status::unsupported("this host cannot import resources");
+  }
 
   // --- Reactors. A reactor stays registered until removed; the caller keeps it alive.
   virtual void addReactor(DatabaseReactor* reactor) = 0;

@@ -1,6 +1,10 @@
 // Everything the system asks of a CAD application, in one place.
 #pragma once
 
+#include <optional>
+#include <string>
+#include <string_view>
+
 #include "host/command_stack.h"
 #include "host/database.h"
 #include "host/dialogs.h"
@@ -28,6 +32,17 @@ class Host {
   virtual void popResourceHandle() = 0;
 
   Database& database() { return document().database(); }
+
+  // The host's environment values (the support path "ACAD"...): nothing when unset.
+  virtual std::optional<std::wstring> getEnv(std::wstring_view name) {
+    (void)name;
+    return std::nullopt;
+  }
+  // Returns false when the value cannot be set.
+  virtual bool setEnv(std::wstring_view name, std::wstring_view value) {
+    (void)name, (void)value;
+    return false;
+  }
 };
 
 }  // namespace host
