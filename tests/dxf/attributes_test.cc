@@ -1,0 +1,105 @@
+// Attribute references brought in line with their block's definitions.
+#include <gtest/gtest.h>
+
+#include "dxf/attributes.h"
+#include "dxf/blocks.h"
+#include "dxf/document.h"
+#include "dxf/objects.h"
+#include "dxf/record_edit.h"
+#include "test_paths.h"
+
+namespace {
+
+std::string exampleDrawing() {
+  return testing_paths::readFile(std::string(TAXOR_SOURCE_DIR) + "/examples/site.dxf");
+}
+
+// The ATTRIB tags ("ID=S01") of every MANHOLE insert, in drawing order.
+std::vector<std::vector<std::string>> manholeAttributes(const dxf::Document& doc) {
+  std::vector<std::vector<std::string>> out;
+  for (dxf::RecordId id : dxf::modelSpaceEntities(doc)) {
+    if (doc.type(id) != "INSERT" || doc.value(id, 2) != "MANHOLE") continue;
+    out.emplace_back();
+    for (dxf::RecordId a = doc.next(id); a != dxf::kNoRecord && doc.type(a) == "ATTRIB"; a = doc.next(a)) {
+      out.back().push_back(std::string(doc.value(a, 2)) + "=" + std::string(doc.value(a, 1)));
+    }
+  }
+  return out;
+}
+
+dxf::RecordId findAttdef(const dxf::Document& doc, std::string_view tag) {
+  for (dxf::RecordId id : dxf::blockEntities(doc, dxf::findBlock(doc, L"MANHOLE"))) {
+    if (doc.type(id) == "ATTDEF" && doc.value(id, 2) == tag) return id;
+  }
+  return dxf::kNoRecord;
+}
+
+TEST(AttributesTest, InsertsFollowTheirDefinitions) {
+  auto doc = dxf::Document::parse(exampleDrawing(), "site.dxf");
+  ASSERT_TRUE(doc.isOk()) << doc.status().message();
+  auto before = manholeAttributes(*doc);
+  ASSERT_EQ(before.size(), 11u);
+  EXPECT_EQ(before[0], (std::vector<std::string>{"ID=S01", "DEPTH=2.00"}));
+
+  // In sync already: nothing changes, not a byte.
+  std::string original = doc->serialize();
+  ASSERT_EQ(dxf::synchronizeAttributes(*doc, L"manhole").value(), 0);
+  EXPECT_EQ(doc->serialize(), original);
+
+  // DEPTH goes; a new MATERIAL definition comes, before ID in the block.
+  dxf::eraseObject(*doc, findAttdef(*doc, "DEPTH"));
+  dxf::RecordId id_def = findAttdef(*doc, "ID");
+  std::vector<dxf::Tag> tags(doc->tags(id_def).begin(), doc->tags(id_def).end());
+  dxf::RecordId material = doc->newRecord(tags);
+  {
+    dxf::RecordEdit edit(*doc, material);
+    edit.setText(static_cast<size_t>(edit.find(5)), "7777");
+    edit.setText(static_cast<size_t>(edit.find(2)), "MATERIAL");
+    edit.setText(static_cast<size_t>(edit.find(1)), "concrete");
+    edit.commit();
+  }
+  doc->insertBefore(id_def, material);
+
+  ASSERT_EQ(dxf::synchronizeAttributes(*doc, L"MANHOLE").value(), 11);
+  auto after = manholeAttributes(*doc);
+  ASSERT_EQ(after.size(), 11u);
+  EXPECT_EQ(after[0], (std::vector<std::string>{"MATERIAL=concrete", "ID=S01"}));
+  EXPECT_EQ(after[10], (std::vector<std::string>{"MATERIAL=concrete", "ID=S11"}));
+
+  // The result reads back, new attributes placed where their insert puts them.
+  auto again = dxf::Document::parse(doc->serialize(), "synced.dxf");
+  ASSERT_TRUE(again.isOk()) << again.status().message();
+  EXPECT_EQ(manholeAttributes(*again), after);
+  for (dxf::RecordId id : dxf::modelSpaceEntities(*again)) {
+    if (again->type(id) != "INSERT" || again->value(id, 2) != "MANHOLE") continue;
+    dxf::RecordId first = again->next(id);
+    EXPECT_NEAR(again->realValue(first, 10, 0), again->realValue(id, 10, 0) + 0.8, 1e-9);
+    EXPECT_EQ(again->value(first, 330), again->value(id, 5));
+  }
+}
+
+TEST(AttributesTest, UnknownBlockIsNotFound) {
+  auto doc = dxf::Document::parse(exampleDrawing(), "site.dxf");
+  ASSERT_TRUE(doc.isOk());
+  auto result = dxf::synchronizeAttributes(*doc, L"NO_SUCH_BLOCK");
+  ASSERT_FALSE(result.isOk());
+  EXPECT_EQ(result.status().code(), base::Code::kNotFound);
+}
+
+TEST(AttributesTest, RemovingEveryDefinitionRemovesTheSequence) {
+  auto doc = dxf::Document::parse(exampleDrawing(), "site.dxf");
+  ASSERT_TRUE(doc.isOk());
+  dxf::eraseObject(*doc, findAttdef(*doc, "DEPTH"));
+  dxf::eraseObject(*doc, findAttdef(*doc, "ID"));
+  ASSERT_EQ(dxf::synchronizeAttributes(*doc, L"MANHOLE").value(), 11);
+  auto again = dxf::Document::parse(doc->serialize(), "synced.dxf");
+  ASSERT_TRUE(again.isOk()) << again.status().message();
+  for (dxf::RecordId id : dxf::modelSpaceEntities(*again)) {
+    if (again->type(id) != "INSERT" || again->value(id, 2) != "MANHOLE") continue;
+    EXPECT_EQ(again->find(id, 66), nullptr);
+    EXPECT_NE(again->type(again->next(id)), "SEQEND");
+    EXPECT_NE(again->type(again->next(id)), "ATTRIB");
+  }
+}
+
+}  // namespace
