@@ -6,6 +6,8 @@ namespace {
 
 constexpr char32_t kReplacement = 0xFFFD;
 
+}  // namespace
+
 void appendWide(char32_t cp, std::wstring& out) {
   if constexpr (sizeof(wchar_t) == 2) {
     if (cp >= 0x10000) {
@@ -17,8 +19,6 @@ void appendWide(char32_t cp, std::wstring& out) {
   }
   out.push_back(static_cast<wchar_t>(cp));
 }
-
-}  // namespace
 
 void appendUtf8(char32_t cp, std::string& out) {
   if (cp < 0x80) {

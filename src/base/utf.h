@@ -16,6 +16,8 @@ std::string toUtf8(std::wstring_view in);
 
 // Appends the UTF-8 encoding of `cp` to `out`.
 void appendUtf8(char32_t cp, std::string& out);
+// Appends `cp` to wide text (as a surrogate pair where wchar_t is 16 bits).
+void appendWide(char32_t cp, std::wstring& out);
 
 }  // namespace base
 

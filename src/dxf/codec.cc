@@ -86,18 +86,6 @@ std::string normalizeName(std::string_view name) {
   return out;
 }
 
-void appendWide(char32_t cp, std::wstring& out) {
-  if constexpr (sizeof(wchar_t) == 2) {
-    if (cp >= 0x10000) {
-      cp -= 0x10000;
-      out.push_back(static_cast<wchar_t>(0xD800 + (cp >> 10)));
-      out.push_back(static_cast<wchar_t>(0xDC00 + (cp & 0x3FF)));
-      return;
-    }
-  }
-  out.push_back(static_cast<wchar_t>(cp));
-}
-
 void appendEscape(char32_t unit, std::string& out) {
   static constexpr char kHex[] = "0123456789ABCDEF";
   out += "\\U+";
@@ -164,7 +152,7 @@ char32_t readUtf32Le(const char* p) {
 }
 
 void appendUtf32Le(const char* begin, const char* end, std::wstring& out) {
-  for (const char* p = begin; p + 4 <= end; p += 4) appendWide(readUtf32Le(p), out);
+  for (const char* p = begin; p + 4 <= end; p += 4) base::appendWide(readUtf32Le(p), out);
 }
 
 void pushUtf32Le(char32_t cp, std::string& out) {
@@ -299,7 +287,7 @@ void Codec::Impl::decodeText(std::string_view bytes, std::wstring& out, bool& cl
       for (char c : bytes) {
         char32_t cp = to_wide[static_cast<unsigned char>(c)];
         if (cp == kReplacement) clean = false;
-        appendWide(cp, out);
+        base::appendWide(cp, out);
       }
       return;
     case Kind::kMultiByte: {
@@ -331,13 +319,13 @@ size_t Codec::Impl::decodeEscape(std::string_view s, std::wstring& out, bool& cl
     // U+0000 would cut C strings short; a lone surrogate is no character.
     if (unit <= 0 || (unit >= 0xDC00 && unit <= 0xDFFF)) return 0;
     if (unit < 0xD800 || unit > 0xDBFF) {
-      appendWide(static_cast<char32_t>(unit), out);
+      base::appendWide(static_cast<char32_t>(unit), out);
       return 7;
     }
     if (s.size() >= 14 && s.substr(7, 3) == "\\U+") {
       int32_t low = hex4(s.substr(10));
       if (low >= 0xDC00 && low <= 0xDFFF) {
-        appendWide(0x10000 + ((static_cast<char32_t>(unit) - 0xD800) << 10) +
+        base::appendWide(0x10000 + ((static_cast<char32_t>(unit) - 0xD800) << 10) +
                        (static_cast<char32_t>(low) - 0xDC00),
                    out);
         return 14;

@@ -11,12 +11,6 @@ namespace dxf {
 
 namespace {
 
-Handle parseHandleText(std::string_view text) {
-  Handle h = 0;
-  auto [ptr, ec] = std::from_chars(text.data(), text.data() + text.size(), h, 16);
-  return ec == std::errc() ? h : 0;
-}
-
 bool sameKey(std::wstring_view a, std::wstring_view b) {
   if (a.size() != b.size()) return false;
   for (size_t i = 0; i < a.size(); ++i) {
@@ -70,7 +64,7 @@ RecordId putEntry(Document& doc, RecordId dict, std::wstring_view key, Handle ha
   RecordId replaced = kNoRecord;
   if (at >= 0) {
     const Tag& old = edit.tags()[static_cast<size_t>(at) + 1];
-    replaced = doc.byHandle(parseHandleText(edit.text(static_cast<size_t>(at) + 1)));
+    replaced = doc.byHandle(parseHandle(edit.text(static_cast<size_t>(at) + 1)));
     if (replaced != kNoRecord && old.code != 360 && ownerOf(doc, replaced) != doc.record(dict).handle) {
       replaced = kNoRecord;  // listed here but owned elsewhere: it stays
     }
@@ -112,7 +106,7 @@ std::vector<DictionaryEntry> dictionaryEntries(const Document& doc, RecordId dic
   auto tags = doc.tags(dict);
   for (size_t i = 0; i + 1 < tags.size(); ++i) {
     if (tags[i].code == 3 && (tags[i + 1].code == 350 || tags[i + 1].code == 360)) {
-      out.push_back({doc.codec().decode(doc.text(tags[i])), parseHandleText(doc.text(tags[i + 1])),
+      out.push_back({doc.codec().decode(doc.text(tags[i])), parseHandle(doc.text(tags[i + 1])),
                      tags[i + 1].code == 360});
       ++i;
     }
@@ -125,7 +119,7 @@ RecordId dictionaryGet(const Document& doc, RecordId dict, std::wstring_view key
   for (size_t i = 0; i + 1 < tags.size(); ++i) {
     if (tags[i].code == 3 && (tags[i + 1].code == 350 || tags[i + 1].code == 360) &&
         sameKey(doc.codec().decode(doc.text(tags[i])), key)) {
-      return doc.byHandle(parseHandleText(doc.text(tags[i + 1])));
+      return doc.byHandle(parseHandle(doc.text(tags[i + 1])));
     }
   }
   return kNoRecord;

@@ -12,14 +12,6 @@ namespace dxf {
 
 namespace {
 
-bool parseHandle(std::string_view text, Handle& out) {
-  while (!text.empty() && text.front() == ' ') text.remove_prefix(1);
-  while (!text.empty() && text.back() == ' ') text.remove_suffix(1);
-  if (text.empty() || text.size() > 16) return false;
-  auto [ptr, ec] = std::from_chars(text.data(), text.data() + text.size(), out, 16);
-  return ec == std::errc() && ptr == text.data() + text.size();
-}
-
 }  // namespace
 
 std::string_view Document::type(RecordId id) const {
@@ -61,8 +53,7 @@ static Handle findOwnHandle(const Document& doc, RecordId id) {
   for (const Tag& tag : doc.tags(id)) {
     if (tag.code == 100 || tag.code == 102) break;
     if (tag.code == 5 || tag.code == 105) {
-      Handle h = 0;
-      return parseHandle(doc.text(tag), h) ? h : 0;
+      return parseHandle(doc.text(tag));
     }
   }
   return 0;
@@ -260,8 +251,7 @@ base::Status Document::checkExtensionDictionaries(const std::string& name) const
       if (record_tags[i].code == 100) break;
       if (record_tags[i].code != 102 || text(record_tags[i]) != "{ACAD_XDICTIONARY") continue;
       const Tag& pointer = record_tags[i + 1];
-      Handle h = 0;
-      if (pointer.code == 360 && parseHandle(text(pointer), h) && byHandle(h) != kNoRecord) break;
+      if (pointer.code == 360 && byHandle(parseHandle(text(pointer))) != kNoRecord) break;
       uint32_t at = format_ == Format::kAscii ? pointer.value.pos : records_[id].raw_begin;
       return base::Status::invalid(placeOf(name, at) + "the extension dictionary handle '" +
                                    std::string(text(pointer)) + "' names no object");
@@ -345,7 +335,7 @@ base::Status Document::buildStructure(const std::string& name) {
   std::vector<Tag> var = headerVariable("$ACADVER");
   if (!var.empty()) version_ = std::string(text(var.front()));
   var = headerVariable("$HANDSEED");
-  if (!var.empty() && parseHandle(text(var.front()), file_handseed_)) {
+  if (!var.empty() && (file_handseed_ = parseHandle(text(var.front()))) != 0) {
     next_handle_ = std::max(next_handle_, file_handseed_);
   }
   var = headerVariable("$DWGCODEPAGE");

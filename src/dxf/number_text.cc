@@ -33,3 +33,16 @@ std::string formatHandle(uint64_t handle) {
 }
 
 }  // namespace dxf
+
+namespace dxf {
+
+uint64_t parseHandle(std::string_view text) {
+  while (!text.empty() && text.front() == ' ') text.remove_prefix(1);
+  while (!text.empty() && text.back() == ' ') text.remove_suffix(1);
+  if (text.empty() || text.size() > 16) return 0;
+  uint64_t handle = 0;
+  auto [ptr, ec] = std::from_chars(text.data(), text.data() + text.size(), handle, 16);
+  return ec == std::errc() && ptr == text.data() + text.size() ? handle : 0;
+}
+
+}  // namespace dxf

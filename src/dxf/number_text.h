@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <string>
+#include <string_view>
 
 namespace dxf {
 
@@ -17,4 +18,7 @@ std::string formatInt(int64_t value);
 namespace dxf {
 // A handle as DXF writes it: upper-case hexadecimal without leading zeros.
 std::string formatHandle(uint64_t handle);
+// Reads a handle (hexadecimal, blanks around allowed); 0, which names nothing, when the
+// text is not one.
+uint64_t parseHandle(std::string_view text);
 }  // namespace dxf

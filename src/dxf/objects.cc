@@ -10,14 +10,6 @@ namespace dxf {
 
 namespace {
 
-Handle parseHandleText(std::string_view text) {
-  Handle h = 0;
-  while (!text.empty() && text.back() == ' ') text.remove_suffix(1);
-  while (!text.empty() && text.front() == ' ') text.remove_prefix(1);
-  auto [ptr, ec] = std::from_chars(text.data(), text.data() + text.size(), h, 16);
-  return ec == std::errc() && ptr == text.data() + text.size() ? h : 0;
-}
-
 // Index just after the record's application groups that precede its owner tag, where a
 // new "102 {ACAD_XDICTIONARY" group belongs.
 size_t extensionGroupPosition(RecordEdit& edit) {
@@ -44,7 +36,7 @@ Handle ownerOf(const Document& doc, RecordId id) {
       std::string_view t = doc.text(tag);
       in_group = !t.empty() && t.front() == '{';
     } else if (tag.code == 330 && !in_group) {
-      return parseHandleText(doc.text(tag));
+      return parseHandle(doc.text(tag));
     } else if (tag.code == 100) {
       // The owner comes before the first subclass marker.
       return 0;
@@ -59,7 +51,7 @@ Handle extensionDictionaryOf(const Document& doc, RecordId id) {
     if (tag.code == 102) {
       in_xdict = doc.text(tag) == "{ACAD_XDICTIONARY";
     } else if (in_xdict && tag.code == 360) {
-      return parseHandleText(doc.text(tag));
+      return parseHandle(doc.text(tag));
     } else if (tag.code == 100) {
       return 0;
     }

@@ -18,14 +18,6 @@ namespace {
 
 constexpr std::string_view kMarker = "AcDbSortentsTable";
 
-Handle parseHandle(std::string_view text) {
-  while (!text.empty() && text.front() == ' ') text.remove_prefix(1);
-  while (!text.empty() && text.back() == ' ') text.remove_suffix(1);
-  Handle h = 0;
-  auto [ptr, ec] = std::from_chars(text.data(), text.data() + text.size(), h, 16);
-  return ec == std::errc() && ptr == text.data() + text.size() ? h : 0;
-}
-
 // Index of the first tag after the table's subclass marker, or the tag count when absent.
 size_t dataStart(const Document& doc, std::span<const Tag> tags) {
   for (size_t i = 1; i < tags.size(); ++i) {
@@ -82,11 +74,11 @@ base::Result<RecordId> ensureSortEntsTable(Document& doc, RecordId block_record)
   auto xdict = ensureExtensionDictionary(doc, block_record);
   if (!xdict) return xdict.status();
   std::string xdict_handle = formatHandle(doc.record(*xdict).handle);
-  auto table = appendObject(
-      doc, {doc.makeTag(0, "SORTENTSTABLE"), doc.makeTag(102, "{ACAD_REACTORS"),
-            doc.makeTag(330, xdict_handle), doc.makeTag(102, "}"), doc.makeTag(330, xdict_handle),
-            doc.makeTag(100, kMarker),
-            doc.makeTag(330, formatHandle(doc.record(block_record).handle))});
+  auto table =
+      appendObject(doc, {doc.makeTag(0, "SORTENTSTABLE"), doc.makeTag(102, "{ACAD_REACTORS"),
+                         doc.makeTag(330, xdict_handle), doc.makeTag(102, "}"),
+                         doc.makeTag(330, xdict_handle), doc.makeTag(100, kMarker),
+                         doc.makeTag(330, formatHandle(doc.record(block_record).handle))});
   if (!table) return table.status();
   dictionarySet(doc, *xdict, L"ACAD_SORTENTS", *table, true);
   return *table;

@@ -100,12 +100,6 @@ base::Status setPatternValue(Document& doc, RecordId id, int code, double value)
   return base::Status::ok();
 }
 
-Handle parseHandle(std::string_view text) {
-  Handle out = 0;
-  auto [ptr, ec] = std::from_chars(text.data(), text.data() + text.size(), out, 16);
-  return ec == std::errc() ? out : 0;
-}
-
 // The style the `at` tag's handle names, listed in `dictionary`; empty when it names none.
 std::wstring styleOf(const Document& doc, std::span<const Tag> tags, int at,
                      std::wstring_view dictionary) {
