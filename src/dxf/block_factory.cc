@@ -15,9 +15,8 @@ using factory::Builder;
 using factory::quoted;
 using factory::Target;
 
-constexpr double kPi = 3.14159265358979323846;
-
-bool finite(const Point3& p) { return std::isfinite(p.x) && std::isfinite(p.y) && std::isfinite(p.z); }
+using factory::finite;
+using factory::kPi;
 
 bool isLayoutName(std::wstring_view name) {
   return sameName(name, L"*Model_Space") ||
@@ -74,8 +73,7 @@ base::Result<RecordId> addBlock(Document& doc, std::wstring_view name, const Poi
   if (name.empty()) return base::Status::invalid("a block needs a name");
   if (!finite(base_point)) return base::Status::invalid("coordinates must be finite numbers");
   bool r12 = doc.isR12();
-  if (findBlock(doc, name) != kNoRecord ||
-      (!r12 && findBlockRecord(doc, name) != kNoRecord)) {
+  if (findBlock(doc, name) != kNoRecord || (!r12 && findBlockRecord(doc, name) != kNoRecord)) {
     return base::Status::invalid("block " + quoted(name) + " already exists");
   }
   Span blocks = doc.section("BLOCKS");

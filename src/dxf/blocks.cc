@@ -1,5 +1,6 @@
 #include "dxf/blocks.h"
 
+#include "dxf/number_text.h"
 #include "dxf/symbol_tables.h"
 
 namespace dxf {
@@ -58,6 +59,17 @@ std::vector<RecordId> blockEntities(const Document& doc, RecordId block) {
 
 RecordId findBlockRecord(const Document& doc, std::wstring_view name) {
   return findTableEntry(doc, "BLOCK_RECORD", name);
+}
+
+RecordId modelSpaceBlockRecord(const Document& doc) {
+  RecordId named = findBlockRecord(doc, L"*Model_Space");
+  if (named != kNoRecord) return named;
+  // Some writers give model space another name (LibreDWG's R14 output calls it "*U").
+  for (RecordId id : modelSpaceEntities(doc)) {
+    RecordId owner = doc.byHandle(parseHandle(doc.value(id, 330)));
+    if (owner != kNoRecord && doc.type(owner) == "BLOCK_RECORD") return owner;
+  }
+  return kNoRecord;
 }
 
 RecordId modelSpaceInsertPoint(const Document& doc) { return doc.section("ENTITIES").tail; }

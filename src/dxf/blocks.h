@@ -26,6 +26,10 @@ RecordId blockEnd(const Document& doc, RecordId block);
 // The BLOCK_RECORD table entry of the block named `name`, or kNoRecord (R12 has none).
 RecordId findBlockRecord(const Document& doc, std::wstring_view name);
 
+// The BLOCK_RECORD of model space: the one named "*Model_Space", or, in drawings whose
+// writer named it otherwise, the owner of the model-space entities. kNoRecord in R12.
+RecordId modelSpaceBlockRecord(const Document& doc);
+
 // Where a new model-space entity goes: the record before which it is inserted.
 RecordId modelSpaceInsertPoint(const Document& doc);
 

@@ -157,9 +157,10 @@ base::Result<RecordId> createDictionary(Document& doc, RecordId owner, std::wstr
 }
 
 base::Result<RecordId> createXrecord(Document& doc, RecordId owner, std::wstring_view key) {
-  return createEntry(doc, owner, key,
-                     {doc.makeTag(0, "XRECORD"), doc.makeTag(100, "AcDbXrecord"),
-                      doc.makeTag(280, "1")});
+  std::vector<Tag> body = {doc.makeTag(0, "XRECORD"), doc.makeTag(100, "AcDbXrecord")};
+  // The cloning flag came with R2000; earlier readers would take it for data.
+  if (doc.version() >= "AC1015") body.push_back(doc.makeTag(280, "1"));
+  return createEntry(doc, owner, key, std::move(body));
 }
 
 }  // namespace dxf

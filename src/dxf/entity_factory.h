@@ -20,9 +20,9 @@ namespace dxf {
 
 // The properties every new entity has, and where it goes.
 struct CommonProps {
-  std::wstring layer = L"0";  // must exist in the LAYER table, else kNotFound
+  std::wstring layer = L"0";   // must exist in the LAYER table, else kNotFound
   std::optional<int> color{};  // 0 ByBlock, 1..255, 256 ByLayer; absent means ByLayer
-  std::wstring block{};       // empty (or "*Model_Space"): model space; else a block's name
+  std::wstring block{};        // empty (or "*Model_Space"): model space; else a block's name
 };
 
 // A 2D vertex of a polyline-like boundary; `bulge` is tan(arc angle / 4) of the segment
@@ -58,7 +58,7 @@ struct LwPolylineParams {
 struct EllipseParams {
   Point3 center{};
   Point3 major_axis{};  // end of the major axis relative to the center, in the XY plane
-  double ratio = 1;   // minor / major, in (0, 1]
+  double ratio = 1;     // minor / major, in (0, 1]
   double start_param = 0;
   double end_param = 6.283185307179586;
 };

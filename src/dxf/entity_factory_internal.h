@@ -30,7 +30,10 @@ base::Status requireR2000(const Document& doc, std::string_view type);
 // True when the drawing writes handles: always from R13 on, in R12 when $HANDLING is set
 // or some record has one.
 bool usesHandles(const Document& doc);
-// A message-safe rendering of a caller's name.
+constexpr double kPi = 3.14159265358979323846;
+
+bool finite(const Point3& p);
+// A caller's name, quoted for an error message.
 std::string quoted(std::wstring_view name);
 
 // Collects the tags of one record; the common entity tags come first.
@@ -38,8 +41,7 @@ class Builder {
  public:
   // Starts `type` with its handle, owner (`owner` when given, else the target's), layer
   // and colour.
-  Builder(Document& doc, const Target& target, std::string_view type,
-          std::string_view owner = {});
+  Builder(Document& doc, const Target& target, std::string_view type, std::string_view owner = {});
 
   // The new record's handle text; empty when the drawing writes no handles.
   const std::string& handle() const { return handle_; }

@@ -1,7 +1,6 @@
 #include "dxf/sort_entities.h"
 
 #include <algorithm>
-#include <charconv>
 #include <unordered_map>
 #include <unordered_set>
 
@@ -57,6 +56,7 @@ Handle sortKey(const std::unordered_map<Handle, Handle>& map, Handle entity) {
 }  // namespace
 
 RecordId findSortEntsTable(const Document& doc, RecordId block_record) {
+  if (block_record == kNoRecord) return kNoRecord;
   Handle xdict = extensionDictionaryOf(doc, block_record);
   RecordId dict = xdict == 0 ? kNoRecord : doc.byHandle(xdict);
   if (dict == kNoRecord) return kNoRecord;
@@ -67,6 +67,7 @@ RecordId findSortEntsTable(const Document& doc, RecordId block_record) {
 base::Result<RecordId> ensureSortEntsTable(Document& doc, RecordId block_record) {
   if (RecordId found = findSortEntsTable(doc, block_record); found != kNoRecord) return found;
   if (base::Status status = requireObjects(doc); !status) return status;
+  if (block_record == kNoRecord) return base::Status::invalid("no block record to order");
   if (doc.type(block_record) != "BLOCK_RECORD") {
     return base::Status::invalid("a draw order table belongs to a BLOCK_RECORD, not to " +
                                  std::string(doc.type(block_record)));
@@ -100,7 +101,7 @@ std::vector<RecordId> modelSpaceDrawOrder(const Document& doc) {
   std::vector<RecordId> entities = modelSpaceEntities(doc);
   RecordId table = kNoRecord;
   if (!doc.isR12()) {
-    RecordId model = findBlockRecord(doc, L"*Model_Space");
+    RecordId model = modelSpaceBlockRecord(doc);
     if (model != kNoRecord) table = findSortEntsTable(doc, model);
   }
   auto map = sortMap(doc, table);

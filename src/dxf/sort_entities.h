@@ -33,7 +33,6 @@ std::vector<RecordId> modelSpaceDrawOrder(const Document& doc);
 // while every other entity keeps its place: the sort handles the entities use now are
 // dealt out again in the new order. The entities must have handles and belong to the
 // table's block record, each listed once; otherwise kInvalid and nothing changes.
-base::Status setRelativeDrawOrder(Document& doc, RecordId table,
-                                  std::span<const RecordId> ordered);
+base::Status setRelativeDrawOrder(Document& doc, RecordId table, std::span<const RecordId> ordered);
 
 }  // namespace dxf

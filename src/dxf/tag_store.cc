@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <new>
 #include <stdexcept>
 
 namespace dxf {
@@ -10,8 +11,10 @@ uint32_t TagStore::newChunk(uint64_t count) {
   uint64_t slot_count = std::max<uint64_t>(1, (count + kSlotSize - 1) / kSlotSize);
   uint64_t first = uint64_t{slots_.size()} << kSlotBits;
   if (first + slot_count * kSlotSize > UINT32_MAX) throw std::length_error("drawing has too many tags");
-  chunks_.push_back(std::make_unique<Tag[]>(slot_count * kSlotSize));
-  Tag* base = chunks_.back().get();
+  // Tag is an aggregate, so the allocation holds Tag objects as soon as they are written.
+  auto* base = static_cast<Tag*>(std::malloc(slot_count * kSlotSize * sizeof(Tag)));
+  if (base == nullptr) throw std::bad_alloc();
+  chunks_.emplace_back(base);
   for (uint64_t i = 0; i < slot_count; ++i) slots_.push_back(base + i * kSlotSize);
   used_ = static_cast<uint32_t>(first);
   chunk_end_ = static_cast<uint32_t>(first + slot_count * kSlotSize);

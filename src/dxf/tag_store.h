@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstdint>
+#include <cstdlib>
 #include <memory>
 #include <span>
 #include <vector>
@@ -53,8 +54,13 @@ class TagStore {
   // Starts a chunk holding at least `count` tags; returns its first index.
   uint32_t newChunk(uint64_t count);
 
+  // Chunks are left uninitialised: memory is touched (and counted) only as tags arrive.
+  struct FreeChunk {
+    void operator()(Tag* p) const { std::free(p); }
+  };
+
   std::vector<Tag*> slots_;  // a chunk longer than a slot is named by each slot it spans
-  std::vector<std::unique_ptr<Tag[]>> chunks_;
+  std::vector<std::unique_ptr<Tag, FreeChunk>> chunks_;
   uint32_t used_ = 0;       // next free index in the current chunk
   uint32_t chunk_end_ = 0;  // end of the current chunk
 };

@@ -42,12 +42,17 @@ TypedValue TypedValue::ofInteger(int32_t value) {
 
 namespace {
 
+// The cloning flag (280) that follows the subclass marker came with R2000; in R13 and R14
+// drawings a 280 there is data.
+bool hasCloningFlag(const Document& doc) { return doc.version() >= "AC1015"; }
+
 // Index of the first data tag: after "100 AcDbXrecord" and the cloning flag that follows it;
 // -1 when the record has no such marker.
 int dataStart(const Document& doc, std::span<const Tag> tags) {
   for (size_t i = 1; i < tags.size(); ++i) {
     if (tags[i].code == 100 && doc.text(tags[i]) == "AcDbXrecord") {
-      return static_cast<int>(i + 1 < tags.size() && tags[i + 1].code == 280 ? i + 2 : i + 1);
+      bool flag = hasCloningFlag(doc) && i + 1 < tags.size() && tags[i + 1].code == 280;
+      return static_cast<int>(flag ? i + 2 : i + 1);
     }
   }
   return -1;
@@ -103,7 +108,7 @@ void writeXrecord(Document& doc, RecordId id, const std::vector<TypedValue>& val
   if (start < 0) {
     // Readers expect the data after the subclass marker and its cloning flag.
     tags.push_back(doc.makeTag(100, "AcDbXrecord"));
-    tags.push_back(doc.makeTag(280, "1"));
+    if (hasCloningFlag(doc)) tags.push_back(doc.makeTag(280, "1"));
     start = static_cast<int>(tags.size());
   }
   tags.resize(static_cast<size_t>(start));

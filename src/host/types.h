@@ -27,7 +27,7 @@ struct Point3 {
 // -1 none where a property allows it) or a true colour.
 struct Color {
   int index = 256;
-  std::optional<uint32_t> rgb;  // 0xRRGGBB
+  std::optional<uint32_t> rgb = std::nullopt;  // 0xRRGGBB
   bool operator==(const Color&) const = default;
 };
 

@@ -77,6 +77,13 @@ def close(a, b, tolerance=1e-9):
     return math.isclose(a, b, rel_tol=tolerance, abs_tol=tolerance)
 
 
+def decode_escapes(text):
+    """Characters a code page lacks are written as \\U+XXXX escapes of UTF-16 units, which
+    CAD programs decode and ezdxf leaves as they are."""
+    text = decode_dxf_unicode(text)
+    return text.encode("utf-16-le", "surrogatepass").decode("utf-16-le", "replace")
+
+
 def same(actual, expected):
     if isinstance(expected, bool):
         return bool(actual) == expected
@@ -88,9 +95,7 @@ def same(actual, expected):
             close(float(v), float(e)) for v, e in zip(values, expected)
         )
     if isinstance(expected, str) and isinstance(actual, str):
-        # Characters the code page lacks are written as \U+XXXX, which CAD programs decode
-        # and ezdxf leaves as it is.
-        return decode_dxf_unicode(actual) == expected
+        return decode_escapes(actual) == expected
     return actual == expected
 
 

@@ -13,99 +13,32 @@
 #include "dxf/number_text.h"
 #include "dxf/objects.h"
 #include "dxf/record_edit.h"
+#include "dxf/sample_drawing.h"
 
 namespace dxf {
 namespace {
 
-// One "code value" pair per line.
-std::string dxfText(std::string_view pairs) {
-  std::string out;
-  while (!pairs.empty()) {
-    size_t eol = pairs.find('\n');
-    std::string_view line = pairs.substr(0, eol);
-    pairs.remove_prefix(eol == std::string_view::npos ? pairs.size() : eol + 1);
-    while (!line.empty() && line.front() == ' ') line.remove_prefix(1);
-    if (line.empty()) continue;
-    size_t space = line.find(' ');
-    out.append(line.substr(0, space)).append("\n");
-    out.append(space == std::string_view::npos ? "" : line.substr(space + 1)).append("\n");
-  }
-  return out;
-}
-
+// One record per line, its "code value" pairs separated by '|'.
 constexpr std::string_view kDrawing = R"(
-  0 SECTION
-  2 HEADER
-  9 $ACADVER
-  1 AC1018
-  0 ENDSEC
-  0 SECTION
-  2 TABLES
-  0 TABLE
-  2 LAYER
-  5 2
-  330 0
-  100 AcDbSymbolTable
-  0 LAYER
-  5 10
-  330 2
-  100 AcDbSymbolTableRecord
-  100 AcDbLayerTableRecord
-  2 0
-  70 0
-  0 ENDTAB
-  0 TABLE
-  2 BLOCK_RECORD
-  5 1
-  330 0
-  100 AcDbSymbolTable
-  0 BLOCK_RECORD
-  5 1F
-  330 1
-  100 AcDbSymbolTableRecord
-  100 AcDbBlockTableRecord
-  2 *Model_Space
-  0 BLOCK_RECORD
-  5 30
-  330 1
-  100 AcDbSymbolTableRecord
-  100 AcDbBlockTableRecord
-  2 Door
-  0 ENDTAB
-  0 ENDSEC
-  0 SECTION
-  2 BLOCKS
-  0 BLOCK
-  5 31
-  330 30
-  100 AcDbEntity
-  8 0
-  100 AcDbBlockBegin
-  2 Door
-  70 0
-  10 0.0
-  20 0.0
-  30 0.0
-  3 Door
-  0 ENDBLK
-  5 32
-  330 30
-  100 AcDbEntity
-  8 0
-  100 AcDbBlockEnd
-  0 ENDSEC
-  0 SECTION
-  2 ENTITIES
-  0 ENDSEC
-  0 SECTION
-  2 OBJECTS
-  0 DICTIONARY
-  5 C
-  330 0
-  100 AcDbDictionary
-  0 ENDSEC
-  0 EOF
+0 SECTION|2 HEADER|9 $ACADVER|1 AC1018|0 ENDSEC|0 SECTION|2 TABLES
+0 TABLE|2 LAYER|5 2|330 0|100 AcDbSymbolTable
+0 LAYER|5 10|330 2|100 AcDbSymbolTableRecord|100 AcDbLayerTableRecord|2 0|70 0|0 ENDTAB
+0 TABLE|2 BLOCK_RECORD|5 1|330 0|100 AcDbSymbolTable
+0 BLOCK_RECORD|5 1F|330 1|100 AcDbSymbolTableRecord|100 AcDbBlockTableRecord|2 *Model_Space
+0 BLOCK_RECORD|5 30|330 1|100 AcDbSymbolTableRecord|100 AcDbBlockTableRecord|2 Door
+0 ENDTAB|0 ENDSEC|0 SECTION|2 BLOCKS
+0 BLOCK|5 31|330 30|100 AcDbEntity|8 0|100 AcDbBlockBegin|2 Door|70 0|10 0.0|20 0.0|30 0.0|3 Door
+0 ENDBLK|5 32|330 30|100 AcDbEntity|8 0|100 AcDbBlockEnd|0 ENDSEC
+0 SECTION|2 ENTITIES|0 ENDSEC|0 SECTION|2 OBJECTS|0 DICTIONARY|5 C|330 0|100 AcDbDictionary
+0 ENDSEC|0 EOF
 )";
+
+std::string dxfText(std::string_view version) {
+  std::string pairs(kDrawing);
+  std::ranges::replace(pairs, '|', '\n');
+  pairs.replace(pairs.find("AC1018"), 6, version);
+  return sample::toDxf(pairs);
+}
 
 // A drawing with model-space lines A..E, made in that order (so with rising handles), and
 // one line in the block Door.
@@ -115,7 +48,7 @@ struct Fixture {
   RecordId in_block = kNoRecord;
   RecordId model = kNoRecord;
 
-  Fixture() : doc(std::move(Document::parse(dxfText(kDrawing), "fixture").value())) {
+  Fixture() : doc(std::move(Document::parse(dxfText("AC1018"), "fixture").value())) {
     for (char name = 'A'; name <= 'E'; ++name) {
       lines[name] = addLine(doc, {}, {double(name), 0, 0}, {double(name), 1, 0}).value();
     }
@@ -173,9 +106,9 @@ TEST(SortEntitiesTest, ReorderedEntitiesTradeSortHandlesAndOthersStay) {
     std::string setup, reorder, expected;
   };
   const Case cases[] = {
-      {"", "", "ABCDE"},          {"", "ECA", "EBCDA"},     {"", "BA", "BACDE"},
-      {"", "C", "ABCDE"},         {"EDCBA", "", "EDCBA"},   {"EDCBA", "BD", "EBCDA"},
-      {"BA", "AB", "ABCDE"},      {"DB", "EA", "EDCBA"},
+      {"", "", "ABCDE"},     {"", "ECA", "EBCDA"},   {"", "BA", "BACDE"},
+      {"", "C", "ABCDE"},    {"EDCBA", "", "EDCBA"}, {"EDCBA", "BD", "EBCDA"},
+      {"BA", "AB", "ABCDE"}, {"DB", "EA", "EDCBA"},
   };
   for (const Case& c : cases) {
     SCOPED_TRACE(c.setup + " then " + c.reorder);
@@ -233,9 +166,7 @@ TEST(SortEntitiesTest, BadReordersChangeNothing) {
 }
 
 TEST(SortEntitiesTest, R12DrawingsHaveNoTable) {
-  std::string text = dxfText(kDrawing);
-  text.replace(text.find("AC1018"), 6, "AC1009");
-  Document doc = std::move(Document::parse(text, "r12").value());
+  Document doc = std::move(Document::parse(dxfText("AC1009"), "r12").value());
   RecordId model = findBlockRecord(doc, L"*Model_Space");
   std::string before = doc.serialize();
   auto table = ensureSortEntsTable(doc, model);

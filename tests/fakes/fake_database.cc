@@ -39,7 +39,7 @@ struct PropertyInfo {
 using host::SymbolTable;
 // clang-format off
 const PropertyInfo kProperties[] = {
-    {P::kColor, host::Color{256}},
+    {P::kColor, host::Color{256, std::nullopt}},
     {P::kLayer, std::wstring(L"0"), SymbolTable::kLayer},
     {P::kLinetype, std::wstring(L"ByLayer"), SymbolTable::kLinetype},
     {P::kLinetypeScale, 1.0},
@@ -56,7 +56,7 @@ const PropertyInfo kProperties[] = {
     {P::kPattern, std::wstring(L"SOLID")},
     {P::kPatternAngle, 0.0},
     {P::kPatternScale, 1.0},
-    {P::kBackgroundColor, host::Color{-1}},
+    {P::kBackgroundColor, host::Color{-1, std::nullopt}},
     {P::kMLeaderStyle, std::wstring(L"Standard")},
     {P::kMlineStyle, std::wstring(L"Standard")},
     {P::kMlineScale, 1.0},
@@ -117,7 +117,9 @@ std::optional<int64_t> dimensionType(std::wstring_view entity_class) {
   return std::nullopt;
 }
 
+// Objects that are not entities have no class and no properties.
 bool hasProperty(std::wstring_view entity_class, EntityProperty property) {
+  if (entity_class.empty()) return false;
   switch (property) {
     case P::kColor:
     case P::kLayer:
@@ -153,7 +155,7 @@ Status noEntry(std::wstring_view key) {
 }  // namespace
 
 FakeDatabase::FakeDatabase() {
-  named_objects_ = append({.kind = Kind::kDictionary});
+  named_objects_ = append(Object::make(Kind::kDictionary));
   addLayer(L"0");
   for (const wchar_t* name : {L"ByBlock", L"ByLayer", L"Continuous"}) {
     addSymbol(host::SymbolTable::kLinetype, name);
@@ -194,7 +196,8 @@ Result<FakeDatabase::Object*> FakeDatabase::findOfKind(ObjectId id, Kind kind, c
 host::ObjectId FakeDatabase::addEntity(std::wstring_view entity_class,
                                        const Properties& properties) {
   if (entity_class.empty()) throw std::invalid_argument("an entity needs a class");
-  Object entity{.kind = Kind::kEntity, .entity_class = std::wstring(entity_class)};
+  Object entity = Object::make(Kind::kEntity);
+  entity.entity_class = entity_class;
   for (const auto& [property, value] : properties) {
     if (!hasProperty(entity_class, property)) {
       throw std::invalid_argument(base::toUtf8(entity_class) + " has no property " +
@@ -268,7 +271,7 @@ Result<ObjectId> FakeDatabase::createEntry(ObjectId owner, std::wstring_view key
       return Status::invalid("entry '" + base::toUtf8(key) + "' exists already");
     }
   }
-  ObjectId id = append({.kind = kind, .owner = owner});
+  ObjectId id = append(Object::make(kind, owner));
   // Map nodes stay where they are when others are added, so `d` still points at the owner.
   (*d)->entries.emplace_back(std::wstring(key), id);
   tellAppended(id);
@@ -306,7 +309,7 @@ Result<ObjectId> FakeDatabase::createExtensionDictionary(ObjectId object) {
   auto o = find(object);
   if (!o) return o.status();
   if ((*o)->extension_dictionary) return (*o)->extension_dictionary;
-  ObjectId dict = append({.kind = Kind::kDictionary, .owner = object});
+  ObjectId dict = append(Object::make(Kind::kDictionary, object));
   (*o)->extension_dictionary = dict;
   tellAppended(dict);
   return dict;

@@ -90,6 +90,13 @@ class FakeDatabase : public host::Database {
   enum class Kind : uint8_t { kEntity, kDictionary, kXrecord };
 
   struct Object {
+    static Object make(Kind kind, host::ObjectId owner = {}) {
+      Object out;
+      out.kind = kind;
+      out.owner = owner;
+      return out;
+    }
+
     Kind kind = Kind::kEntity;
     std::wstring entity_class;
     host::ObjectId owner;  // the dictionary holding it, or the object of an extension dictionary

@@ -51,9 +51,11 @@ class FakeEditor : public host::Editor {
       : database_(database), transcript_(transcript) {}
 
   // Appends answers to the script. When the script runs out, every prompt is cancelled.
-  void answers(std::initializer_list<Answer> more) { answers_.insert(answers_.end(), more); }
-  void selections(std::initializer_list<Selection> more) {
-    selections_.insert(selections_.end(), more);
+  void answers(std::vector<Answer> more) {
+    answers_.insert(answers_.end(), more.begin(), more.end());
+  }
+  void selections(std::vector<Selection> more) {
+    selections_.insert(selections_.end(), more.begin(), more.end());
   }
   size_t answersLeft() const { return answers_.size(); }
   size_t selectionsLeft() const { return selections_.size(); }
@@ -68,8 +70,8 @@ class FakeEditor : public host::Editor {
   void tellCommandFailed(std::wstring_view name);
 
   // Takes the next answer. Without `allow_spaces` a blank ends the answer and the rest of
-  // the line answers the next prompt. An answer is echoed after its prompt, a cancel shows
-  // "*Cancel*".
+  // the line answers the next prompt. An answer is echoed after its prompt; a cancel shows
+  // "*Cancel*" and an error "*Invalid*".
   host::StringInput getString(bool allow_spaces, std::wstring_view prompt) override;
   // Reads "x,y" or "x,y,z"; an empty answer is kNone; anything else prompts again.
   host::PointInput getPoint(std::wstring_view prompt) override;

@@ -33,16 +33,16 @@ std::wstring_view withoutPrefixes(std::wstring_view name) {
 
 // --- FakeDialogs
 
-void FakeDialogs::fileAnswers(std::initializer_list<FileAnswer> more) {
-  files_.insert(files_.end(), more);
+void FakeDialogs::fileAnswers(std::vector<FileAnswer> more) {
+  files_.insert(files_.end(), more.begin(), more.end());
 }
 
-void FakeDialogs::checkBoxAnswers(std::initializer_list<CheckBoxAnswer> more) {
-  check_boxes_.insert(check_boxes_.end(), more);
+void FakeDialogs::checkBoxAnswers(std::vector<CheckBoxAnswer> more) {
+  check_boxes_.insert(check_boxes_.end(), more.begin(), more.end());
 }
 
-void FakeDialogs::itemAnswers(std::initializer_list<ItemsAnswer> more) {
-  items_.insert(items_.end(), more);
+void FakeDialogs::itemAnswers(std::vector<ItemsAnswer> more) {
+  items_.insert(items_.end(), more.begin(), more.end());
 }
 
 std::optional<std::wstring> FakeDialogs::takeFile(const std::wstring& title) {

@@ -36,9 +36,9 @@ class FakeDialogs : public host::Dialogs {
  public:
   explicit FakeDialogs(std::wstring& transcript) : transcript_(transcript) {}
 
-  void fileAnswers(std::initializer_list<FileAnswer> more);
-  void checkBoxAnswers(std::initializer_list<CheckBoxAnswer> more);
-  void itemAnswers(std::initializer_list<ItemsAnswer> more);
+  void fileAnswers(std::vector<FileAnswer> more);
+  void checkBoxAnswers(std::vector<CheckBoxAnswer> more);
+  void itemAnswers(std::vector<ItemsAnswer> more);
   // Every message box shown, in order.
   const std::vector<Message>& messages() const { return messages_; }
 
@@ -142,13 +142,13 @@ class FakeHost : public host::Host {
   void setFileName(std::wstring name) { document_.setFileName(std::move(name)); }
 
   // --- Scripting the user.
-  void answers(std::initializer_list<Answer> more) { editor_.answers(more); }
-  void selections(std::initializer_list<Selection> more) { editor_.selections(more); }
-  void fileAnswers(std::initializer_list<FileAnswer> more) { dialogs_.fileAnswers(more); }
-  void checkBoxAnswers(std::initializer_list<CheckBoxAnswer> more) {
-    dialogs_.checkBoxAnswers(more);
+  void answers(std::vector<Answer> more) { editor_.answers(std::move(more)); }
+  void selections(std::vector<Selection> more) { editor_.selections(std::move(more)); }
+  void fileAnswers(std::vector<FileAnswer> more) { dialogs_.fileAnswers(std::move(more)); }
+  void checkBoxAnswers(std::vector<CheckBoxAnswer> more) {
+    dialogs_.checkBoxAnswers(std::move(more));
   }
-  void itemAnswers(std::initializer_list<ItemsAnswer> more) { dialogs_.itemAnswers(more); }
+  void itemAnswers(std::vector<ItemsAnswer> more) { dialogs_.itemAnswers(std::move(more)); }
   // Runs the registered command `name` as if typed, then tells the editor reactors that
   // it ended (naming it in upper case, without prefixes). kNotFound for an unknown command.
   base::Status runCommand(std::wstring_view name);

@@ -1,0 +1,385 @@
+// The fake host's command line, dialogs, document and commands against the contracts of
+// host::Editor, host::Dialogs, host::Document, host::CommandStack and host::Host.
+#include "fakes/fake_host.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+using fakes::Answer;
+using fakes::FakeHost;
+using fakes::Selection;
+using host::InputStatus;
+using host::ObjectId;
+
+std::string show(const std::wstring& text) { return testing::PrintToString(text); }
+
+TEST(FakeEditorTest, GetStringTakesTheScriptedAnswers) {
+  struct Case {
+    bool allow_spaces;
+    std::vector<Answer> script;
+    InputStatus status;
+    std::wstring text;
+    std::wstring transcript;
+  };
+  const std::wstring longest(host::Editor::kMaxInput, L'y');
+  const std::wstring too_long(host::Editor::kMaxInput + 1, L'x');
+  const Case cases[] = {
+      {false, {L"1"}, InputStatus::kNormal, L"1", L"Name: 1\n"},
+      {false, {L""}, InputStatus::kNormal, L"", L"Name: \n"},
+      {true, {L"two words"}, InputStatus::kNormal, L"two words", L"Name: two words\n"},
+      {false, {L"two words"}, InputStatus::kNormal, L"two", L"Name: two\n"},
+      {true, {L"Potrubí"}, InputStatus::kNormal, L"Potrubí", L"Name: Potrubí\n"},
+      {false, {Answer::cancel(), L"1"}, InputStatus::kCancel, L"", L"Name: *Cancel*\n"},
+      {false, {Answer::error(), L"1"}, InputStatus::kError, L"", L"Name: *Invalid*\n"},
+      {false, {}, InputStatus::kCancel, L"", L"Name: *Cancel*\n"},
+      {true, {longest}, InputStatus::kNormal, longest, L"Name: " + longest + L"\n"},
+      {true, {too_long}, InputStatus::kError, L"", L"Name: " + too_long + L"\n"},
+  };
+  for (const Case& c : cases) {
+    FakeHost host;
+    host.answers(c.script);
+    host::StringInput got = host.editor().getString(c.allow_spaces, L"Name: ");
+    EXPECT_EQ(got.status, c.status) << show(c.transcript);
+    EXPECT_EQ(got.text, c.text) << show(c.transcript);
+    EXPECT_EQ(host.transcript(), c.transcript);
+  }
+}
+
+TEST(FakeEditorTest, BlankEndsAnAnswerAndTheRestAnswersTheNextPrompt) {
+  FakeHost host;
+  host.answers({L"a b c", L"d ", L"last"});
+  host::Editor& editor = host.editor();
+  EXPECT_EQ(editor.getString(false, L"1: ").text, L"a");
+  EXPECT_EQ(editor.getString(true, L"2: ").text, L"b c");
+  EXPECT_EQ(editor.getString(false, L"3: ").text, L"d");
+  // The blank ended "d"; the Enter after it answers the next prompt.
+  host::StringInput empty = editor.getString(false, L"4: ");
+  EXPECT_EQ(empty.status, InputStatus::kNormal);
+  EXPECT_EQ(empty.text, L"");
+  EXPECT_EQ(host.fakeEditor().answersLeft(), 1u);
+  EXPECT_EQ(editor.getString(false, L"5: ").text, L"last");
+  EXPECT_EQ(editor.getString(false, L"6: ").status, InputStatus::kCancel);
+  EXPECT_EQ(host.fakeEditor().prompts(),
+            (std::vector<std::wstring>{L"1: ", L"2: ", L"3: ", L"4: ", L"5: ", L"6: "}));
+  EXPECT_EQ(host.transcript(), L"1: a\n2: b c\n3: d\n4: \n5: last\n6: *Cancel*\n");
+}
+
+TEST(FakeEditorTest, PrintGoesToTheTranscriptAmongThePrompts) {
+  FakeHost host;
+  host.answers({L"Bob"});
+  host.editor().print(L"Hello.\n");
+  host.editor().print(L"No newline");
+  (void)host.editor().getString(true, L"\nName: ");
+  host.editor().print(L"Done.\n");
+  EXPECT_EQ(host.transcript(), L"Hello.\nNo newline\nName: Bob\nDone.\n");
+}
+
+TEST(FakeEditorTest, GetPointReadsCoordinatesAndPromptsAgainOnNonsense) {
+  struct Case {
+    std::vector<Answer> script;
+    InputStatus status;
+    host::Point3 point;
+    int prompts;
+  };
+  const Case cases[] = {
+      {{L"1,2"}, InputStatus::kNormal, {1, 2, 0}, 1},
+      {{L"1.5,-2,3"}, InputStatus::kNormal, {1.5, -2, 3}, 1},
+      {{L""}, InputStatus::kNone, {}, 1},
+      {{L"x", L"3,4"}, InputStatus::kNormal, {3, 4, 0}, 2},
+      {{L"1", L"1,2,3,4", L"1,,2", L"5,6"}, InputStatus::kNormal, {5, 6, 0}, 4},
+      {{L"1,y"}, InputStatus::kCancel, {}, 2},  // then the script runs out
+      {{Answer::cancel()}, InputStatus::kCancel, {}, 1},
+      {{Answer::error()}, InputStatus::kError, {}, 1},
+  };
+  for (const Case& c : cases) {
+    FakeHost host;
+    host.answers(c.script);
+    host::PointInput got = host.editor().getPoint(L"Point: ");
+    const std::string what = show(c.script.front().text);
+    EXPECT_EQ(got.status, c.status) << what;
+    if (c.status == InputStatus::kNormal) {
+      EXPECT_EQ(got.point, c.point) << what;
+    }
+    EXPECT_EQ(host.fakeEditor().prompts().size(), static_cast<size_t>(c.prompts)) << what;
+    EXPECT_EQ(host.transcript().find(L"Invalid point.\n") != std::wstring::npos, c.prompts > 1)
+        << what;
+  }
+}
+
+TEST(FakeEditorTest, SelectTakesTheScriptedSelections) {
+  FakeHost host;
+  ObjectId a = host.addEntity(L"AcDbLine");
+  ObjectId b = host.addEntity(L"AcDbCircle");
+  host.selections({{a, b}, Selection::cancel(), std::vector<ObjectId>{}, {b}});
+  struct Expected {
+    InputStatus status;
+    std::vector<ObjectId> ids;
+  };
+  const Expected expected[] = {
+      {InputStatus::kNormal, {a, b}}, {InputStatus::kCancel, {}}, {InputStatus::kNormal, {}},
+      {InputStatus::kNormal, {b}},    {InputStatus::kCancel, {}},  // the script has run out
+  };
+  for (const Expected& e : expected) {
+    host::SelectionInput got = host.editor().select();
+    EXPECT_EQ(got.status, e.status);
+    EXPECT_EQ(got.ids, e.ids);
+  }
+  EXPECT_EQ(host.fakeEditor().selectionsLeft(), 0u);
+  EXPECT_EQ(host.transcript(),
+            L"Select objects: 2 found\nSelect objects: *Cancel*\nSelect objects: 0 found\n"
+            L"Select objects: 1 found\nSelect objects: *Cancel*\n");
+}
+
+TEST(FakeEditorTest, ImpliedSelectionIsReplacedAndLosesErasedObjects) {
+  FakeHost host;
+  ObjectId a = host.addEntity(L"AcDbLine");
+  ObjectId b = host.addEntity(L"AcDbLine");
+  ObjectId c = host.addEntity(L"AcDbLine");
+  host::Editor& editor = host.editor();
+  EXPECT_TRUE(editor.impliedSelection().empty());
+  editor.setImpliedSelection({a, b, c});
+  EXPECT_EQ(editor.impliedSelection(), (std::vector<ObjectId>{a, b, c}));
+  ASSERT_TRUE(host.database().erase(b));
+  EXPECT_EQ(editor.impliedSelection(), (std::vector<ObjectId>{a, c}));
+  editor.setImpliedSelection({c});
+  EXPECT_EQ(editor.impliedSelection(), std::vector<ObjectId>{c});
+  editor.setImpliedSelection({});
+  EXPECT_TRUE(editor.impliedSelection().empty());
+}
+
+struct CommandLog : host::EditorReactor {
+  void commandEnded(std::wstring_view name) override {
+    log.push_back(L"ended " + std::wstring(name));
+  }
+  void commandCancelled(std::wstring_view name) override {
+    log.push_back(L"cancelled " + std::wstring(name));
+  }
+  void commandFailed(std::wstring_view name) override {
+    log.push_back(L"failed " + std::wstring(name));
+  }
+  std::vector<std::wstring> log;
+};
+
+TEST(FakeEditorTest, ReactorsHearOfCommandsUntilRemovedAndCancelsAreCounted) {
+  FakeHost host;
+  ASSERT_TRUE(host.commands().addCommand(L"TAXOR", L"TAXOR_STAT", 0, [] {}));
+  CommandLog first;
+  CommandLog second;
+  host.editor().addReactor(&first);
+  host.editor().addReactor(&second);
+  ASSERT_TRUE(host.runCommand(L"_.taxor_stat"));
+  host.fakeEditor().tellCommandCancelled(L"ERASE");
+  host.fakeEditor().tellCommandFailed(L"MOVE");
+  host.editor().removeReactor(&first);
+  host.fakeEditor().tellCommandEnded(L"COPY");
+  const std::vector<std::wstring> heard = {L"ended TAXOR_STAT", L"cancelled ERASE", L"failed MOVE"};
+  EXPECT_EQ(first.log, heard);
+  EXPECT_EQ(second.log.size(), 4u);
+  EXPECT_EQ(second.log.back(), L"ended COPY");
+
+  EXPECT_EQ(host.fakeEditor().cancelsPosted(), 0);
+  host.editor().postCancel();
+  host.editor().postCancel();
+  EXPECT_EQ(host.fakeEditor().cancelsPosted(), 2);
+}
+
+TEST(FakeDialogsTest, FileDialogsReturnTheScriptedPathOrCancel) {
+  enum class Kind { kOpen, kSave };
+  struct Case {
+    Kind kind;
+    std::vector<fakes::FileAnswer> script;
+    std::wstring default_extension;
+    std::optional<std::wstring> expected;
+  };
+  const Case cases[] = {
+      {Kind::kOpen, {L"/tmp/classes.txt"}, L"", L"/tmp/classes.txt"},
+      {Kind::kOpen, {std::nullopt, L"/tmp/later.txt"}, L"", std::nullopt},
+      {Kind::kOpen, {}, L"", std::nullopt},
+      {Kind::kSave, {L"/tmp/out"}, L"txt", L"/tmp/out.txt"},
+      {Kind::kSave, {L"/tmp/out.csv"}, L"txt", L"/tmp/out.csv"},
+      {Kind::kSave, {L"/tmp/out"}, L"", L"/tmp/out"},
+      {Kind::kSave, {std::nullopt}, L"txt", std::nullopt},
+      {Kind::kSave, {}, L"txt", std::nullopt},
+  };
+  for (const Case& c : cases) {
+    FakeHost host;
+    host.fileAnswers(c.script);
+    std::optional<std::wstring> got = c.kind == Kind::kOpen
+                                          ? host.dialogs().openFile(L"Load", {L"txt"})
+                                          : host.dialogs().saveFile(L"Load", c.default_extension);
+    const std::string what = show(c.expected.value_or(L"cancel"));
+    EXPECT_EQ(got, c.expected) << what;
+    EXPECT_EQ(host.transcript().rfind(L"Load file name: ", 0), 0u) << what;
+    EXPECT_NE(host.transcript().find(got ? L"/tmp/" : L"*Cancel*"), std::wstring::npos) << what;
+  }
+}
+
+TEST(FakeDialogsTest, CheckBoxesTakeTheAnsweredStatesOrStayOnCancel) {
+  struct Case {
+    std::vector<fakes::CheckBoxAnswer> script;
+    bool ok;
+    std::vector<bool> states;
+  };
+  const Case cases[] = {
+      {{std::vector<bool>{true, false}}, true, {true, false}},
+      {{std::vector<bool>{true}}, true, {true, true}},  // the second keeps its state
+      {{std::vector<bool>{false, false, true}}, true, {false, false}},
+      {{std::nullopt}, false, {false, true}},
+      {{}, false, {false, true}},
+  };
+  for (const Case& c : cases) {
+    FakeHost host;
+    host.checkBoxAnswers(c.script);
+    std::vector<host::CheckBox> boxes = {{L"Layer", false}, {L"Color", true}};
+    EXPECT_EQ(host.dialogs().checkBoxes(L"Properties", boxes), c.ok);
+    std::vector<bool> states;
+    for (const host::CheckBox& box : boxes) states.push_back(box.checked);
+    EXPECT_EQ(states, c.states);
+    EXPECT_EQ(boxes[0].label, L"Layer");
+    EXPECT_EQ(host.transcript().find(L"*Cancel*") != std::wstring::npos, !c.ok);
+  }
+  FakeHost host;
+  host.checkBoxAnswers({std::vector<bool>{true, false}});
+  std::vector<host::CheckBox> boxes = {{L"Layer", false}, {L"Color", true}};
+  (void)host.dialogs().checkBoxes(L"Properties", boxes);
+  EXPECT_EQ(host.transcript(), L"Properties\n[x] Layer\n[ ] Color\n");
+}
+
+TEST(FakeDialogsTest, ChooseItemsReturnsTheOfferedItemsAnsweredInSortedOrder) {
+  using Items = std::vector<std::wstring>;
+  struct Case {
+    std::vector<fakes::ItemsAnswer> script;
+    std::optional<Items> expected;
+  };
+  const Case cases[] = {
+      {{Items{L"Water", L"Gas"}}, Items{L"Gas", L"Water"}},
+      {{Items{}}, Items{}},
+      {{Items{L"Steam", L"Gas"}}, Items{L"Gas"}},  // Steam is not offered
+      {{std::nullopt}, std::nullopt},
+      {{}, std::nullopt},
+  };
+  for (const Case& c : cases) {
+    FakeHost host;
+    host.itemAnswers(c.script);
+    EXPECT_EQ(host.dialogs().chooseItems(L"Classes", {L"Water", L"Air", L"Gas"}), c.expected);
+  }
+  FakeHost host;
+  host.itemAnswers({Items{L"Gas"}});
+  (void)host.dialogs().chooseItems(L"Classes", {L"Water", L"Air", L"Gas"});
+  EXPECT_EQ(host.transcript(), L"Classes\n[ ] Air\n[x] Gas\n[ ] Water\n");
+}
+
+TEST(FakeDialogsTest, TextAndMessageBoxesAreRecorded) {
+  FakeHost host;
+  host.dialogs().textBox(L"About", L"TAXOR 0.1");
+  host.dialogs().textBox(L"List", L"a\nb\n");
+  host.dialogs().messageBox(L"TAXOR", L"No file loaded.", host::MessageKind::kError);
+  host.dialogs().messageBox(L"TAXOR", L"Saved.\n", host::MessageKind::kInformation);
+  EXPECT_EQ(host.transcript(),
+            L"About\nTAXOR 0.1\nList\na\nb\nTAXOR: No file loaded.\nTAXOR: Saved.\n");
+  const std::vector<fakes::Message> expected = {
+      {L"TAXOR", L"No file loaded.", host::MessageKind::kError},
+      {L"TAXOR", L"Saved.\n", host::MessageKind::kInformation},
+  };
+  EXPECT_EQ(host.fakeDialogs().messages(), expected);
+}
+
+TEST(FakeDocumentTest, FileNameQueueLockAndDatabase) {
+  FakeHost host;
+  host::Document& doc = host.document();
+  EXPECT_EQ(&doc.database(), &host.database());
+  EXPECT_EQ(&host.database(), static_cast<host::Database*>(&host.fakeDatabase()));
+  EXPECT_EQ(doc.fileName(), L"");
+  host.setFileName(L"/drawings/plan.dwg");
+  EXPECT_EQ(doc.fileName(), L"/drawings/plan.dwg");
+
+  doc.sendStringToExecute(L"_.REGEN\n");
+  doc.sendStringToExecute(L"TAXOR_SEL ");
+  EXPECT_EQ(host.queuedStrings(), (std::vector<std::wstring>{L"_.REGEN\n", L"TAXOR_SEL "}));
+
+  EXPECT_EQ(host.lockDepth(), 0);
+  {
+    host::DocumentLock outer(doc);
+    host::DocumentLock inner(doc);
+    EXPECT_EQ(host.lockDepth(), 2);
+  }
+  EXPECT_EQ(host.lockDepth(), 0);
+  doc.unlock();
+  EXPECT_EQ(host.lockDepth(), -1);  // an unmatched unlock shows
+}
+
+TEST(FakeHostTest, PartsAndResourceDepth) {
+  FakeHost host;
+  EXPECT_EQ(&host.editor(), static_cast<host::Editor*>(&host.fakeEditor()));
+  EXPECT_EQ(&host.dialogs(), static_cast<host::Dialogs*>(&host.fakeDialogs()));
+  EXPECT_EQ(&host.document(), static_cast<host::Document*>(&host.fakeDocument()));
+  EXPECT_EQ(&host.commands(), static_cast<host::CommandStack*>(&host.fakeCommands()));
+  host.pushResourceHandle();
+  host.pushResourceHandle();
+  EXPECT_EQ(host.resourceDepth(), 2);
+  host.popResourceHandle();
+  host.popResourceHandle();
+  EXPECT_EQ(host.resourceDepth(), 0);
+}
+
+TEST(FakeCommandStackTest, CommandsRunByAnySpellingOfTheirName) {
+  FakeHost host;
+  int about = 0;
+  int stat = 0;
+  host::CommandStack& commands = host.commands();
+  const int flags = host::kCommandUsePickSet | host::kCommandRedraw;
+  ASSERT_TRUE(commands.addCommand(L"TAXOR", L"TAXOR_ABOUT", flags, [&] { ++about; }));
+  ASSERT_TRUE(commands.addCommand(L"TAXOR", L"TAXOR_STAT", 0, [&] { ++stat; }));
+  EXPECT_EQ(commands.addCommand(L"OTHER", L"taxor_about", 0, [] {}).code(), base::Code::kInvalid);
+  EXPECT_EQ(commands.commandsOf(L"TAXOR"),
+            (std::vector<std::wstring>{L"TAXOR_ABOUT", L"TAXOR_STAT"}));
+  EXPECT_TRUE(commands.commandsOf(L"OTHER").empty());
+  EXPECT_EQ(host.fakeCommands().flags(L"taxor_about"), flags);
+  EXPECT_EQ(host.fakeCommands().flags(L"NOSUCH"), std::nullopt);
+
+  struct Case {
+    const wchar_t* typed;
+    base::Code expected;
+  };
+  const Case cases[] = {
+      {L"TAXOR_ABOUT", base::Code::kOk},        {L"taxor_about", base::Code::kOk},
+      {L"_TAXOR_ABOUT", base::Code::kOk},       {L"._taxor_about", base::Code::kOk},
+      {L"_.Taxor_About", base::Code::kOk},      {L"TAXOR", base::Code::kNotFound},
+      {L"TAXOR_ABOUTX", base::Code::kNotFound}, {L"", base::Code::kNotFound},
+  };
+  int runs = 0;
+  for (const Case& c : cases) {
+    EXPECT_EQ(host.runCommand(c.typed).code(), c.expected) << show(c.typed);
+    if (c.expected == base::Code::kOk) ++runs;
+    EXPECT_EQ(about, runs) << show(c.typed);
+  }
+  EXPECT_EQ(stat, 0);
+}
+
+TEST(FakeCommandStackTest, RemovedGroupsAreUnknownAndACommandMayRemoveItsOwn) {
+  FakeHost host;
+  host::CommandStack& commands = host.commands();
+  int kept_runs = 0;
+  bool unloaded = false;
+  ASSERT_TRUE(commands.addCommand(L"TAXOR", L"TAXOR_UNLOAD", 0, [&] {
+    commands.removeGroup(L"TAXOR");
+    unloaded = true;
+  }));
+  ASSERT_TRUE(commands.addCommand(L"TAXOR", L"TAXOR_STAT", 0, [] {}));
+  ASSERT_TRUE(commands.addCommand(L"KEEP", L"KEEP_ME", 0, [&] { ++kept_runs; }));
+  CommandLog log;
+  host.editor().addReactor(&log);
+  ASSERT_TRUE(host.runCommand(L"TAXOR_UNLOAD"));
+  EXPECT_TRUE(unloaded);
+  EXPECT_EQ(log.log, std::vector<std::wstring>{L"ended TAXOR_UNLOAD"});
+  EXPECT_TRUE(commands.commandsOf(L"TAXOR").empty());
+  EXPECT_EQ(host.runCommand(L"TAXOR_STAT").code(), base::Code::kNotFound);
+  EXPECT_EQ(commands.commandsOf(L"KEEP"), std::vector<std::wstring>{L"KEEP_ME"});
+  ASSERT_TRUE(host.runCommand(L"KEEP_ME"));
+  EXPECT_EQ(kept_runs, 1);
+  // A removed name can be registered again.
+  EXPECT_TRUE(commands.addCommand(L"TAXOR", L"TAXOR_STAT", 0, [] {}));
+}
+
+}  // namespace
