@@ -10,6 +10,7 @@
 #include "dxf/group_code.h"
 #include "dxf/number_text.h"
 #include "dxf/objects.h"
+#include "dxf/resource_copy.h"
 #include "dxf/sort_entities.h"
 #include "dxf/symbol_tables.h"
 #include "dxf/xrecord.h"
@@ -267,7 +268,7 @@ Status DxfDatabase::setRelativeDrawOrder(const std::vector<ObjectId>& entities) 
     if (!r) return r.status();
     records.push_back(*r);
   }
-  dxf::RecordId model = dxf::findBlockRecord(drawing_, L"*Model_Space");
+  dxf::RecordId model = dxf::modelSpaceBlockRecord(drawing_);
   if (model == dxf::kNoRecord) return Status::unsupported("the drawing has no model-space block record");
   auto table = dxf::ensureSortEntsTable(drawing_, model);
   if (!table) return table.status();
@@ -287,7 +288,7 @@ bool DxfDatabase::hasSymbol(host::SymbolTable table, std::wstring_view name) {
     case host::SymbolTable::kMlineStyle:
       return dxf::findStyle(drawing_, L"ACAD_MLINESTYLE", name) != dxf::kNoRecord;
     case host::SymbolTable::kHatchPattern:
-      return false;
+      return dxf::isPredefinedPattern(name) || pattern(name) != nullptr;
   }
   return false;
 }
@@ -380,6 +381,30 @@ void DxfDatabase::addReactor(host::DatabaseReactor* reactor) { reactors_.push_ba
 
 void DxfDatabase::removeReactor(host::DatabaseReactor* reactor) {
   reactors_.erase(std::remove(reactors_.begin(), reactors_.end(), reactor), reactors_.end());
+}
+
+// --- Resources from other files.
+
+static_assert(host::kResourceBlocks == dxf::resource::kBlocks &&
+              host::kResourceDimensionStyles == dxf::resource::kDimensionStyles &&
+              host::kResourceLayers == dxf::resource::kLayers &&
+              host::kResourceLayouts == dxf::resource::kLayouts &&
+              host::kResourceLinetypes == dxf::resource::kLinetypes &&
+              host::kResourceMLeaderStyles == dxf::resource::kMLeaderStyles &&
+              host::kResourceMlineStyles == dxf::resource::kMlineStyles &&
+              host::kResourcePatterns == dxf::resource::kPatterns &&
+              host::kResourceTextStyles == dxf::resource::kTextStyles);
+
+Result<host::ResourceNames> DxfDatabase::importResources(const std::wstring& path, uint32_t mask,
+                                                         const host::ResourceNames& needed) {
+  return dxf::importResourceFile(drawing_, patterns_, base::toUtf8(path), mask, needed);
+}
+
+const dxf::PatternDefinition* DxfDatabase::pattern(std::wstring_view name) const {
+  for (const dxf::PatternDefinition& known : patterns_) {
+    if (dxf::sameName(known.name, name)) return &known;
+  }
+  return nullptr;
 }
 
 }  // namespace headless

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "dxf/document.h"
+#include "dxf/resource_copy.h"
 #include "host/database.h"
 
 namespace headless {
@@ -51,6 +52,13 @@ class DxfDatabase : public host::Database {
   void addReactor(host::DatabaseReactor* reactor) override;
   void removeReactor(host::DatabaseReactor* reactor) override;
 
+  // --- Resources from other files (see dxf::importResourceFile). Hatch patterns stay in
+  // this object, since a drawing keeps no pattern library.
+  base::Result<host::ResourceNames> importResources(const std::wstring& path, uint32_t mask,
+                                                    const host::ResourceNames& needed) override;
+  // The pattern of that name (case-insensitive) read from a .pat file, or nullptr.
+  const dxf::PatternDefinition* pattern(std::wstring_view name) const;
+
  private:
   base::Result<dxf::RecordId> record(host::ObjectId id, const char* what) const;
   base::Result<dxf::RecordId> dictionaryRecord(host::ObjectId id) const;
@@ -60,6 +68,8 @@ class DxfDatabase : public host::Database {
   std::vector<host::DatabaseReactor*> reactors_;
   // Variables a CAD session has that a DXF header does not keep (CMDECHO...).
   std::map<std::string, host::SysVar, std::less<>> session_vars_;
+  // Hatch patterns read from .pat files by importResources.
+  std::vector<dxf::PatternDefinition> patterns_;
 };
 
 }  // namespace headless
