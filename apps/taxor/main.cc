@@ -24,9 +24,10 @@ constexpr int kExitUsage = 2;
 
 std::string commandList() {
   std::string out = "Commands (typed at the \"Command: \" prompt, case-insensitive):\n";
-  for (const shell::CommandSpec& spec : shell::commandTable()) {
-    std::string name = base::toUtf8(spec.name);
-    out += "  " + name + std::string(name.size() < 22 ? 22 - name.size() : 1, ' ') + spec.help + "\n";
+  for (const shell::CommandSpec& command : shell::commandTable()) {
+    std::string name = base::toUtf8(command.name);
+    out += "  " + name + std::string(name.size() < 22 ? 22 - name.size() : 1, ' ') + command.help +
+           "\n";
   }
   return out;
 }
@@ -34,20 +35,22 @@ std::string commandList() {
 }  // namespace
 
 int main(int argc, char** argv) {
-  CLI::App app{"TAXOR: classify the entities of a DXF drawing and keep their object data.", "taxor"};
+  CLI::App app{"TAXOR: classify the entities of a DXF drawing and keep their object data.",
+               "taxor"};
   app.footer(commandList());
   std::string drawing_path, classes, output;
   std::vector<std::string> scripts, texts;
   bool save_in_place = false;
   bool quiet = false;
-  app.set_version_flag("--version", base::toUtf8(std::wstring(L"taxor ") + shell::productVersion()));
+  app.set_version_flag("--version",
+                       base::toUtf8(std::wstring(L"taxor ") + shell::productVersion()));
   app.add_option("--classes", classes, "load this class-definition file first (TAXOR_LOAD)")
       ->check(CLI::ExistingFile);
   auto* script_option = app.add_option("--script", scripts, "run the commands of this file")
                             ->check(CLI::ExistingFile)
                             ->take_all();
-  auto* text_option = app.add_option("-c", texts, "run this command text (a newline is added)")
-                          ->take_all();
+  auto* text_option =
+      app.add_option("-c", texts, "run this command text (a newline is added)")->take_all();
   auto* out_option = app.add_option("-o,--output", output, "save the drawing to OUT at the end");
   auto* save_option =
       app.add_flag("--save", save_in_place, "save the drawing over DRAWING at the end");

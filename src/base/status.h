@@ -19,7 +19,9 @@ class [[nodiscard]] Status {
  public:
   Status() = default;
   static Status ok() { return Status(); }
-  static Status notFound(std::string message) { return Status(Code::kNotFound, std::move(message)); }
+  static Status notFound(std::string message) {
+    return Status(Code::kNotFound, std::move(message));
+  }
   static Status invalid(std::string message) { return Status(Code::kInvalid, std::move(message)); }
   static Status io(std::string message) { return Status(Code::kIo, std::move(message)); }
   static Status unsupported(std::string message) {
@@ -47,7 +49,7 @@ class [[nodiscard]] Status {
 template <typename T>
 class [[nodiscard]] Result {
  public:
-  Result(T value) : value_(std::move(value)) {}  // NOLINT: implicit by design
+  Result(T value) : value_(std::move(value)) {}          // NOLINT: implicit by design
   Result(Status status) : status_(std::move(status)) {}  // NOLINT: implicit by design
 
   bool isOk() const { return value_.has_value(); }

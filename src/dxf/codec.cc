@@ -326,8 +326,8 @@ size_t Codec::Impl::decodeEscape(std::string_view s, std::wstring& out, bool& cl
       int32_t low = hex4(s.substr(10));
       if (low >= 0xDC00 && low <= 0xDFFF) {
         base::appendWide(0x10000 + ((static_cast<char32_t>(unit) - 0xD800) << 10) +
-                       (static_cast<char32_t>(low) - 0xDC00),
-                   out);
+                             (static_cast<char32_t>(low) - 0xDC00),
+                         out);
         return 14;
       }
     }

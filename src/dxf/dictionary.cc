@@ -56,7 +56,8 @@ void setOwner(Document& doc, RecordId id, Handle owner) {
 
 // Adds the entry naming `handle`; returns the object the entry named before, if the
 // dictionary owned it, for the caller to erase.
-RecordId putEntry(Document& doc, RecordId dict, std::wstring_view key, Handle handle, bool hard_owner) {
+RecordId putEntry(Document& doc, RecordId dict, std::wstring_view key, Handle handle,
+                  bool hard_owner) {
   std::string handle_text = formatHandle(handle);
   int value_code = hard_owner ? 360 : 350;
   RecordEdit edit(doc, dict);
@@ -65,7 +66,8 @@ RecordId putEntry(Document& doc, RecordId dict, std::wstring_view key, Handle ha
   if (at >= 0) {
     const Tag& old = edit.tags()[static_cast<size_t>(at) + 1];
     replaced = doc.byHandle(parseHandle(edit.text(static_cast<size_t>(at) + 1)));
-    if (replaced != kNoRecord && old.code != 360 && ownerOf(doc, replaced) != doc.record(dict).handle) {
+    if (replaced != kNoRecord && old.code != 360 &&
+        ownerOf(doc, replaced) != doc.record(dict).handle) {
       replaced = kNoRecord;  // listed here but owned elsewhere: it stays
     }
     edit.tags()[static_cast<size_t>(at) + 1] = doc.makeTag(value_code, handle_text);
@@ -151,9 +153,9 @@ int dictionaryDuplicateFlag(const Document& doc, RecordId dict) {
 }
 
 base::Result<RecordId> createDictionary(Document& doc, RecordId owner, std::wstring_view key) {
-  return createEntry(doc, owner, key,
-                     {doc.makeTag(0, "DICTIONARY"), doc.makeTag(100, "AcDbDictionary"),
-                      doc.makeTag(281, "1")});
+  return createEntry(
+      doc, owner, key,
+      {doc.makeTag(0, "DICTIONARY"), doc.makeTag(100, "AcDbDictionary"), doc.makeTag(281, "1")});
 }
 
 base::Result<RecordId> createXrecord(Document& doc, RecordId owner, std::wstring_view key) {

@@ -10,9 +10,7 @@
 
 namespace dxf {
 
-namespace {
-
-}  // namespace
+namespace {}  // namespace
 
 std::string_view Document::type(RecordId id) const {
   auto record_tags = tags(id);
@@ -64,12 +62,14 @@ void Document::setTags(RecordId id, std::span<const Tag> tags) {
   auto count = static_cast<uint32_t>(tags.size());
   // Edits mostly touch the record made or changed last; growing it where it lies keeps the
   // store from filling with abandoned copies.
-  if (r.tag_count == 0 || (count > r.tag_count && !tags_.growInPlace(r.first_tag, r.tag_count, count))) {
+  if (r.tag_count == 0 ||
+      (count > r.tag_count && !tags_.growInPlace(r.first_tag, r.tag_count, count))) {
     r.first_tag = tags_.allocate(count);
   }
   r.tag_count = count;
   r.changed = true;
-  if (count > 0) std::memmove(tags_.range(r.first_tag, count).data(), tags.data(), count * sizeof(Tag));
+  if (count > 0)
+    std::memmove(tags_.range(r.first_tag, count).data(), tags.data(), count * sizeof(Tag));
 }
 
 RecordId Document::newRecord(std::span<const Tag> tags) {
@@ -133,7 +133,8 @@ void Document::indexHandle(RecordId id, Handle handle) {
   if (handles_.empty() || handles_.back().first < handle) {
     handles_.push_back(entry);
   } else {
-    auto it = std::lower_bound(handles_.begin(), handles_.end(), std::make_pair(handle, RecordId{0}));
+    auto it =
+        std::lower_bound(handles_.begin(), handles_.end(), std::make_pair(handle, RecordId{0}));
     if (it != handles_.end() && it->first == handle) {
       it->second = id;
     } else {
@@ -348,7 +349,8 @@ base::Status Document::buildStructure(const std::string& name) {
         if (valueKind(tag.code) == ValueKind::kString && !base::isValidUtf8(text(tag))) {
           uint32_t at = format_ == Format::kAscii ? tag.value.pos : records_[id].raw_begin;
           return base::Status::invalid(placeOf(name, at) + "group code " +
-                                       std::to_string(tag.code) + " holds bytes that are not UTF-8");
+                                       std::to_string(tag.code) +
+                                       " holds bytes that are not UTF-8");
         }
       }
     }

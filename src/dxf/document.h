@@ -93,7 +93,9 @@ class Document {
   double realValue(RecordId id, int code, double fallback) const;
 
   // --- Changes.
-  Tag makeTag(int code, std::string_view raw_text) { return {static_cast<int16_t>(code), text_.add(raw_text)}; }
+  Tag makeTag(int code, std::string_view raw_text) {
+    return {static_cast<int16_t>(code), text_.add(raw_text)};
+  }
   Tag makeTag(int code, double value);
   Tag makeTag(int code, int64_t value);
   // Replaces all tags of `id` (in place when they fit); the record is written from its tags

@@ -88,16 +88,25 @@ std::string parseEmbedded(std::wstring_view inside, LinetypeElement& element) {
     std::wstring_view value = field.substr(eq + 1);
     bool ok = true;
     switch (key[0]) {
-      case L'S': ok = parseReal(value, element.scale); break;
-      case L'X': ok = parseReal(value, element.x_offset); break;
-      case L'Y': ok = parseReal(value, element.y_offset); break;
+      case L'S':
+        ok = parseReal(value, element.scale);
+        break;
+      case L'X':
+        ok = parseReal(value, element.x_offset);
+        break;
+      case L'Y':
+        ok = parseReal(value, element.y_offset);
+        break;
       case L'R':
-      case L'U': ok = parseAngle(value, element.rotation_deg); break;
+      case L'U':
+        ok = parseAngle(value, element.rotation_deg);
+        break;
       case L'A':
         ok = parseAngle(value, element.rotation_deg);
         element.absolute_rotation = true;
         break;
-      default: return "unknown parameter " + quoted(key) + " in a complex element";
+      default:
+        return "unknown parameter " + quoted(key) + " in a complex element";
     }
     if (!ok) return quoted(value) + " is not a number";
   }
@@ -148,7 +157,8 @@ base::Result<std::vector<LinetypeDefinition>> parseLinetypeFile(std::string_view
     if (text.empty() || text.front() == L';') continue;
     if (text.front() == L'*') {
       if (pending_line != 0) {
-        return lineError(name, pending_line, "linetype " + quoted(pending.name) + " has no pattern line");
+        return lineError(name, pending_line,
+                         "linetype " + quoted(pending.name) + " has no pattern line");
       }
       text.remove_prefix(1);
       size_t comma = text.find(L',');
@@ -168,11 +178,13 @@ base::Result<std::vector<LinetypeDefinition>> parseLinetypeFile(std::string_view
       return lineError(name, line.number, error);
     }
     // CAD programs take the first definition of a name.
-    if (seen.insert(resource_detail::upper(pending.name)).second) defs.push_back(std::move(pending));
+    if (seen.insert(resource_detail::upper(pending.name)).second)
+      defs.push_back(std::move(pending));
     pending_line = 0;
   }
   if (pending_line != 0) {
-    return lineError(name, pending_line, "linetype " + quoted(pending.name) + " has no pattern line");
+    return lineError(name, pending_line,
+                     "linetype " + quoted(pending.name) + " has no pattern line");
   }
   return defs;
 }
@@ -187,7 +199,8 @@ base::Result<RecordId> addLinetype(Document& doc, const LinetypeDefinition& def)
   bool r12 = doc.isR12();
   Span table = doc.addTable("LTYPE");
   std::vector<Tag> tags = {doc.makeTag(0, "LTYPE")};
-  if (resource_detail::usesHandles(doc)) tags.push_back(doc.makeTag(5, formatHandle(doc.allocateHandle())));
+  if (resource_detail::usesHandles(doc))
+    tags.push_back(doc.makeTag(5, formatHandle(doc.allocateHandle())));
   if (!r12) {
     tags.push_back(doc.makeTag(330, formatHandle(doc.record(table.head).handle)));
     tags.push_back(doc.makeTag(100, "AcDbSymbolTableRecord"));

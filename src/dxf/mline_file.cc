@@ -37,11 +37,21 @@ std::string apply(MlineStyleDefinition& def, std::optional<int>& declared, int c
   auto integer = [&](int& out) { return parseInteger(value, out); };
   bool ok = true;
   switch (code) {
-    case 2: def.name = trim(value); break;
-    case 3: def.description = value; break;
-    case 70: ok = integer(def.flags); break;
-    case 51: ok = number(def.start_angle); break;
-    case 52: ok = number(def.end_angle); break;
+    case 2:
+      def.name = trim(value);
+      break;
+    case 3:
+      def.description = value;
+      break;
+    case 70:
+      ok = integer(def.flags);
+      break;
+    case 51:
+      ok = number(def.start_angle);
+      break;
+    case 52:
+      ok = number(def.end_angle);
+      break;
     case 71: {
       int count = 0;
       ok = integer(count) && count >= 0;
@@ -60,7 +70,8 @@ std::string apply(MlineStyleDefinition& def, std::optional<int>& declared, int c
       if (def.elements.empty()) return "a linetype (code 6) before the first offset (code 49)";
       def.elements.back().linetype = trim(value);
       break;
-    default: break;  // codes of later releases (true colours...) carry nothing needed here
+    default:
+      break;  // codes of later releases (true colours...) carry nothing needed here
   }
   if (!ok) return quoted(value) + " is not a valid value for group code " + std::to_string(code);
   return {};
@@ -84,7 +95,8 @@ base::Result<std::vector<MlineStyleDefinition>> parseMlineFile(std::string_view 
   };
   while (codeDue()) {
     if (!isHeader(lines[i].text)) {
-      return lineError(name, lines[i].number, "expected MLSTYLE, not " + quoted(trim(lines[i].text)));
+      return lineError(name, lines[i].number,
+                       "expected MLSTYLE, not " + quoted(trim(lines[i].text)));
     }
     int header_line = lines[i++].number;
     MlineStyleDefinition def;
@@ -105,19 +117,23 @@ base::Result<std::vector<MlineStyleDefinition>> parseMlineFile(std::string_view 
         }
         continue;
       }
-      if (i >= lines.size()) return lineError(name, code_line, "group code " + std::to_string(code) + " has no value");
+      if (i >= lines.size())
+        return lineError(name, code_line, "group code " + std::to_string(code) + " has no value");
       std::string error = apply(def, declared, code, lines[i].text);
       if (!error.empty()) return lineError(name, lines[i].number, error);
       ++i;
     }
-    if (def.name.empty()) return lineError(name, header_line, "a multiline style needs a name (code 2)");
+    if (def.name.empty())
+      return lineError(name, header_line, "a multiline style needs a name (code 2)");
     if (def.elements.empty()) {
-      return lineError(name, header_line, "multiline style " + quoted(def.name) + " has no elements");
+      return lineError(name, header_line,
+                       "multiline style " + quoted(def.name) + " has no elements");
     }
     if (declared && *declared != static_cast<int>(def.elements.size())) {
       return lineError(name, header_line,
-                       "multiline style " + quoted(def.name) + " declares " + std::to_string(*declared) +
-                           " elements but defines " + std::to_string(def.elements.size()));
+                       "multiline style " + quoted(def.name) + " declares " +
+                           std::to_string(*declared) + " elements but defines " +
+                           std::to_string(def.elements.size()));
     }
     if (seen.insert(resource_detail::upper(def.name)).second) defs.push_back(std::move(def));
   }
@@ -127,7 +143,8 @@ base::Result<std::vector<MlineStyleDefinition>> parseMlineFile(std::string_view 
 base::Result<RecordId> addMlineStyle(Document& doc, const MlineStyleDefinition& def) {
   if (base::Status status = requireObjects(doc); !status) return status;
   if (def.name.empty() || def.elements.empty()) {
-    return base::Status::invalid("multiline style " + quoted(def.name) + " needs a name and elements");
+    return base::Status::invalid("multiline style " + quoted(def.name) +
+                                 " needs a name and elements");
   }
   if (RecordId existing = findStyle(doc, L"ACAD_MLINESTYLE", def.name); existing != kNoRecord) {
     return existing;
@@ -135,14 +152,18 @@ base::Result<RecordId> addMlineStyle(Document& doc, const MlineStyleDefinition& 
   auto dict = resource_detail::ensureRootEntry(doc, L"ACAD_MLINESTYLE");
   if (!dict) return dict.status();
   std::string owner = formatHandle(doc.record(*dict).handle);
-  std::vector<Tag> tags = {doc.makeTag(0, "MLINESTYLE"), doc.makeTag(102, "{ACAD_REACTORS"),
-                           doc.makeTag(330, owner), doc.makeTag(102, "}"),
-                           doc.makeTag(330, owner), doc.makeTag(100, "AcDbMlineStyle"),
+  std::vector<Tag> tags = {doc.makeTag(0, "MLINESTYLE"),
+                           doc.makeTag(102, "{ACAD_REACTORS"),
+                           doc.makeTag(330, owner),
+                           doc.makeTag(102, "}"),
+                           doc.makeTag(330, owner),
+                           doc.makeTag(100, "AcDbMlineStyle"),
                            doc.makeTag(2, doc.codec().encode(def.name)),
                            doc.makeTag(70, int64_t{def.flags}),
                            doc.makeTag(3, doc.codec().encode(def.description)),
                            doc.makeTag(62, int64_t{def.fill_color}),
-                           doc.makeTag(51, def.start_angle), doc.makeTag(52, def.end_angle),
+                           doc.makeTag(51, def.start_angle),
+                           doc.makeTag(52, def.end_angle),
                            doc.makeTag(71, static_cast<int64_t>(def.elements.size()))};
   for (const MlineStyleElement& element : def.elements) {
     std::wstring linetype = element.linetype;

@@ -72,8 +72,7 @@ base::Result<RecordId> appendObject(Document& doc, std::vector<Tag> tags, Handle
     objects = doc.addSection("OBJECTS");
     // A drawing without OBJECTS still needs its root dictionary, owned by nobody.
     Tag root[] = {doc.makeTag(0, "DICTIONARY"), doc.makeTag(5, formatHandle(doc.allocateHandle())),
-                  doc.makeTag(330, "0"), doc.makeTag(100, "AcDbDictionary"),
-                  doc.makeTag(281, "1")};
+                  doc.makeTag(330, "0"), doc.makeTag(100, "AcDbDictionary"), doc.makeTag(281, "1")};
     doc.insertBefore(objects.tail, doc.newRecord(root));
   }
   if (handle == 0) handle = doc.allocateHandle();
@@ -118,10 +117,11 @@ base::Result<RecordId> ensureExtensionDictionary(Document& doc, RecordId id) {
   }
   edit.commit();
   std::string owner = formatHandle(doc.record(id).handle);
-  return appendObject(doc,
-                      {doc.makeTag(0, "DICTIONARY"), doc.makeTag(330, owner),
-                       doc.makeTag(100, "AcDbDictionary"), doc.makeTag(280, "1"), doc.makeTag(281, "1")},
-                      dict_handle_value);
+  return appendObject(
+      doc,
+      {doc.makeTag(0, "DICTIONARY"), doc.makeTag(330, owner), doc.makeTag(100, "AcDbDictionary"),
+       doc.makeTag(280, "1"), doc.makeTag(281, "1")},
+      dict_handle_value);
 }
 
 bool releaseExtensionDictionary(Document& doc, RecordId id) {

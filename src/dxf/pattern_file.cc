@@ -19,18 +19,20 @@ std::string quoted(std::wstring_view text) { return "'" + base::toUtf8(text) + "
 
 // SOLID and the patterns of acad.pat, which CAD programs know without loading a file.
 constexpr std::wstring_view kPredefinedPatterns[] = {
-    L"SOLID", L"ANGLE", L"ANSI31", L"ANSI32", L"ANSI33", L"ANSI34", L"ANSI35", L"ANSI36",
-    L"ANSI37", L"ANSI38", L"AR-B816", L"AR-B816C", L"AR-B88", L"AR-BRELM", L"AR-BRSTD",
-    L"AR-CONC", L"AR-HBONE", L"AR-PARQ1", L"AR-RROOF", L"AR-RSHKE", L"AR-SAND", L"BOX",
-    L"BRASS", L"BRICK", L"BRSTONE", L"CLAY", L"CORK", L"CROSS", L"DASH", L"DOLMIT", L"DOTS",
-    L"EARTH", L"ESCHER", L"FLEX", L"GOST_GLASS", L"GOST_WOOD", L"GOST_GROUND", L"GRASS",
-    L"GRATE", L"GRAVEL", L"HEX", L"HONEY", L"HOUND", L"INSUL", L"ISO02W100", L"ISO03W100",
-    L"ISO04W100", L"ISO05W100", L"ISO06W100", L"ISO07W100", L"ISO08W100", L"ISO09W100",
-    L"ISO10W100", L"ISO11W100", L"ISO12W100", L"ISO13W100", L"ISO14W100", L"ISO15W100",
-    L"JIS_LC_20", L"JIS_LC_20A", L"JIS_LC_8", L"JIS_LC_8A", L"JIS_RC_10", L"JIS_RC_15",
-    L"JIS_RC_18", L"JIS_RC_30", L"JIS_STN_1E", L"JIS_STN_2.5", L"JIS_WOOD", L"LINE", L"MUDST",
-    L"NET", L"NET3", L"PLAST", L"PLASTI", L"SACNCR", L"SQUARE", L"STARS", L"STEEL", L"SWAMP",
-    L"TRANS", L"TRIANG", L"ZIGZAG"};
+    L"SOLID",       L"ANGLE",       L"ANSI31",    L"ANSI32",    L"ANSI33",     L"ANSI34",
+    L"ANSI35",      L"ANSI36",      L"ANSI37",    L"ANSI38",    L"AR-B816",    L"AR-B816C",
+    L"AR-B88",      L"AR-BRELM",    L"AR-BRSTD",  L"AR-CONC",   L"AR-HBONE",   L"AR-PARQ1",
+    L"AR-RROOF",    L"AR-RSHKE",    L"AR-SAND",   L"BOX",       L"BRASS",      L"BRICK",
+    L"BRSTONE",     L"CLAY",        L"CORK",      L"CROSS",     L"DASH",       L"DOLMIT",
+    L"DOTS",        L"EARTH",       L"ESCHER",    L"FLEX",      L"GOST_GLASS", L"GOST_WOOD",
+    L"GOST_GROUND", L"GRASS",       L"GRATE",     L"GRAVEL",    L"HEX",        L"HONEY",
+    L"HOUND",       L"INSUL",       L"ISO02W100", L"ISO03W100", L"ISO04W100",  L"ISO05W100",
+    L"ISO06W100",   L"ISO07W100",   L"ISO08W100", L"ISO09W100", L"ISO10W100",  L"ISO11W100",
+    L"ISO12W100",   L"ISO13W100",   L"ISO14W100", L"ISO15W100", L"JIS_LC_20",  L"JIS_LC_20A",
+    L"JIS_LC_8",    L"JIS_LC_8A",   L"JIS_RC_10", L"JIS_RC_15", L"JIS_RC_18",  L"JIS_RC_30",
+    L"JIS_STN_1E",  L"JIS_STN_2.5", L"JIS_WOOD",  L"LINE",      L"MUDST",      L"NET",
+    L"NET3",        L"PLAST",       L"PLASTI",    L"SACNCR",    L"SQUARE",     L"STARS",
+    L"STEEL",       L"SWAMP",       L"TRANS",     L"TRIANG",    L"ZIGZAG"};
 
 // Parses one definition line; returns an empty string or what is wrong.
 std::string parseLine(std::wstring_view text, PatternLine& out) {
@@ -50,8 +52,8 @@ std::string parseLine(std::wstring_view text, PatternLine& out) {
   if (numbers.size() < 5) {
     return "a definition line needs angle, x-origin, y-origin, delta-x and delta-y";
   }
-  out = {numbers[0], numbers[1], numbers[2], numbers[3], numbers[4],
-         std::vector<double>(numbers.begin() + 5, numbers.end())};
+  out = {numbers[0], numbers[1], numbers[2],
+         numbers[3], numbers[4], std::vector<double>(numbers.begin() + 5, numbers.end())};
   return {};
 }
 
@@ -71,10 +73,12 @@ base::Result<std::vector<PatternDefinition>> parsePatternFile(std::string_view b
   auto finish = [&]() -> base::Status {
     if (header_line == 0) return base::Status::ok();
     if (current.lines.empty()) {
-      return lineError(name, header_line, "pattern " + quoted(current.name) + " has no definition lines");
+      return lineError(name, header_line,
+                       "pattern " + quoted(current.name) + " has no definition lines");
     }
     // CAD programs take the first definition of a name.
-    if (seen.insert(resource_detail::upper(current.name)).second) defs.push_back(std::move(current));
+    if (seen.insert(resource_detail::upper(current.name)).second)
+      defs.push_back(std::move(current));
     return base::Status::ok();
   };
   for (const resource_detail::SourceLine& line : resource_detail::splitLines(bytes)) {
@@ -88,7 +92,8 @@ base::Result<std::vector<PatternDefinition>> parsePatternFile(std::string_view b
       current = {};
       current.name = trim(text.substr(0, comma));
       if (comma != std::wstring_view::npos) current.description = trim(text.substr(comma + 1));
-      if (current.name.empty()) return lineError(name, line.number, "a pattern needs a name after '*'");
+      if (current.name.empty())
+        return lineError(name, line.number, "a pattern needs a name after '*'");
       header_line = line.number;
       continue;
     }

@@ -125,8 +125,8 @@ base::Status DocumentBuilder::readAscii() {
       seen_code0 = true;
     }
     if (!readLine(value)) {
-      return errorAt(line, "group code " + std::to_string(code) +
-                               " has no value line; the file is truncated");
+      return errorAt(
+          line, "group code " + std::to_string(code) + " has no value line; the file is truncated");
     }
     ValueKind kind = valueKind(code);
     if (isNumeric(kind) && !isValidNumber(kind, value)) {
@@ -134,7 +134,8 @@ base::Status DocumentBuilder::readAscii() {
                                    quoted(value));
     }
     beginRecordIfNeeded(code, static_cast<uint32_t>(code_pos));
-    pushTag(code, {static_cast<uint32_t>(value.data() - data), static_cast<uint32_t>(value.size())});
+    pushTag(code,
+            {static_cast<uint32_t>(value.data() - data), static_cast<uint32_t>(value.size())});
     if (code == 0) seen_eof = isEofRecord();
     line += 2;
   }

@@ -46,7 +46,9 @@ int RecordEdit::findInSubclass(std::string_view marker, int code) const {
   return -1;
 }
 
-size_t RecordEdit::endOfSubclass(std::string_view marker) const { return subclassRange(marker).second; }
+size_t RecordEdit::endOfSubclass(std::string_view marker) const {
+  return subclassRange(marker).second;
+}
 
 void RecordEdit::setText(size_t index, std::string_view raw) {
   tags_[index] = doc_.makeTag(tags_[index].code, raw);

@@ -36,15 +36,17 @@ bool laterThanR12(int code, std::string_view type) {
     return true;
   }
   // R12 linetypes hold plain dashes only.
-  return type == "LTYPE" && (code == 74 || code == 75 || code == 46 || code == 50 ||
-                             code == 44 || code == 45 || code == 9);
+  return type == "LTYPE" && (code == 74 || code == 75 || code == 46 || code == 50 || code == 44 ||
+                             code == 45 || code == 9);
 }
 
 // Writes the planned records into the target.
 class Writer {
  public:
   Writer(Document& target, const Document& source, CopyPlan& plan)
-      : target_(target), source_(source), plan_(plan),
+      : target_(target),
+        source_(source),
+        plan_(plan),
         downgrade_(target.isR12() && !source.isR12()),
         same_codec_(target.codec().name() == source.codec().name()) {}
 
@@ -74,7 +76,8 @@ std::vector<Tag> Writer::transform(const CopyPlan::Item& item) {
   std::string_view type = source_.type(r);
   auto tags = source_.tags(r);
   Handle own = plan_.newHandle(r);
-  bool renames_block = type == "BLOCK" || type == "BLOCK_RECORD" || resource_detail::namesBlock(type);
+  bool renames_block =
+      type == "BLOCK" || type == "BLOCK_RECORD" || resource_detail::namesBlock(type);
   int handle_code = handleCode(type);
   bool has_handle = false;
   for (size_t i = 1; i < tags.size() && tags[i].code != 100 && tags[i].code != 102; ++i) {
@@ -185,8 +188,8 @@ base::Status Writer::write() {
 
 }  // namespace
 
-base::Result<ResourceNameMap> copyResources(Document& target, const Document& source,
-                                            uint32_t mask, const ResourceNameMap& needed) {
+base::Result<ResourceNameMap> copyResources(Document& target, const Document& source, uint32_t mask,
+                                            const ResourceNameMap& needed) {
   auto needs = [&](uint32_t kind) {
     auto it = needed.find(kind);
     return (mask & kind) && it != needed.end() && !it->second.empty();

@@ -49,8 +49,8 @@ using ResourceNameMap = std::map<uint32_t, std::vector<std::wstring>>;
 // source is R12 and the target is not (its records lack what later formats require).
 // An R12 target gets what its format holds: records lose subclass markers, pointers and
 // later codes, and entities that R12 does not know (LWPOLYLINE, MTEXT...) are left out.
-base::Result<ResourceNameMap> copyResources(Document& target, const Document& source,
-                                            uint32_t mask, const ResourceNameMap& needed);
+base::Result<ResourceNameMap> copyResources(Document& target, const Document& source, uint32_t mask,
+                                            const ResourceNameMap& needed);
 
 // Reads a drawing to take resources from: DXF directly; DWG and DWT through the program
 // that the environment variable TAXOR_DWG_CONVERTER names, run as

@@ -271,8 +271,8 @@ base::Result<Document> loadDrawingForResources(const std::string& path) {
   std::string dir_template =
       (std::filesystem::temp_directory_path(ec) / "taxor-dwg-XXXXXX").string();
   if (mkdtemp(dir_template.data()) == nullptr) {
-    return base::Status::io("cannot read '" + path + "': cannot make a temporary folder: " +
-                            std::strerror(errno));
+    return base::Status::io("cannot read '" + path +
+                            "': cannot make a temporary folder: " + std::strerror(errno));
   }
   std::string output = dir_template + "/converted.dxf";
   auto convert = [&]() -> base::Result<Document> {
@@ -282,7 +282,8 @@ base::Result<Document> loadDrawingForResources(const std::string& path) {
     if (exit_code > 0) {
       return base::Status::io(prefix + " failed with exit code " + std::to_string(exit_code));
     }
-    if (!std::filesystem::is_regular_file(output)) return base::Status::io(prefix + " wrote no DXF file");
+    if (!std::filesystem::is_regular_file(output))
+      return base::Status::io(prefix + " wrote no DXF file");
     auto doc = Document::load(output);
     if (!doc) return doc.status().withContext("cannot read '" + path + "' as converted to DXF");
     return doc;

@@ -57,7 +57,14 @@ bool isPointer(int code);
 bool namesBlock(std::string_view type);
 
 enum class Named : uint8_t {
-  kLayer, kLinetype, kTextStyle, kDimStyle, kAppId, kBlock, kMlineStyle, kMLeaderStyle
+  kLayer,
+  kLinetype,
+  kTextStyle,
+  kDimStyle,
+  kAppId,
+  kBlock,
+  kMlineStyle,
+  kMLeaderStyle
 };
 
 // The records of `source` that a copy into `target` takes, in the order they are written,
@@ -127,7 +134,7 @@ class CopyPlan {
   std::unordered_map<RecordId, Handle> new_handle_;
   std::unordered_map<Handle, RecordId> queued_by_handle_;
   std::unordered_map<std::wstring, std::wstring> block_rename_;  // upper-case old -> new
-  std::unordered_set<std::wstring> target_blocks_;                // upper-case
+  std::unordered_set<std::wstring> target_blocks_;               // upper-case
   bool target_blocks_read_ = false;
   std::unordered_map<RecordId, Handle> counterparts_;
 };

@@ -15,12 +15,18 @@ namespace {
 
 const char* tableOf(Named kind) {
   switch (kind) {
-    case Named::kLayer: return "LAYER";
-    case Named::kLinetype: return "LTYPE";
-    case Named::kTextStyle: return "STYLE";
-    case Named::kDimStyle: return "DIMSTYLE";
-    case Named::kAppId: return "APPID";
-    default: return nullptr;
+    case Named::kLayer:
+      return "LAYER";
+    case Named::kLinetype:
+      return "LTYPE";
+    case Named::kTextStyle:
+      return "STYLE";
+    case Named::kDimStyle:
+      return "DIMSTYLE";
+    case Named::kAppId:
+      return "APPID";
+    default:
+      return nullptr;
   }
 }
 
@@ -28,8 +34,8 @@ const wchar_t* dictionaryOf(Named kind) {
   return kind == Named::kMlineStyle ? L"ACAD_MLINESTYLE" : L"ACAD_MLEADERSTYLE";
 }
 
-constexpr const char* kTables[] = {"VPORT", "LTYPE", "LAYER", "STYLE", "VIEW",
-                                   "UCS", "APPID", "DIMSTYLE", "BLOCK_RECORD"};
+constexpr const char* kTables[] = {"VPORT", "LTYPE", "LAYER",    "STYLE",       "VIEW",
+                                   "UCS",   "APPID", "DIMSTYLE", "BLOCK_RECORD"};
 
 // Pointers that make their target part of the copy when the target drawing lacks it.
 bool isHardPointer(int code) {
@@ -51,9 +57,9 @@ bool isDimensionLike(std::string_view type) {
 
 bool knownToR12(std::string_view type) {
   static const std::set<std::string_view> kTypes = {
-      "LINE", "POINT", "CIRCLE", "ARC", "TRACE", "SOLID", "TEXT", "SHAPE", "BLOCK", "ENDBLK",
-      "INSERT", "ATTDEF", "ATTRIB", "POLYLINE", "VERTEX", "SEQEND", "3DFACE", "VIEWPORT",
-      "DIMENSION"};
+      "LINE",   "POINT",  "CIRCLE", "ARC",      "TRACE",    "SOLID",  "TEXT",
+      "SHAPE",  "BLOCK",  "ENDBLK", "INSERT",   "ATTDEF",   "ATTRIB", "POLYLINE",
+      "VERTEX", "SEQEND", "3DFACE", "VIEWPORT", "DIMENSION"};
   return kTypes.contains(type);
 }
 
@@ -77,7 +83,9 @@ bool namesBlock(std::string_view type) {
 }
 
 CopyPlan::CopyPlan(Document& target, const Document& source)
-    : target_(target), source_(source), downgrade_(target.isR12() && !source.isR12()),
+    : target_(target),
+      source_(source),
+      downgrade_(target.isR12() && !source.isR12()),
       handles_(usesHandles(target)) {
   indexSource();
 }
@@ -151,7 +159,8 @@ void CopyPlan::push(RecordId r, Place place, std::string table) {
 void CopyPlan::enqueueNamed(Named kind, std::wstring_view name) {
   if (name.empty()) return;
   if (kind == Named::kBlock) return enqueueBlock(name);
-  if (kind == Named::kLinetype && (sameName(name, L"BYLAYER") || sameName(name, L"BYBLOCK"))) return;
+  if (kind == Named::kLinetype && (sameName(name, L"BYLAYER") || sameName(name, L"BYBLOCK")))
+    return;
   if (targetHas(kind, name)) return;
   RecordId r = kNoRecord;
   if (kind == Named::kMlineStyle || kind == Named::kMLeaderStyle) {
@@ -207,7 +216,8 @@ std::wstring CopyPlan::freeAnonymousName(std::wstring_view old_name) {
     target_blocks_read_ = true;
   }
   size_t digits = old_name.find_first_of(L"0123456789");
-  std::wstring prefix(old_name.substr(0, digits == std::wstring_view::npos ? old_name.size() : digits));
+  std::wstring prefix(
+      old_name.substr(0, digits == std::wstring_view::npos ? old_name.size() : digits));
   for (int n = 1;; ++n) {
     std::wstring candidate = prefix + std::to_wstring(n);
     if (target_blocks_.insert(upper(candidate)).second) return candidate;
@@ -240,7 +250,8 @@ void CopyPlan::scan(const Item& item) {
           (type == "TEXT" || type == "ATTDEF" || type == "ATTRIB" || type == "MTEXT")) {
         enqueueNamed(Named::kTextStyle, name());
       }
-      if (entity && code == 3 && (isDimensionLike(type) || type == "LEADER" || type == "TOLERANCE")) {
+      if (entity && code == 3 &&
+          (isDimensionLike(type) || type == "LEADER" || type == "TOLERANCE")) {
         enqueueNamed(Named::kDimStyle, name());
       }
       if (entity && code == 2 && namesBlock(type)) enqueueNamed(Named::kBlock, name());
@@ -272,7 +283,9 @@ void CopyPlan::followHard(Handle h) {
 Handle CopyPlan::counterpart(RecordId r) {
   if (auto it = counterparts_.find(r); it != counterparts_.end()) return it->second;
   counterparts_[r] = 0;  // ends the search should malformed dictionaries list each other
-  auto handleOf = [&](RecordId id) { return id == kNoRecord ? Handle{0} : target_.record(id).handle; };
+  auto handleOf = [&](RecordId id) {
+    return id == kNoRecord ? Handle{0} : target_.record(id).handle;
+  };
   Handle result = 0;
   std::string_view type = source_.type(r);
   if (type == "TABLE") {

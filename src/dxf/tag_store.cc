@@ -10,7 +10,8 @@ namespace dxf {
 uint32_t TagStore::newChunk(uint64_t count) {
   uint64_t slot_count = std::max<uint64_t>(1, (count + kSlotSize - 1) / kSlotSize);
   uint64_t first = uint64_t{slots_.size()} << kSlotBits;
-  if (first + slot_count * kSlotSize > UINT32_MAX) throw std::length_error("drawing has too many tags");
+  if (first + slot_count * kSlotSize > UINT32_MAX)
+    throw std::length_error("drawing has too many tags");
   // Tag is an aggregate, so the allocation holds Tag objects as soon as they are written.
   auto* base = static_cast<Tag*>(std::malloc(slot_count * kSlotSize * sizeof(Tag)));
   if (base == nullptr) throw std::bad_alloc();
@@ -41,7 +42,8 @@ uint32_t TagStore::append(uint32_t run_first, const Tag& tag) {
     uint64_t want = run_length + 1 > kSlotSize / 2 ? uint64_t{run_length} * 2 + 1 : kSlotSize;
     Tag* old_place = run_length == 0 ? nullptr : range(run_first, run_length).data();
     run_first = newChunk(want);
-    if (run_length > 0) std::memcpy(range(run_first, run_length).data(), old_place, run_length * sizeof(Tag));
+    if (run_length > 0)
+      std::memcpy(range(run_first, run_length).data(), old_place, run_length * sizeof(Tag));
     used_ = run_first + run_length;
   }
   range(used_, 1)[0] = tag;

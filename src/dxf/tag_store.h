@@ -27,11 +27,13 @@ class TagStore {
 
   // Requires: [first, first + count) was handed out by this store.
   std::span<Tag> range(uint32_t first, uint32_t count) {
-    return count == 0 ? std::span<Tag>() : std::span<Tag>(slots_[first >> kSlotBits] + (first & kSlotMask), count);
+    return count == 0 ? std::span<Tag>()
+                      : std::span<Tag>(slots_[first >> kSlotBits] + (first & kSlotMask), count);
   }
   std::span<const Tag> range(uint32_t first, uint32_t count) const {
-    return count == 0 ? std::span<const Tag>()
-                      : std::span<const Tag>(slots_[first >> kSlotBits] + (first & kSlotMask), count);
+    return count == 0
+               ? std::span<const Tag>()
+               : std::span<const Tag>(slots_[first >> kSlotBits] + (first & kSlotMask), count);
   }
 
   // Hands out `count` contiguous tags and returns the index of the first.

@@ -1,10 +1,11 @@
 // Writes a drawing back: unchanged records as their original bytes, changed ones from tags.
-#include <cerrno>
-#include <cstdio>
-#include <cstring>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
 
 #include "dxf/document.h"
 #include "dxf/group_code.h"
@@ -179,7 +180,8 @@ void Document::writeTo(Out& out) const {
           size_t n = std::min<size_t>(value.size() / 2, 255);
           out.push_back(static_cast<char>(n));
           for (size_t i = 0; i < n; ++i) {
-            out.push_back(static_cast<char>(hexDigit(value[2 * i]) << 4 | hexDigit(value[2 * i + 1])));
+            out.push_back(
+                static_cast<char>(hexDigit(value[2 * i]) << 4 | hexDigit(value[2 * i + 1])));
           }
           break;
         }
@@ -197,11 +199,13 @@ base::Status Document::save(const std::string& path) const {
   temp_name.push_back('\0');
   int fd = mkstemp(temp_name.data());
   if (fd < 0) {
-    return base::Status::io("cannot create a temporary file in '" + dir + "': " +
-                            std::strerror(errno) + "; check that the folder exists and is writable");
+    return base::Status::io("cannot create a temporary file in '" + dir +
+                            "': " + std::strerror(errno) +
+                            "; check that the folder exists and is writable");
   }
   auto fail = [&](const char* what) {
-    std::string message = std::string(what) + " '" + temp_name.data() + "': " + std::strerror(errno);
+    std::string message =
+        std::string(what) + " '" + temp_name.data() + "': " + std::strerror(errno);
     ::close(fd);
     ::unlink(temp_name.data());
     return base::Status::io(message + "; '" + path + "' was left unchanged");
@@ -225,7 +229,8 @@ base::Status Document::save(const std::string& path) const {
   }
   if (::fsync(fd) != 0) return fail("cannot flush");
   if (::close(fd) != 0) {
-    std::string message = std::string("cannot close '") + temp_name.data() + "': " + std::strerror(errno);
+    std::string message =
+        std::string("cannot close '") + temp_name.data() + "': " + std::strerror(errno);
     ::unlink(temp_name.data());
     return base::Status::io(message + "; '" + path + "' was left unchanged");
   }

@@ -16,10 +16,10 @@ struct TypedValue {
 
   int16_t code = 0;
   Type type = Type::kRaw;
-  std::wstring text;        // kText
+  std::wstring text;          // kText
   double xyz[3] = {0, 0, 0};  // kPoint; kReal uses xyz[0]
-  int32_t integer = 0;      // kInteger
-  std::string raw;          // kRaw: the value as written in the file
+  int32_t integer = 0;        // kInteger
+  std::string raw;            // kRaw: the value as written in the file
 
   static TypedValue ofText(std::wstring value);
   static TypedValue ofPoint(double x, double y, double z);

@@ -77,7 +77,8 @@ Result<ObjectId> DxfDatabase::dictionaryGet(ObjectId dict, std::wstring_view key
   return toId(entry);
 }
 
-Result<std::vector<std::pair<std::wstring, ObjectId>>> DxfDatabase::dictionaryEntries(ObjectId dict) {
+Result<std::vector<std::pair<std::wstring, ObjectId>>> DxfDatabase::dictionaryEntries(
+    ObjectId dict) {
   auto d = dictionaryRecord(dict);
   if (!d) return d.status();
   std::vector<std::pair<std::wstring, ObjectId>> out;
@@ -104,8 +105,8 @@ Result<ObjectId> DxfDatabase::createEntry(ObjectId owner, std::wstring_view key,
   if (dxf::dictionaryHas(drawing_, *d, key)) {
     return Status::invalid("entry '" + base::toUtf8(key) + "' exists already");
   }
-  auto created = xrecord ? dxf::createXrecord(drawing_, *d, key)
-                         : dxf::createDictionary(drawing_, *d, key);
+  auto created =
+      xrecord ? dxf::createXrecord(drawing_, *d, key) : dxf::createDictionary(drawing_, *d, key);
   if (!created) return created.status();
   return toId(*created);
 }
@@ -127,11 +128,21 @@ Result<host::ResBufChain> DxfDatabase::readXrecord(ObjectId xrecord) {
     host::ResBuf rb;
     rb.code = v.code;
     switch (v.type) {
-      case dxf::TypedValue::Type::kText: rb.value = std::move(v.text); break;
-      case dxf::TypedValue::Type::kPoint: rb.value = host::Point3{v.xyz[0], v.xyz[1], v.xyz[2]}; break;
-      case dxf::TypedValue::Type::kReal: rb.value = v.xyz[0]; break;
-      case dxf::TypedValue::Type::kInteger: rb.value = v.integer; break;
-      case dxf::TypedValue::Type::kRaw: rb.value = std::move(v.raw); break;
+      case dxf::TypedValue::Type::kText:
+        rb.value = std::move(v.text);
+        break;
+      case dxf::TypedValue::Type::kPoint:
+        rb.value = host::Point3{v.xyz[0], v.xyz[1], v.xyz[2]};
+        break;
+      case dxf::TypedValue::Type::kReal:
+        rb.value = v.xyz[0];
+        break;
+      case dxf::TypedValue::Type::kInteger:
+        rb.value = v.integer;
+        break;
+      case dxf::TypedValue::Type::kRaw:
+        rb.value = std::move(v.raw);
+        break;
     }
     chain.push_back(std::move(rb));
   }
@@ -269,7 +280,8 @@ Status DxfDatabase::setRelativeDrawOrder(const std::vector<ObjectId>& entities) 
     records.push_back(*r);
   }
   dxf::RecordId model = dxf::modelSpaceBlockRecord(drawing_);
-  if (model == dxf::kNoRecord) return Status::unsupported("the drawing has no model-space block record");
+  if (model == dxf::kNoRecord)
+    return Status::unsupported("the drawing has no model-space block record");
   auto table = dxf::ensureSortEntsTable(drawing_, model);
   if (!table) return table.status();
   return dxf::setRelativeDrawOrder(drawing_, *table, records);
@@ -277,12 +289,16 @@ Status DxfDatabase::setRelativeDrawOrder(const std::vector<ObjectId>& entities) 
 
 bool DxfDatabase::hasSymbol(host::SymbolTable table, std::wstring_view name) {
   switch (table) {
-    case host::SymbolTable::kLayer: return dxf::findTableEntry(drawing_, "LAYER", name) != dxf::kNoRecord;
-    case host::SymbolTable::kLinetype: return dxf::findTableEntry(drawing_, "LTYPE", name) != dxf::kNoRecord;
-    case host::SymbolTable::kTextStyle: return dxf::findTableEntry(drawing_, "STYLE", name) != dxf::kNoRecord;
+    case host::SymbolTable::kLayer:
+      return dxf::findTableEntry(drawing_, "LAYER", name) != dxf::kNoRecord;
+    case host::SymbolTable::kLinetype:
+      return dxf::findTableEntry(drawing_, "LTYPE", name) != dxf::kNoRecord;
+    case host::SymbolTable::kTextStyle:
+      return dxf::findTableEntry(drawing_, "STYLE", name) != dxf::kNoRecord;
     case host::SymbolTable::kDimensionStyle:
       return dxf::findTableEntry(drawing_, "DIMSTYLE", name) != dxf::kNoRecord;
-    case host::SymbolTable::kBlock: return dxf::findBlock(drawing_, name) != dxf::kNoRecord;
+    case host::SymbolTable::kBlock:
+      return dxf::findBlock(drawing_, name) != dxf::kNoRecord;
     case host::SymbolTable::kMLeaderStyle:
       return dxf::findStyle(drawing_, L"ACAD_MLEADERSTYLE", name) != dxf::kNoRecord;
     case host::SymbolTable::kMlineStyle:
@@ -295,7 +311,8 @@ bool DxfDatabase::hasSymbol(host::SymbolTable table, std::wstring_view name) {
 
 Result<host::LayerState> DxfDatabase::layerState(std::wstring_view layer) {
   dxf::RecordId r = dxf::findTableEntry(drawing_, "LAYER", layer);
-  if (r == dxf::kNoRecord) return Status::notFound("layer '" + base::toUtf8(layer) + "' does not exist");
+  if (r == dxf::kNoRecord)
+    return Status::notFound("layer '" + base::toUtf8(layer) + "' does not exist");
   dxf::LayerState state = dxf::layerState(drawing_, r);
   host::LayerState out;
   out.frozen = state.frozen;

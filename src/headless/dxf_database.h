@@ -30,7 +30,8 @@ class DxfDatabase : public host::Database {
   base::Result<std::vector<std::pair<std::wstring, host::ObjectId>>> dictionaryEntries(
       host::ObjectId dict) override;
   base::Status dictionaryRemove(host::ObjectId dict, std::wstring_view key) override;
-  base::Result<host::ObjectId> createDictionary(host::ObjectId owner, std::wstring_view key) override;
+  base::Result<host::ObjectId> createDictionary(host::ObjectId owner,
+                                                std::wstring_view key) override;
   base::Result<host::ObjectId> createXrecord(host::ObjectId owner, std::wstring_view key) override;
   base::Result<host::ResBufChain> readXrecord(host::ObjectId xrecord) override;
   base::Status writeXrecord(host::ObjectId xrecord, const host::ResBufChain& chain) override;
@@ -62,7 +63,8 @@ class DxfDatabase : public host::Database {
  private:
   base::Result<dxf::RecordId> record(host::ObjectId id, const char* what) const;
   base::Result<dxf::RecordId> dictionaryRecord(host::ObjectId id) const;
-  base::Result<host::ObjectId> createEntry(host::ObjectId owner, std::wstring_view key, bool xrecord);
+  base::Result<host::ObjectId> createEntry(host::ObjectId owner, std::wstring_view key,
+                                           bool xrecord);
 
   dxf::Document& drawing_;
   std::vector<host::DatabaseReactor*> reactors_;

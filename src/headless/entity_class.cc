@@ -78,12 +78,12 @@ std::wstring hostEntityClass(const dxf::Document& doc, dxf::RecordId id) {
   if (type == "INSERT") {
     // Several columns or rows make an array insert, a class of its own.
     return doc.intValue(id, 70, 1) > 1 || doc.intValue(id, 71, 1) > 1 ? L"AcDbMInsertBlock"
-                                                                       : L"AcDbBlockReference";
+                                                                      : L"AcDbBlockReference";
   }
   if (type == "DIMENSION") {
     static const wchar_t* const kByType[] = {
-        L"AcDbRotatedDimension", L"AcDbAlignedDimension", L"AcDb2LineAngularDimension",
-        L"AcDbDiametricDimension", L"AcDbRadialDimension", L"AcDb3PointAngularDimension",
+        L"AcDbRotatedDimension",   L"AcDbAlignedDimension", L"AcDb2LineAngularDimension",
+        L"AcDbDiametricDimension", L"AcDbRadialDimension",  L"AcDb3PointAngularDimension",
         L"AcDbOrdinateDimension"};
     int64_t kind = doc.intValue(id, 70, 0) & 7;
     return kind < 7 ? kByType[kind] : L"AcDbDimension";

@@ -18,8 +18,11 @@ std::wstring absolute(const std::wstring& path) {
 }  // namespace
 
 std::optional<std::wstring> HeadlessDialogs::openFile(const std::wstring& title,
-                                                      const std::vector<std::wstring>&) {
-  console_.prompt(title + L" file name: ");
+                                                      const std::vector<std::wstring>&,
+                                                      const std::wstring&) {
+  // No "<default>" is offered: an empty answer is the Cancel button, so that a script can
+  // cancel the dialog.
+  console_.prompt(L"File to open, " + title + L": ");
   host::StringInput answer = console_.readAnswer(true, 4096);
   if (answer.status != host::InputStatus::kNormal || answer.text.empty()) return std::nullopt;
   return absolute(answer.text);
@@ -27,7 +30,7 @@ std::optional<std::wstring> HeadlessDialogs::openFile(const std::wstring& title,
 
 std::optional<std::wstring> HeadlessDialogs::saveFile(const std::wstring& title,
                                                       const std::wstring& default_extension) {
-  console_.prompt(title + L" file name: ");
+  console_.prompt(L"File to save, " + title + L": ");
   host::StringInput answer = console_.readAnswer(true, 4096);
   if (answer.status != host::InputStatus::kNormal || answer.text.empty()) return std::nullopt;
   std::filesystem::path p(answer.text);

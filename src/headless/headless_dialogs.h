@@ -11,10 +11,11 @@ class HeadlessDialogs : public host::Dialogs {
  public:
   explicit HeadlessDialogs(Console& console) : console_(console) {}
 
-  // "TITLE file name: "; a relative path is taken from the working directory; an empty
-  // answer or a cancel is Cancel.
+  // "File to open, TITLE: "; a relative path is taken from the working
+  // directory; an empty answer or a cancel is Cancel, as the dialog's Cancel button.
   std::optional<std::wstring> openFile(const std::wstring& title,
-                                       const std::vector<std::wstring>& extensions) override;
+                                       const std::vector<std::wstring>& extensions,
+                                       const std::wstring& initial) override;
   std::optional<std::wstring> saveFile(const std::wstring& title,
                                        const std::wstring& default_extension) override;
   // One "LABEL [0/1] <state>: " prompt per box; an empty answer keeps the state.

@@ -93,7 +93,8 @@ host::SelectionInput HeadlessEditor::select() {
       add(all.empty() ? all : std::vector<host::ObjectId>{all.back()});
     } else if (word == L"P") {
       add(previous_);
-    } else if (host::ObjectId id = database_.idForHandle(word); id && !database_.entityClass(id).empty()) {
+    } else if (host::ObjectId id = database_.idForHandle(word);
+               id && !database_.entityClass(id).empty()) {
       add({id});
     } else {
       console_.print(L"*Invalid selection*\n");

@@ -11,7 +11,8 @@ namespace headless {
 
 class HeadlessEditor : public host::Editor {
  public:
-  HeadlessEditor(Console& console, DxfDatabase& database) : console_(console), database_(database) {}
+  HeadlessEditor(Console& console, DxfDatabase& database)
+      : console_(console), database_(database) {}
 
   host::StringInput getString(bool allow_spaces, std::wstring_view prompt) override;
   host::PointInput getPoint(std::wstring_view prompt) override;

@@ -1,6 +1,7 @@
 #include "headless/headless_host.h"
 
 #include <algorithm>
+#include <cstdlib>
 #include <cwctype>
 
 #include "base/utf.h"
@@ -39,7 +40,8 @@ base::Status HeadlessHost::addCommand(std::wstring_view group, std::wstring_view
                                       host::CommandFunction function) {
   std::wstring key = upper(name);
   for (const Command& c : commands_) {
-    if (c.name == key) return base::Status::invalid("command " + base::toUtf8(key) + " exists already");
+    if (c.name == key)
+      return base::Status::invalid("command " + base::toUtf8(key) + " exists already");
   }
   commands_.push_back({std::wstring(group), key, flags, std::move(function)});
   return base::Status::ok();
@@ -55,6 +57,18 @@ std::vector<std::wstring> HeadlessHost::commandsOf(std::wstring_view group) cons
     if (c.group == group) out.push_back(c.name);
   }
   return out;
+}
+
+std::optional<std::wstring> HeadlessHost::getEnv(std::wstring_view name) {
+  if (auto it = environment_.find(name); it != environment_.end()) return it->second;
+  const char* value = std::getenv(base::toUtf8(name).c_str());
+  if (value == nullptr) return std::nullopt;
+  return environment_.emplace(std::wstring(name), base::fromUtf8(value)).first->second;
+}
+
+bool HeadlessHost::setEnv(std::wstring_view name, std::wstring_view value) {
+  environment_.insert_or_assign(std::wstring(name), std::wstring(value));
+  return true;
 }
 
 void HeadlessHost::run() {
@@ -78,7 +92,8 @@ void HeadlessHost::runCommand(const std::wstring& typed) {
   auto it = std::find_if(commands_.begin(), commands_.end(),
                          [&](const Command& c) { return c.name == name; });
   if (it == commands_.end()) {
-    console_.error(L"Unknown command \"" + upper(typed) + L"\"; taxor --help lists the commands.\n");
+    console_.error(L"Unknown command \"" + upper(typed) +
+                   L"\"; taxor --help lists the commands.\n");
     return;
   }
   // The function is copied: a command may remove its own group (an unload).
@@ -94,7 +109,8 @@ void HeadlessHost::registerHostCommands() {
 }
 
 void HeadlessHost::attsync() {
-  host::StringInput option = editor_.getString(false, L"Enter an option [?/Name/Select] <Select>: ");
+  host::StringInput option =
+      editor_.getString(false, L"Enter an option [?/Name/Select] <Select>: ");
   if (option.status != host::InputStatus::kNormal) return;
   std::wstring word = upper(withoutPrefixes(option.text));
   if (word != L"N" && word != L"NAME") {

@@ -1,6 +1,7 @@
 // The host boundary on a DXF drawing and a text command line.
 #pragma once
 
+#include <map>
 #include <memory>
 #include <ostream>
 #include <string>
@@ -35,6 +36,10 @@ class HeadlessHost : public host::Host, public host::Document, public host::Comm
   host::Editor& editor() override { return editor_; }
   host::Dialogs& dialogs() override { return dialogs_; }
   host::CommandStack& commands() override { return *this; }
+  // Environment values live in memory, seeded from the process environment (the support
+  // path "ACAD" comes from the ACAD variable); changes last for the session.
+  std::optional<std::wstring> getEnv(std::wstring_view name) override;
+  bool setEnv(std::wstring_view name, std::wstring_view value) override;
   void pushResourceHandle() override { ++resource_depth_; }
   void popResourceHandle() override { --resource_depth_; }
 
@@ -73,6 +78,7 @@ class HeadlessHost : public host::Host, public host::Document, public host::Comm
   std::wstring file_name_;
   std::vector<Command> commands_;
   std::wstring queued_;
+  std::map<std::wstring, std::wstring, std::less<>> environment_;
   int resource_depth_ = 0;
   int lock_depth_ = 0;
 };

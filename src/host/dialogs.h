@@ -23,10 +23,12 @@ class Dialogs {
   Dialogs& operator=(const Dialogs&) = delete;
   virtual ~Dialogs() = default;
 
-  // Asks for a file to open. `extensions` lists accepted extensions without the dot
-  // ("txt"); empty accepts any. Returns the chosen path, or nothing on Cancel.
+  // Asks for a file to open, offering `initial` (may be empty). `extensions` lists accepted
+  // extensions without the dot ("txt"); empty accepts any. Returns the chosen path, or
+  // nothing on Cancel.
   virtual std::optional<std::wstring> openFile(const std::wstring& title,
-                                               const std::vector<std::wstring>& extensions) = 0;
+                                               const std::vector<std::wstring>& extensions,
+                                               const std::wstring& initial) = 0;
   // Asks for a file to write, offering `default_extension`; nothing on Cancel.
   virtual std::optional<std::wstring> saveFile(const std::wstring& title,
                                                const std::wstring& default_extension) = 0;

@@ -33,10 +33,10 @@ struct Color {
 
 // Result codes of command-line input, numbered as the host's programming interface has them.
 enum class InputStatus : int {
-  kNormal = 5100,  // RTNORM: the user answered
-  kCancel = -5002, // RTCAN: Escape or end of input
-  kError = -5001,  // RTERROR: the answer could not be taken (too long, invalid)
-  kNone = 5000,    // RTNONE: an empty answer where the caller allowed one
+  kNormal = 5100,   // RTNORM: the user answered
+  kCancel = -5002,  // RTCAN: Escape or end of input
+  kError = -5001,   // RTERROR: the answer could not be taken (too long, invalid)
+  kNone = 5000,     // RTNONE: an empty answer where the caller allowed one
 };
 
 // One value of an XRECORD's chain. Codes 1 (text), 10 (point), 40 (real) and 90 (integer)

@@ -1,6 +1,7 @@
 #include "shell/application.h"
 
 #include "shell/command_table.h"
+#include "shell/load_commands.h"
 
 namespace shell {
 
@@ -25,25 +26,31 @@ constexpr int kCommandFlags =
 }  // namespace
 
 base::Status Application::initialize() {
-  for (const CommandSpec& spec : commandTable()) {
-    base::Status status =
-        host_.commands().addCommand(kCommandGroup, spec.name, kCommandFlags, [this, &spec] { run(spec); });
+  for (const CommandSpec& command : commandTable()) {
+    base::Status status = host_.commands().addCommand(kCommandGroup, command.name, kCommandFlags,
+                                                      [this, &command] { run(command); });
     if (!status) return status.withContext("registering the commands");
   }
   return base::Status::ok();
 }
 
-void Application::run(const CommandSpec& spec) {
+void Application::run(const CommandSpec& command) {
   ResourceScope resources(host_);
-  CommandContext context(host_, state_, strings_, spec.name);
-  if (spec.needs_catalogue && !state_.catalogue) {
+  CommandContext context(host_, state_, strings_, command.name);
+  if (command.needs_catalogue && !state_.catalogue) {
     context.print(StringId::kErrorNoFileLoaded);
     return;
   }
-  spec.handler(context);
+  command.handler(context);
 }
 
 void Application::unload() {
+  {
+    // The lists of the palettes that exist are written for the file they belong to.
+    ResourceScope resources(host_);
+    CommandContext context(host_, state_, strings_, L"");
+    saveClassLists(context);
+  }
   state_.catalogue.reset();
   host_.commands().removeGroup(kCommandGroup);
 }

@@ -19,13 +19,14 @@ class Application {
 
   // Registers the commands of the command table, in table order, in the group "TAXOR".
   base::Status initialize();
-  // The unload sequence: the catalogue is released, then the command group removed.
+  // The unload sequence: the recent and favorites lists that exist are written, the
+  // catalogue is released, then the command group removed.
   void unload();
 
   ProcessState& state() { return state_; }
 
  private:
-  void run(const struct CommandSpec& spec);
+  void run(const struct CommandSpec& command);
 
   host::Host& host_;
   const StringTable& strings_;

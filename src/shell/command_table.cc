@@ -1,6 +1,7 @@
 #include "shell/command_table.h"
 
 #include "shell/about_command.h"
+#include "shell/load_commands.h"
 #include "shell/pending_command.h"
 
 namespace shell {
@@ -8,14 +9,17 @@ namespace shell {
 namespace {
 
 constexpr CommandSpec kCommands[] = {
-    {L"TAXOR_CLASSIFY", "attach a class and its records to the selected entities", true, pendingCommand},
-    {L"TAXOR_CLASSIFY_AUTO", "classify the selected entities by their drawing properties", true, pendingCommand},
+    {L"TAXOR_CLASSIFY", "attach a class and its records to the selected entities", true,
+     pendingCommand},
+    {L"TAXOR_CLASSIFY_AUTO", "classify the selected entities by their drawing properties", true,
+     pendingCommand},
     {L"TAXOR_DRAW", "draw new entities of a class", true, pendingCommand},
     {L"TAXOR_GUI", "open the classification palettes", false, pendingCommand},
     {L"TAXOR_PROPERTIES", "open the class properties palette", false, pendingCommand},
-    {L"TAXOR_LOAD", "load a class-definition file", false, pendingCommand},
-    {L"TAXOR_RESTORE", "re-apply a class's drawing properties to its entities", true, pendingCommand},
-    {L"TAXOR_RELOAD", "read the current class-definition file again", false, pendingCommand},
+    {L"TAXOR_LOAD", "load a class-definition file", false, loadCommand},
+    {L"TAXOR_RESTORE", "re-apply a class's drawing properties to its entities", true,
+     pendingCommand},
+    {L"TAXOR_RELOAD", "read the current class-definition file again", false, reloadCommand},
     {L"TAXOR_REMOVE", "take one class off the selected entities", true, pendingCommand},
     {L"TAXOR_REMOVE_ALL", "take every known class off the selected entities", true, pendingCommand},
     {L"TAXOR_SEL", "select the entities of a class or group", true, pendingCommand},
@@ -29,7 +33,8 @@ constexpr CommandSpec kCommands[] = {
     {L"TAXOR_SEL_DUPLICATES", "select entities with duplicate records", true, pendingCommand},
     {L"TAXOR_DEL_DUPLICATES", "delete duplicate records", true, pendingCommand},
     {L"TAXOR_ROUND", "round real values to their definitions' precision", true, pendingCommand},
-    {L"TAXOR_TEMPLATE", "write a template class-definition file from the drawing", false, pendingCommand},
+    {L"TAXOR_TEMPLATE", "write a template class-definition file from the drawing", false,
+     pendingCommand},
     {L"TAXOR_TYPE", "report the object types of the selected entities", false, pendingCommand},
     {L"TAXOR_STAT", "report classification statistics", true, pendingCommand},
     {L"TAXOR_ABOUT", "show the product name and version", false, aboutCommand},

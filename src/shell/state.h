@@ -6,6 +6,7 @@
 #include <string>
 #include <utility>
 
+#include "catalogue/class_lists.h"
 #include "shell/string_table.h"
 
 namespace catalogue {
@@ -21,6 +22,10 @@ struct ProcessState {
   std::wstring class_file;
   // Answers to yes/no and mode prompts, remembered per command and prompt.
   std::map<std::pair<std::wstring, StringId>, int> prompt_defaults;
+  // The lists of the recent and favorites palettes; null while those palettes do not exist,
+  // and then loading neither reads nor writes the list files.
+  std::unique_ptr<catalogue::RecentList> recent_list;
+  std::unique_ptr<catalogue::FavoritesList> favorites_list;
 };
 
 }  // namespace shell

@@ -1,7 +1,8 @@
 // Attribute references brought in line with their block's definitions.
+#include "dxf/attributes.h"
+
 #include <gtest/gtest.h>
 
-#include "dxf/attributes.h"
 #include "dxf/blocks.h"
 #include "dxf/document.h"
 #include "dxf/objects.h"
@@ -20,7 +21,8 @@ std::vector<std::vector<std::string>> manholeAttributes(const dxf::Document& doc
   for (dxf::RecordId id : dxf::modelSpaceEntities(doc)) {
     if (doc.type(id) != "INSERT" || doc.value(id, 2) != "MANHOLE") continue;
     out.emplace_back();
-    for (dxf::RecordId a = doc.next(id); a != dxf::kNoRecord && doc.type(a) == "ATTRIB"; a = doc.next(a)) {
+    for (dxf::RecordId a = doc.next(id); a != dxf::kNoRecord && doc.type(a) == "ATTRIB";
+         a = doc.next(a)) {
       out.back().push_back(std::string(doc.value(a, 2)) + "=" + std::string(doc.value(a, 1)));
     }
   }

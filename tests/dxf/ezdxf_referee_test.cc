@@ -387,8 +387,8 @@ INSTANTIATE_TEST_SUITE_P(
                     "libredwg__TS1_2018.dxf", "qcad__flange.dxf", "skymakerolof__floorplan.dxf",
                     // libredwg__example_r14.dxf is left out: its writer named model space
                     // "*U", which ezdxf replaces with a block record of its own on loading.
-                    "ezdxf__small_r13_dos932.dxf",
-                    "acadsharp__sample_AC1009_ascii.dxf", "libredwg__example_r12.dxf"),
+                    "ezdxf__small_r13_dos932.dxf", "acadsharp__sample_AC1009_ascii.dxf",
+                    "libredwg__example_r12.dxf"),
     label);
 
 // An R12 drawing cannot hold objects: asking for one is a clear error and changes nothing.

@@ -58,14 +58,22 @@ enum class Kind { kLayer, kLinetype, kStyle, kDimStyle, kAppId, kBlock, kMline, 
 
 RecordId lookup(const Document& doc, Kind kind, std::wstring_view name) {
   switch (kind) {
-    case Kind::kLayer: return findTableEntry(doc, "LAYER", name);
-    case Kind::kLinetype: return findTableEntry(doc, "LTYPE", name);
-    case Kind::kStyle: return findTableEntry(doc, "STYLE", name);
-    case Kind::kDimStyle: return findTableEntry(doc, "DIMSTYLE", name);
-    case Kind::kAppId: return findTableEntry(doc, "APPID", name);
-    case Kind::kBlock: return findBlock(doc, name);
-    case Kind::kMline: return findStyle(doc, L"ACAD_MLINESTYLE", name);
-    case Kind::kMLeader: return findStyle(doc, L"ACAD_MLEADERSTYLE", name);
+    case Kind::kLayer:
+      return findTableEntry(doc, "LAYER", name);
+    case Kind::kLinetype:
+      return findTableEntry(doc, "LTYPE", name);
+    case Kind::kStyle:
+      return findTableEntry(doc, "STYLE", name);
+    case Kind::kDimStyle:
+      return findTableEntry(doc, "DIMSTYLE", name);
+    case Kind::kAppId:
+      return findTableEntry(doc, "APPID", name);
+    case Kind::kBlock:
+      return findBlock(doc, name);
+    case Kind::kMline:
+      return findStyle(doc, L"ACAD_MLINESTYLE", name);
+    case Kind::kMLeader:
+      return findStyle(doc, L"ACAD_MLEADERSTYLE", name);
   }
   return kNoRecord;
 }
@@ -77,16 +85,24 @@ Handle expectedOwner(const Document& doc, Kind kind, RecordId id) {
     return doc.record(dictionaryGet(doc, namedObjectsDictionary(doc), key)).handle;
   };
   switch (kind) {
-    case Kind::kLayer: return tableHead("LAYER");
-    case Kind::kLinetype: return tableHead("LTYPE");
-    case Kind::kStyle: return tableHead("STYLE");
-    case Kind::kDimStyle: return tableHead("DIMSTYLE");
-    case Kind::kAppId: return tableHead("APPID");
-    case Kind::kBlock: return findBlockRecord(doc, recordName(doc, id)) == kNoRecord
-                                  ? 0
-                                  : doc.record(findBlockRecord(doc, recordName(doc, id))).handle;
-    case Kind::kMline: return styleDict(L"ACAD_MLINESTYLE");
-    case Kind::kMLeader: return styleDict(L"ACAD_MLEADERSTYLE");
+    case Kind::kLayer:
+      return tableHead("LAYER");
+    case Kind::kLinetype:
+      return tableHead("LTYPE");
+    case Kind::kStyle:
+      return tableHead("STYLE");
+    case Kind::kDimStyle:
+      return tableHead("DIMSTYLE");
+    case Kind::kAppId:
+      return tableHead("APPID");
+    case Kind::kBlock:
+      return findBlockRecord(doc, recordName(doc, id)) == kNoRecord
+                 ? 0
+                 : doc.record(findBlockRecord(doc, recordName(doc, id))).handle;
+    case Kind::kMline:
+      return styleDict(L"ACAD_MLINESTYLE");
+    case Kind::kMLeader:
+      return styleDict(L"ACAD_MLEADERSTYLE");
   }
   return 0;
 }
@@ -118,7 +134,8 @@ void expectSound(const Document& doc) {
   for (const char* table : {"LTYPE", "LAYER", "STYLE", "APPID", "DIMSTYLE", "BLOCK_RECORD"}) {
     Span span = doc.table(table);
     if (span.head == kNoRecord) continue;
-    EXPECT_EQ(doc.intValue(span.head, 70, -1), static_cast<int64_t>(tableEntries(doc, table).size()))
+    EXPECT_EQ(doc.intValue(span.head, 70, -1),
+              static_cast<int64_t>(tableEntries(doc, table).size()))
         << table;
   }
 }
@@ -164,27 +181,60 @@ TEST_P(CopyKindTest, CopiesTheRecordWithWhatItUses) {
 INSTANTIATE_TEST_SUITE_P(
     Kinds, CopyKindTest,
     ::testing::Values(
-        KindCase{"block", resource::kBlocks, Kind::kBlock, L"door",
-                 {{Kind::kBlock, L"KNOB"}, {Kind::kLayer, L"DOORS"}, {Kind::kLayer, L"MÜLL"},
-                  {Kind::kLinetype, L"GASLINE"}, {Kind::kStyle, L"GasText"},
-                  {Kind::kStyle, L"Notes"}, {Kind::kAppId, L"TAXOR_TEST"}, {Kind::kBlock, L"*U2"}},
+        KindCase{"block",
+                 resource::kBlocks,
+                 Kind::kBlock,
+                 L"door",
+                 {{Kind::kBlock, L"KNOB"},
+                  {Kind::kLayer, L"DOORS"},
+                  {Kind::kLayer, L"MÜLL"},
+                  {Kind::kLinetype, L"GASLINE"},
+                  {Kind::kStyle, L"GasText"},
+                  {Kind::kStyle, L"Notes"},
+                  {Kind::kAppId, L"TAXOR_TEST"},
+                  {Kind::kBlock, L"*U2"}},
                  {{Kind::kLinetype, L"DASHED"}, {Kind::kBlock, L"ARROW"}}},
-        KindCase{"dimstyle", resource::kDimensionStyles, Kind::kDimStyle, L"ARCH",
+        KindCase{"dimstyle",
+                 resource::kDimensionStyles,
+                 Kind::kDimStyle,
+                 L"ARCH",
                  {{Kind::kStyle, L"Annot"}, {Kind::kBlock, L"ARROW"}},
                  {{Kind::kBlock, L"DOOR"}}},
-        KindCase{"layer", resource::kLayers, Kind::kLayer, L"mÜll",
+        KindCase{"layer",
+                 resource::kLayers,
+                 Kind::kLayer,
+                 L"mÜll",
                  {{Kind::kLinetype, L"GASLINE"}, {Kind::kStyle, L"GasText"}},
                  {{Kind::kLayer, L"DOORS"}}},
-        KindCase{"present layer", resource::kLayers, Kind::kLayer, L"WALLS", {},
+        KindCase{"present layer",
+                 resource::kLayers,
+                 Kind::kLayer,
+                 L"WALLS",
+                 {},
                  {{Kind::kLinetype, L"DASHED"}}},
-        KindCase{"linetype", resource::kLinetypes, Kind::kLinetype, L"GASLINE",
-                 {{Kind::kStyle, L"GasText"}}, {{Kind::kStyle, L"Notes"}}},
-        KindCase{"mleader style", resource::kMLeaderStyles, Kind::kMLeader, L"CALLOUT",
+        KindCase{"linetype",
+                 resource::kLinetypes,
+                 Kind::kLinetype,
+                 L"GASLINE",
+                 {{Kind::kStyle, L"GasText"}},
+                 {{Kind::kStyle, L"Notes"}}},
+        KindCase{"mleader style",
+                 resource::kMLeaderStyles,
+                 Kind::kMLeader,
+                 L"CALLOUT",
                  {{Kind::kLinetype, L"DASHED"}, {Kind::kBlock, L"ARROW"}, {Kind::kStyle, L"Notes"}},
                  {{Kind::kStyle, L"Annot"}}},
-        KindCase{"mline style", resource::kMlineStyles, Kind::kMline, L"triple",
-                 {{Kind::kLinetype, L"DASHED"}}, {{Kind::kLinetype, L"GASLINE"}}},
-        KindCase{"text style", resource::kTextStyles, Kind::kStyle, L"NOTES", {},
+        KindCase{"mline style",
+                 resource::kMlineStyles,
+                 Kind::kMline,
+                 L"triple",
+                 {{Kind::kLinetype, L"DASHED"}},
+                 {{Kind::kLinetype, L"GASLINE"}}},
+        KindCase{"text style",
+                 resource::kTextStyles,
+                 Kind::kStyle,
+                 L"NOTES",
+                 {},
                  {{Kind::kStyle, L"Annot"}}}),
     [](const auto& info) {
       std::string name = info.param.label;
@@ -197,7 +247,8 @@ INSTANTIATE_TEST_SUITE_P(
 TEST(CopyResources, BlockContentPointsAtTheCopies) {
   Document source = load("resources.dxf");
   Document doc = target();
-  ASSERT_TRUE(copyResources(doc, source, resource::kBlocks, {{resource::kBlocks, {L"DOOR"}}}).isOk());
+  ASSERT_TRUE(
+      copyResources(doc, source, resource::kBlocks, {{resource::kBlocks, {L"DOOR"}}}).isOk());
   Document copied = reparse(doc);
 
   for (const wchar_t* name : {L"DOOR", L"KNOB", L"*U2"}) {
@@ -217,20 +268,23 @@ TEST(CopyResources, BlockContentPointsAtTheCopies) {
   }
   EXPECT_EQ(inserted, (std::vector<std::string>{"KNOB", "*U2"}));
   ASSERT_NE(line, kNoRecord);
-  RecordId xdata_target = copied.byHandle(std::stoull(std::string(copied.value(line, 1005)), nullptr, 16));
+  RecordId xdata_target =
+      copied.byHandle(std::stoull(std::string(copied.value(line, 1005)), nullptr, 16));
   ASSERT_NE(xdata_target, kNoRecord);
   EXPECT_EQ(copied.value(xdata_target, 2), "KNOB");
   // POLYLINE, VERTEX, VERTEX, SEQEND and the CIRCLE of KNOB.
   RecordId knob = findBlock(copied, L"KNOB");
   size_t records = 0;
-  for (RecordId id = copied.next(knob); copied.type(id) != "ENDBLK"; id = copied.next(id)) ++records;
+  for (RecordId id = copied.next(knob); copied.type(id) != "ENDBLK"; id = copied.next(id))
+    ++records;
   EXPECT_EQ(records, 5u);
 }
 
 TEST(CopyResources, ReencodesTextForTheTargetEncoding) {
   Document source = load("resources.dxf");
   Document doc = target("AC1021");
-  ASSERT_TRUE(copyResources(doc, source, resource::kLayers, {{resource::kLayers, {L"MÜLL"}}}).isOk());
+  ASSERT_TRUE(
+      copyResources(doc, source, resource::kLayers, {{resource::kLayers, {L"MÜLL"}}}).isOk());
   Document copied = reparse(doc);
   RecordId layer = findTableEntry(copied, "LAYER", L"MÜLL");
   ASSERT_NE(layer, kNoRecord);
@@ -240,8 +294,9 @@ TEST(CopyResources, ReencodesTextForTheTargetEncoding) {
 TEST(CopyResources, CopiesOnlyTheKindsOfTheMask) {
   Document source = load("resources.dxf");
   Document doc = target();
-  auto provided = copyResources(doc, source, resource::kTextStyles,
-                                {{resource::kLayers, {L"DOORS"}}, {resource::kTextStyles, {L"Annot"}}});
+  auto provided =
+      copyResources(doc, source, resource::kTextStyles,
+                    {{resource::kLayers, {L"DOORS"}}, {resource::kTextStyles, {L"Annot"}}});
   ASSERT_TRUE(provided.isOk());
   EXPECT_FALSE(provided->count(resource::kLayers));
   EXPECT_EQ(findTableEntry(doc, "LAYER", L"DOORS"), kNoRecord);
@@ -258,12 +313,21 @@ TEST(CopyResources, RefusesWhatTheTargetCannotTakeAndChangesNothing) {
     const char* message;
   };
   const Case cases[] = {
-      {"layouts", false, resource::kLayouts | resource::kLayers,
-       {{resource::kLayouts, {}}, {resource::kLayers, {L"DOORS"}}}, "importing layouts is not supported"},
-      {"mline style into R12", true, resource::kMlineStyles, {{resource::kMlineStyles, {L"TRIPLE"}}},
+      {"layouts",
+       false,
+       resource::kLayouts | resource::kLayers,
+       {{resource::kLayouts, {}}, {resource::kLayers, {L"DOORS"}}},
+       "importing layouts is not supported"},
+      {"mline style into R12",
+       true,
+       resource::kMlineStyles,
+       {{resource::kMlineStyles, {L"TRIPLE"}}},
        "R12"},
-      {"mleader style into R12", true, resource::kMLeaderStyles,
-       {{resource::kMLeaderStyles, {L"CALLOUT"}}}, "R12"},
+      {"mleader style into R12",
+       true,
+       resource::kMLeaderStyles,
+       {{resource::kMLeaderStyles, {L"CALLOUT"}}},
+       "R12"},
   };
   for (const Case& c : cases) {
     Document doc = c.r12_target ? r12Target() : target();
@@ -287,13 +351,15 @@ TEST(CopyResources, RefusesWhatTheTargetCannotTakeAndChangesNothing) {
 TEST(CopyResources, R12TargetGetsWhatItsFormatHolds) {
   Document source = load("resources.dxf");
   Document doc = r12Target();
-  auto provided = copyResources(doc, source, resource::kBlocks | resource::kDimensionStyles,
-                                {{resource::kBlocks, {L"DOOR"}}, {resource::kDimensionStyles, {L"ARCH"}}});
+  auto provided =
+      copyResources(doc, source, resource::kBlocks | resource::kDimensionStyles,
+                    {{resource::kBlocks, {L"DOOR"}}, {resource::kDimensionStyles, {L"ARCH"}}});
   ASSERT_TRUE(provided.isOk()) << provided.status().message();
   EXPECT_EQ(provided->at(resource::kBlocks).size(), 1u);
   Document copied = reparse(doc);
   expectSound(copied);
-  for (const wchar_t* name : {L"DOOR", L"KNOB", L"*U1"}) EXPECT_NE(findBlock(copied, name), kNoRecord);
+  for (const wchar_t* name : {L"DOOR", L"KNOB", L"*U1"})
+    EXPECT_NE(findBlock(copied, name), kNoRecord);
   EXPECT_NE(findTableEntry(copied, "LAYER", L"MÜLL"), kNoRecord);
   EXPECT_NE(findTableEntry(copied, "DIMSTYLE", L"ARCH"), kNoRecord);
   EXPECT_EQ(copied.table("BLOCK_RECORD").head, kNoRecord);
@@ -355,13 +421,11 @@ TEST(CopyResources, EzdxfReadsAndAuditsTheResult) {
   Document source = load("resources.dxf");
   for (const char* version : {"AC1015", "AC1021"}) {
     Document doc = target(version);
-    ResourceNameMap needed = {{resource::kBlocks, {L"DOOR", L"ARROW"}},
-                              {resource::kDimensionStyles, {L"ARCH"}},
-                              {resource::kLayers, {L"DOORS", L"WALLS"}},
-                              {resource::kLinetypes, {L"DASHED"}},
-                              {resource::kMLeaderStyles, {L"CALLOUT"}},
-                              {resource::kMlineStyles, {L"TRIPLE"}},
-                              {resource::kTextStyles, {L"Notes"}}};
+    ResourceNameMap needed = {
+        {resource::kBlocks, {L"DOOR", L"ARROW"}},  {resource::kDimensionStyles, {L"ARCH"}},
+        {resource::kLayers, {L"DOORS", L"WALLS"}}, {resource::kLinetypes, {L"DASHED"}},
+        {resource::kMLeaderStyles, {L"CALLOUT"}},  {resource::kMlineStyles, {L"TRIPLE"}},
+        {resource::kTextStyles, {L"Notes"}}};
     ASSERT_TRUE(copyResources(doc, source, 0x1FF & ~resource::kLayouts, needed).isOk());
     std::vector<PatternDefinition> patterns;
     ASSERT_TRUE(importResourceFile(doc, patterns, dataPath("sample.lin"), resource::kLinetypes,

@@ -38,7 +38,8 @@ struct TempDir {
   fs::path path = fs::temp_directory_path() / ("taxor-resfile-" + std::to_string(getpid()));
   TempDir() { fs::create_directories(path); }
   ~TempDir() { fs::remove_all(path); }
-  std::string write(const std::string& name, const std::string& text, bool executable = false) const {
+  std::string write(const std::string& name, const std::string& text,
+                    bool executable = false) const {
     std::string file = (path / name).string();
     std::ofstream(file, std::ios::binary) << text;
     if (executable) chmod(file.c_str(), 0755);
@@ -47,10 +48,11 @@ struct TempDir {
 };
 
 TEST(LinetypeFile, ParsesTextsShapesAndRotationUnits) {
-  auto defs = parseLinetypeFile(readData("sample.lin") +
-                                    "*TURNS\nA,1,[\"T\",S,R=90],1,[\"T\",S,A=1.5707963267948966r],1,"
-                                    "[\"T\",S,U=100g]\n*dashed2,again\nA,9\n",
-                                "sample.lin");
+  auto defs =
+      parseLinetypeFile(readData("sample.lin") +
+                            "*TURNS\nA,1,[\"T\",S,R=90],1,[\"T\",S,A=1.5707963267948966r],1,"
+                            "[\"T\",S,U=100g]\n*dashed2,again\nA,9\n",
+                        "sample.lin");
   ASSERT_TRUE(defs.isOk()) << defs.status().message();
   ASSERT_EQ(defs->size(), 4u);  // the second DASHED2 is ignored
   const LinetypeDefinition& dashed = (*defs)[0];
@@ -188,18 +190,29 @@ TEST_P(ImportTest, ProvidesTheNeededNamesThatTheFileOrTheDrawingHas) {
   ASSERT_TRUE(again.isOk()) << again.status().message();
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Files, ImportTest,
-    ::testing::Values(
-        ImportCase{"sample.lin", host::kResourceLinetypes, {L"dashed2", L"Gas_Line", L"NOPE", L"CONTINUOUS"},
-                   {L"dashed2", L"Gas_Line", L"CONTINUOUS"}, host::SymbolTable::kLinetype},
-        ImportCase{"sample.mln", host::kResourceMlineStyles, {L"DOUBLE_WALL", L"NOPE"}, {L"DOUBLE_WALL"},
-                   host::SymbolTable::kMlineStyle},
-        ImportCase{"sample.pat", host::kResourcePatterns, {L"MY_BRICK", L"ANSI31", L"SOLID", L"NOPE"},
-                   {L"MY_BRICK", L"ANSI31", L"SOLID"}, host::SymbolTable::kHatchPattern},
-        ImportCase{"resources.dxf", host::kResourceBlocks, {L"DOOR", L"NOPE"}, {L"DOOR"},
-                   host::SymbolTable::kBlock}),
-    [](const auto& info) { return std::to_string(info.index); });
+INSTANTIATE_TEST_SUITE_P(Files, ImportTest,
+                         ::testing::Values(ImportCase{"sample.lin",
+                                                      host::kResourceLinetypes,
+                                                      {L"dashed2", L"Gas_Line", L"NOPE",
+                                                       L"CONTINUOUS"},
+                                                      {L"dashed2", L"Gas_Line", L"CONTINUOUS"},
+                                                      host::SymbolTable::kLinetype},
+                                           ImportCase{"sample.mln",
+                                                      host::kResourceMlineStyles,
+                                                      {L"DOUBLE_WALL", L"NOPE"},
+                                                      {L"DOUBLE_WALL"},
+                                                      host::SymbolTable::kMlineStyle},
+                                           ImportCase{"sample.pat",
+                                                      host::kResourcePatterns,
+                                                      {L"MY_BRICK", L"ANSI31", L"SOLID", L"NOPE"},
+                                                      {L"MY_BRICK", L"ANSI31", L"SOLID"},
+                                                      host::SymbolTable::kHatchPattern},
+                                           ImportCase{"resources.dxf",
+                                                      host::kResourceBlocks,
+                                                      {L"DOOR", L"NOPE"},
+                                                      {L"DOOR"},
+                                                      host::SymbolTable::kBlock}),
+                         [](const auto& info) { return std::to_string(info.index); });
 
 TEST(ImportResources, KeepsPatternsAndWritesWhatTheDrawingHolds) {
   Document doc = drawing();
@@ -250,8 +263,9 @@ TEST(ImportResources, FailsWithoutChangingTheDrawing) {
       {bad_lin, nullptr, bad_lin + ":2: 'oops' is not a number"},
       {dir.write("x.txt", ""), nullptr, "not a resource file"},
       {(dir.path / "missing.lin").string(), nullptr, "cannot read"},
-      {dwg, nullptr, "cannot read '" + dwg +
-                         "': DWG files need a converter; set TAXOR_DWG_CONVERTER or save the drawing as DXF"},
+      {dwg, nullptr,
+       "cannot read '" + dwg +
+           "': DWG files need a converter; set TAXOR_DWG_CONVERTER or save the drawing as DXF"},
       {dwg, failing.c_str(), "failed with exit code 3"},
   };
   for (const Case& c : cases) {
@@ -259,10 +273,12 @@ TEST(ImportResources, FailsWithoutChangingTheDrawing) {
     std::string before = doc.serialize();
     headless::DxfDatabase db(doc);
     if (c.converter) setenv("TAXOR_DWG_CONVERTER", c.converter, 1);
-    auto result = db.importResources(base::fromUtf8(c.path), 0x1FF, {{host::kResourceLinetypes, {L"X"}}});
+    auto result =
+        db.importResources(base::fromUtf8(c.path), 0x1FF, {{host::kResourceLinetypes, {L"X"}}});
     unsetenv("TAXOR_DWG_CONVERTER");
     ASSERT_FALSE(result.isOk()) << c.path;
-    EXPECT_NE(result.status().message().find(c.error), std::string::npos) << result.status().message();
+    EXPECT_NE(result.status().message().find(c.error), std::string::npos)
+        << result.status().message();
     EXPECT_EQ(doc.serialize(), before);
   }
   // With a converter, a DWG is read as the DXF it turns into.

@@ -52,7 +52,8 @@ std::optional<std::wstring> FakeDialogs::takeFile(const std::wstring& title) {
 }
 
 std::optional<std::wstring> FakeDialogs::openFile(const std::wstring& title,
-                                                  const std::vector<std::wstring>&) {
+                                                  const std::vector<std::wstring>&,
+                                                  const std::wstring&) {
   return takeFile(title);
 }
 

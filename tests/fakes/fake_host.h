@@ -43,7 +43,8 @@ class FakeDialogs : public host::Dialogs {
   const std::vector<Message>& messages() const { return messages_; }
 
   std::optional<std::wstring> openFile(const std::wstring& title,
-                                       const std::vector<std::wstring>& extensions) override;
+                                       const std::vector<std::wstring>& extensions,
+                                       const std::wstring& initial) override;
   // A path without an extension gets `default_extension`.
   std::optional<std::wstring> saveFile(const std::wstring& title,
                                        const std::wstring& default_extension) override;

@@ -206,7 +206,7 @@ TEST(FakeDialogsTest, FileDialogsReturnTheScriptedPathOrCancel) {
     FakeHost host;
     host.fileAnswers(c.script);
     std::optional<std::wstring> got = c.kind == Kind::kOpen
-                                          ? host.dialogs().openFile(L"Load", {L"txt"})
+                                          ? host.dialogs().openFile(L"Load", {L"txt"}, L"")
                                           : host.dialogs().saveFile(L"Load", c.default_extension);
     const std::string what = show(c.expected.value_or(L"cancel"));
     EXPECT_EQ(got, c.expected) << what;

@@ -208,9 +208,10 @@ void ForwardingHost::postCancel() {
 }
 
 std::optional<std::wstring> ForwardingHost::openFile(const std::wstring& title,
-                                                     const std::vector<std::wstring>& extensions) {
+                                                     const std::vector<std::wstring>& extensions,
+                                                     const std::wstring& initial) {
   note("Dialogs::openFile");
-  return target_.dialogs().openFile(title, extensions);
+  return target_.dialogs().openFile(title, extensions, initial);
 }
 
 std::optional<std::wstring> ForwardingHost::saveFile(const std::wstring& title,

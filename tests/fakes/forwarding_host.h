@@ -91,7 +91,8 @@ class ForwardingHost : public host::Host,
 
   // host::Dialogs
   std::optional<std::wstring> openFile(const std::wstring& title,
-                                       const std::vector<std::wstring>& extensions) override;
+                                       const std::vector<std::wstring>& extensions,
+                                       const std::wstring& initial) override;
   std::optional<std::wstring> saveFile(const std::wstring& title,
                                        const std::wstring& default_extension) override;
   bool checkBoxes(const std::wstring& title, std::vector<host::CheckBox>& boxes) override;

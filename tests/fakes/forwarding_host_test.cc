@@ -250,7 +250,7 @@ TEST(ForwardingHostTest, EveryCallReachesTheWrappedHostAndIsTraced) {
       {"Dialogs::openFile",
        [](host::Host& h, FakeHost& f, ObjectId) {
          f.fileAnswers({L"/tmp/in.txt"});
-         EXPECT_EQ(h.dialogs().openFile(L"Load", {L"txt"}), L"/tmp/in.txt");
+         EXPECT_EQ(h.dialogs().openFile(L"Load", {L"txt"}, L""), L"/tmp/in.txt");
        }},
       {"Dialogs::saveFile",
        [](host::Host& h, FakeHost& f, ObjectId) {

@@ -12,12 +12,12 @@ namespace {
 using testing_session::Session;
 
 TEST(HeadlessHostTest, GuardedCommandsRefuseBeforeAFileIsLoaded) {
-  for (const shell::CommandSpec& spec : shell::commandTable()) {
+  for (const shell::CommandSpec& command : shell::commandTable()) {
     Session session(sample::drawing());
-    std::string name = base::toUtf8(spec.name);
+    std::string name = base::toUtf8(command.name);
     session.run(name + "\n");
     std::string refused = "Command: " + name + "\nError: no file loaded.\n";
-    EXPECT_EQ(session.out().find(refused) != std::string::npos, spec.needs_catalogue) << name;
+    EXPECT_EQ(session.out().find(refused) != std::string::npos, command.needs_catalogue) << name;
     EXPECT_EQ(session.host->resourceDepth(), 0) << name;
   }
 }
@@ -35,7 +35,8 @@ TEST(HeadlessHostTest, CommandNamesAndBlankLines) {
       {"\n\n", "Command: \nCommand: \nCommand: \n", ""},
       {"nosuch\ntaxor_stat\n", "Command: taxor_stat\nError: no file loaded.\n",
        "Unknown command \"NOSUCH\""},
-      {"taxor_stat taxor_stat\n", "Error: no file loaded.\nCommand: taxor_stat\nError: no file loaded.\n", ""},
+      {"taxor_stat taxor_stat\n",
+       "Error: no file loaded.\nCommand: taxor_stat\nError: no file loaded.\n", ""},
   };
   for (const Case& c : cases) {
     Session session(sample::drawing());
@@ -50,9 +51,9 @@ TEST(HeadlessHostTest, UnloadRemovesEveryCommand) {
   EXPECT_EQ(session.host->commandsOf(shell::kCommandGroup).size(), 28u);
   session.app->unload();
   EXPECT_TRUE(session.host->commandsOf(shell::kCommandGroup).empty());
-  for (const shell::CommandSpec& spec : shell::commandTable()) {
-    session.run(base::toUtf8(spec.name) + "\n");
-    EXPECT_NE(session.err().find("Unknown command \"" + base::toUtf8(spec.name) + "\""),
+  for (const shell::CommandSpec& command : shell::commandTable()) {
+    session.run(base::toUtf8(command.name) + "\n");
+    EXPECT_NE(session.err().find("Unknown command \"" + base::toUtf8(command.name) + "\""),
               std::string::npos);
   }
 }
@@ -69,7 +70,10 @@ TEST(HeadlessHostTest, StringInputEndsAsTheCallerAsks) {
       {false, "two words\n", host::InputStatus::kNormal, L"two"},
       {true, "two words\n", host::InputStatus::kNormal, L"two words"},
       {false, "\n", host::InputStatus::kNormal, L""},
-      {false, "\x1b" "abc\n", host::InputStatus::kCancel, L""},
+      {false,
+       "\x1b"
+       "abc\n",
+       host::InputStatus::kCancel, L""},
       {true, "", host::InputStatus::kCancel, L""},
       {false, long_answer + "\n", host::InputStatus::kError, L""},
       {false, std::string(132, 'y') + "\n", host::InputStatus::kNormal, std::wstring(132, L'y')},
@@ -118,9 +122,7 @@ TEST(HeadlessHostTest, ModePromptsClampAndRemember) {
 TEST(HeadlessHostTest, QueuedTextRunsBeforeTheRestOfTheInput) {
   Session session(sample::drawing());
   std::vector<std::wstring> ran;
-  auto record = [&](const wchar_t* name) {
-    return [&ran, name] { ran.push_back(name); };
-  };
+  auto record = [&](const wchar_t* name) { return [&ran, name] { ran.push_back(name); }; };
   ASSERT_TRUE(session.host->addCommand(L"TEST", L"FIRST", 0, [&] {
     ran.push_back(L"FIRST");
     session.host->sendStringToExecute(L"SECOND\n");
@@ -136,8 +138,8 @@ TEST(HeadlessHostTest, PickFirstSetSurvivesBetweenCommands) {
   host::ObjectId line = session.host->dxfDatabase().idForHandle(L"100");
   ASSERT_TRUE(line);
   std::vector<host::ObjectId> seen;
-  ASSERT_TRUE(session.host->addCommand(L"TEST", L"PICK", 0,
-                                       [&] { session.host->editor().setImpliedSelection({line}); }));
+  ASSERT_TRUE(session.host->addCommand(
+      L"TEST", L"PICK", 0, [&] { session.host->editor().setImpliedSelection({line}); }));
   ASSERT_TRUE(session.host->addCommand(L"TEST", L"LOOK", 0,
                                        [&] { seen = session.host->editor().impliedSelection(); }));
   session.run("PICK\nTAXOR_ABOUT\nLOOK\n");
@@ -176,7 +178,8 @@ TEST(HeadlessHostTest, InteractiveSelectionAnswers) {
 
 TEST(HeadlessHostTest, DialogsBecomePromptsWithDefaults) {
   Session session(sample::drawing());
-  std::vector<host::CheckBox> boxes = {{L"Assign graphical properties", true}, {L"Attach OD", true}};
+  std::vector<host::CheckBox> boxes = {{L"Assign graphical properties", true},
+                                       {L"Attach OD", true}};
   session.input.addText("\n0\n");
   ASSERT_TRUE(session.host->dialogs().checkBoxes(L"Classification parameters", boxes));
   EXPECT_TRUE(boxes[0].checked);
@@ -194,7 +197,7 @@ TEST(HeadlessHostTest, DialogsBecomePromptsWithDefaults) {
   EXPECT_EQ(*chosen, std::vector<std::wstring>{L"pipe"});  // offered sorted: cable, pipe
 
   session.input.addText("\n");
-  EXPECT_FALSE(session.host->dialogs().openFile(L"Classes", {L"txt"}).has_value());
+  EXPECT_FALSE(session.host->dialogs().openFile(L"Classes", {L"txt"}, L"").has_value());
 }
 
 }  // namespace

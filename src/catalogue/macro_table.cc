@@ -1,0 +1,42 @@
+#include "catalogue/macro_table.h"
+
+#include "catalogue/text_case.h"
+
+namespace catalogue {
+
+MacroTable::DefineResult MacroTable::define(std::wstring_view name, std::wstring_view value) {
+  std::wstring key = L"$(" + lowerCase(name) + L")";
+  auto it = macros_.find(key);
+  if (it != macros_.end()) {
+    it->second = value;
+    return DefineResult::kRedefined;
+  }
+  if (lowerCase(value).find(key) != std::wstring::npos) return DefineResult::kRecursive;
+  macros_.emplace(std::move(key), value);
+  return DefineResult::kDefined;
+}
+
+void MacroTable::expand(std::wstring& token) const {
+  if (macros_.empty()) return;
+  size_t pos = 0;
+  int budget = kMaxExpansions;
+  for (;;) {
+    size_t open = token.find(L"$(", pos);
+    if (open == std::wstring::npos) return;
+    size_t close = token.find(L')', open + 2);
+    if (close == std::wstring::npos) return;
+    std::wstring reference = token.substr(open, close - open + 1);
+    auto it = macros_.find(lowerCase(reference));
+    if (it == macros_.end()) {
+      pos = close + 1;
+      continue;
+    }
+    for (size_t at = token.find(reference); at != std::wstring::npos;
+         at = token.find(reference, at + it->second.size())) {
+      token.replace(at, reference.size(), it->second);
+    }
+    if (--budget == 0) return;
+  }
+}
+
+}  // namespace catalogue

@@ -1,0 +1,401 @@
+#include "catalogue/parser.h"
+
+#include <algorithm>
+#include <optional>
+
+#include "base/crt_numbers.h"
+#include "base/utf.h"
+#include "catalogue/line_reader.h"
+#include "catalogue/macro_table.h"
+#include "catalogue/resource_files.h"
+#include "catalogue/resource_loader.h"
+#include "catalogue/table_builder.h"
+#include "catalogue/text_case.h"
+#include "draw/object_types.h"
+
+namespace catalogue {
+
+namespace {
+
+using PM = ParseMessage;
+using Tokens = std::vector<std::wstring>;
+
+constexpr size_t kMaxObjectName = 132;
+
+std::wstring trimName(std::wstring_view text) {
+  size_t first = text.find_first_not_of(L" \t");
+  if (first == std::wstring_view::npos) return {};
+  size_t last = text.find_last_not_of(L" \t\r\n");
+  return std::wstring(text.substr(first, last - first + 1));
+}
+
+// A class has a name and types, and its first type is not the invalid marker.
+bool isValidObject(const ObjectClass& object) {
+  const std::vector<std::wstring>& types = object.objectTypes();
+  return !object.display_name.empty() && !types.empty() && types.front() != draw::kTypeInvalid;
+}
+
+bool isDrawable(const ObjectClass& object) {
+  return object.objectTypes().front() != draw::kTypeNotDrawable;
+}
+
+class Parser {
+ public:
+  Parser(host::Host& host, const std::wstring& class_file) : host_(host) {
+    result_.catalogue.class_file = class_file;
+    stack_.push_back(&result_.catalogue.tree);
+    table_dictionary_ = objdata::findTableDictionary(host_.database());
+  }
+
+  ParseResult run(std::wstring_view text) {
+    result_.ok = readLines(text) && finish();
+    if (!result_.ok) result_.catalogue.clear();
+    return std::move(result_);
+  }
+
+ private:
+  Catalogue& catalogue() { return result_.catalogue; }
+
+  void report(PM message, int line, std::wstring argument = {}) {
+    result_.messages.push_back({message, line, std::move(argument)});
+  }
+  // Reports a fatal error of the current line; always false, so handlers can return it.
+  bool fail(PM message, std::wstring argument = {}) {
+    report(message, line_, std::move(argument));
+    return false;
+  }
+
+  bool readLines(std::wstring_view text) {
+    LineReader reader(text);
+    std::wstring_view line;
+    while (reader.next(line)) {
+      ++line_;
+      Tokens tokens = tokenizeLine(line);
+      if (tokens.empty()) continue;
+      // Lower-cased once empty tokens are gone, so that a keyword after a blank first column
+      // still compares without case.
+      tokens.front() = lowerCase(tokens.front());
+      for (std::wstring& token : tokens) macros_.expand(token);
+      if (!dispatch(tokens)) return false;
+    }
+    return true;
+  }
+
+  bool dispatch(const Tokens& t) {
+    const std::wstring& keyword = t.front();
+    if (keyword == L"class") return onClass(t);
+    if (keyword == L"/class") return onEndClass(t);
+    if (keyword == L"obj_name") return onObjName(t);
+    if (keyword == L"obj_type") return onObjType(t);
+    if (keyword == L"obj_prop") return onObjProp(t);
+    if (keyword == L"vel_name") return onVelName(t);
+    if (keyword == L"vel_key") return onVelKey(t);
+    if (keyword == L"vel_fld") return onVelFld(t);
+    if (keyword == L"define") return onDefine(t);
+    if (keyword == L"variable") return onVariable(t);
+    if (keyword == L"autoconst") return onAutoconst(t);
+    if (const ResourceKeyword* rule = findResourceKeyword(keyword)) return onResource(*rule, t);
+    return fail(PM::kInvalidSyntax, keyword);
+  }
+
+  // --- Groups.
+
+  bool onClass(const Tokens& t) {
+    if (t.size() != 3 && t.size() != 4) return fail(PM::kInvalidClass);
+    attachObject();
+    Group group;
+    group.name = trimName(t[1]);
+    // Only a repeated name written in lower case is caught, as files in use rely on.
+    if (catalogue().findGroup(group.name) != nullptr) return fail(PM::kRedefinition, group.name);
+    group.flag = std::clamp(base::wtoi(t[2]), 0, 1);
+    group_flag_ = group.flag;
+    if (t.size() == 4) group.text = t[3];
+    Group* parent = stack_.back();
+    parent->children.push_back(std::move(group));
+    stack_.push_back(&parent->children.back());
+    return true;
+  }
+
+  bool onEndClass(const Tokens& t) {
+    if (t.size() != 1) return fail(PM::kInvalidClass);
+    // Back to enabled, not to the flag of the group now innermost: files in use rely on it.
+    group_flag_ = 1;
+    if (stack_.size() == 1) return fail(PM::kInvalidClass);
+    attachObject();
+    stack_.pop_back();
+    return true;
+  }
+
+  // Adds the current class to the innermost group, once.
+  void attachObject() {
+    if (!object_ || object_key_ == last_attached_ || !isValidObject(*object_) ||
+        !isDrawable(*object_)) {
+      return;
+    }
+    stack_.back()->members.push_back(object_key_);
+    last_attached_ = object_key_;
+  }
+
+  // --- Classes.
+
+  bool closeObject() {
+    if (!isValidObject(*object_) || !isDrawable(*object_)) return fail(PM::kInvalidObject);
+    if (catalogue().objects.contains(object_key_)) {
+      return fail(PM::kRedefinition, object_->display_name);
+    }
+    if (table_ && !closeTable()) return false;
+    attachObject();
+    catalogue().objects.emplace(object_key_, std::move(*object_));
+    object_.reset();
+    return true;
+  }
+
+  bool onObjName(const Tokens& t) {
+    if (object_ && !closeObject()) return false;
+    object_.reset();
+    table_.reset();
+    if ((t.size() != 4 && t.size() != 5) || t[1].size() > kMaxObjectName) {
+      return fail(PM::kInvalidObjName);
+    }
+    ObjectClass object;
+    object.display_name = t[1];
+    object.enabled = (group_flag_ == 1 ? base::wtoi(t[2]) : 0) != 0;
+    object.draw_order = base::wtoi(t[3]);
+    if (t.size() == 5) object.icon = t[4];
+    object_key_ = lowerCase(t[1]);
+    object_ = std::move(object);
+    return true;
+  }
+
+  bool onObjType(const Tokens& t) {
+    if (!object_) return fail(PM::kObjNameUndefined);
+    if (t.size() != 2) return fail(PM::kInvalidObjType);
+    object_->properties.object_types = draw::parseObjectTypes(t[1]);
+    if (!isValidObject(*object_)) return fail(PM::kInvalidObjType);
+    return true;
+  }
+
+  bool onObjProp(const Tokens& t) {
+    if (!object_) return fail(PM::kObjNameUndefined);
+    const std::vector<std::wstring>& types = object_->objectTypes();
+    if (types.empty() || draw::isTypeMarker(types.front())) return fail(PM::kObjTypeUndefined);
+    if (t.size() < 3) return true;  // a key without a value is ignored, as files in use expect
+    if (t.size() > 4 || !draw::parseObjectProperty(object_->properties, t[1], t[2],
+                                                   t.size() == 4 ? t[3] : std::wstring())) {
+      report(PM::kWarnInvalidObjProp, line_);
+    }
+    return true;
+  }
+
+  // --- Tables.
+
+  static bool isValidName(const std::wstring& name, size_t max) {
+    return name.size() <= max && !hasInvalidNameCharacter(name);
+  }
+
+  bool onVelName(const Tokens& t) {
+    if (!object_) return fail(PM::kObjNameUndefined);
+    if (t.size() != 2 || !isValidName(t[1], kMaxTableName)) return fail(PM::kInvalidVelName);
+    if (table_ && !closeTable()) return false;
+    table_ = TableDefinition{t[1], {}};
+    return true;
+  }
+
+  bool onVelKey(const Tokens& t) {
+    if (!table_) return fail(PM::kVelNameUndefined);
+    if (t.size() != 2 || !isValidName(t[1], kMaxFieldName)) return fail(PM::kInvalidVelKey);
+    // A second key is not refused here: it makes the table ill-formed when it closes.
+    table_->fields.push_back(makeKeyField(t[1]));
+    return true;
+  }
+
+  bool onVelFld(const Tokens& t) {
+    if (!table_) return fail(PM::kVelNameUndefined);
+    if (t.size() < 4 || t.size() > 6 || !isValidName(t[1], kMaxFieldName)) {
+      return fail(PM::kInvalidVelFld);
+    }
+    auto existing = std::find_if(table_->fields.begin(), table_->fields.end(),
+                                 [&](const FieldDefinition& f) { return f.name == t[1]; });
+    if (existing != table_->fields.end()) return fail(PM::kRedefinitionOfField, existing->name);
+    std::optional<FieldDefinition> field = makeField(t, macros_);
+    if (!field) return fail(PM::kInvalidVelFld);
+    if (autoconst_ && field->allowed.size() == 1 && field->allowed.front() == field->value) {
+      field->flags |= kFieldConst;
+    }
+    table_->fields.push_back(std::move(*field));
+    return true;
+  }
+
+  bool closeTable() {
+    TableDefinition table = std::move(*table_);
+    table_.reset();
+    if (!isWellFormed(table)) {
+      report(PM::kWarnTableIllFormed, line_, table.name);
+    } else {
+      objdata::StoredTable stored;
+      if (objdata::readStoredTable(host_.database(), table_dictionary_, table.name, stored) ==
+              objdata::kStatusOk &&
+          !matchesStoredTable(table, stored)) {
+        return fail(PM::kTableMismatch, table.name);
+      }
+    }
+    if (collected_.add(table) == TableCollection::Result::kConflict) {
+      return fail(PM::kConflictingTables, table.name);
+    }
+    object_->tables.push_back(std::move(table));
+    return true;
+  }
+
+  // --- Macros, variables, switches.
+
+  bool onDefine(const Tokens& t) {
+    if (t.size() != 3) return fail(PM::kInvalidDefinition);
+    std::wstring name = lowerCase(t[1]);
+    // Reported but defined all the same, as files in use expect.
+    if (name == L"obj_name" || hasInvalidNameCharacter(name)) {
+      report(PM::kInvalidDefinition, line_);
+    }
+    switch (macros_.define(name, t[2])) {
+      case MacroTable::DefineResult::kRecursive:
+        report(PM::kWarnRecursiveDefinition, line_);
+        break;
+      case MacroTable::DefineResult::kRedefined:
+        report(PM::kWarnRedefinition, line_, t[1]);
+        break;
+      case MacroTable::DefineResult::kDefined:
+        break;
+    }
+    return true;
+  }
+
+  bool onVariable(const Tokens& t) {
+    if (t.size() != 3) return fail(PM::kInvalidVariable);
+    auto current = host_.database().getVar(base::toUtf8(t[1]));
+    if (!current) {
+      report(PM::kWarnInvalidVariable, line_, t[1]);
+      return true;
+    }
+    std::optional<SysVarSetting> setting = makeSetting(t[1], settingKindOf(*current), t[2]);
+    if (!setting) return fail(PM::kInvalidVariable);
+    (object_ ? object_->settings : catalogue().global_settings).push_back(std::move(*setting));
+    return true;
+  }
+
+  bool onAutoconst(const Tokens& t) {
+    if (t.size() != 2) return fail(PM::kInvalidSyntax, t.front());
+    autoconst_ = base::wtoi(t[1]) > 0;
+    return true;
+  }
+
+  // --- Resource files.
+
+  bool onResource(const ResourceKeyword& rule, const Tokens& t) {
+    if (t.size() != 2) return fail(rule.invalid);
+    std::wstring pattern = resolveResourcePath(t[1], catalogue().class_file);
+    std::vector<std::wstring> files = findFiles(pattern);
+    if (files.empty()) {
+      report(PM::kInvalidPath, 0, pattern);
+      return false;
+    }
+    for (const std::wstring& file : files) {
+      if (rule.shape_fonts && hasExtension(file, L".shx")) {
+        if (!addToSupportPath(host_, file)) {
+          // The file goes on being read for its messages, but nothing of it is kept.
+          report(PM::kUnableToLoad, 0, file);
+          failed_ = true;
+          return true;
+        }
+        continue;
+      }
+      bool accepted = std::any_of(rule.extensions.begin(), rule.extensions.end(),
+                                  [&](std::wstring_view ext) { return hasExtension(file, ext); });
+      if (!accepted) continue;
+      std::wstring key = lowerCase(file);
+      if (rule.block_files) {
+        catalogue().block_files.try_emplace(key, BlockFile{file, blockNameOf(file)});
+      } else if (rule.kind != 0) {
+        DependencyFile& dependency = dependencies_[key];
+        if (dependency.path.empty()) dependency.path = file;
+        dependency.mask |= rule.kind;
+      }
+    }
+    return true;
+  }
+
+  // --- End of file.
+
+  bool finish() {
+    if (failed_) return false;
+    if (stack_.size() > 1) {
+      report(PM::kUnclosedClass, 0);
+      return false;
+    }
+    if (object_ && !closeObject()) return false;
+    if (!loadResources(catalogue(), dependencies_, host_.database(), result_.messages)) {
+      return false;
+    }
+    for (const SysVarSetting& setting : catalogue().global_settings) {
+      if (auto value = toSysVar(setting)) {
+        (void)host_.database().setVar(base::toUtf8(setting.name), *value);
+      }
+    }
+    buildTableIndex();
+    return true;
+  }
+
+  void buildTableIndex() {
+    host::ObjectId dictionary = objdata::findTableDictionary(host_.database());
+    for (const auto& [key, object] : catalogue().objects) {
+      for (const TableDefinition& table : object.tables) {
+        auto [entry, created] = catalogue().tables.try_emplace(lowerCase(table.name));
+        if (created) {
+          objdata::StoredTable stored;
+          if (objdata::readStoredTable(host_.database(), dictionary, table.name, stored) ==
+              objdata::kStatusOk) {
+            entry->second.stored = std::move(stored);
+          }
+        }
+        std::vector<std::wstring>& users = entry->second.objects;
+        if (std::find(users.begin(), users.end(), key) == users.end()) users.push_back(key);
+      }
+    }
+  }
+
+  host::Host& host_;
+  ParseResult result_;
+  host::ObjectId table_dictionary_;
+  MacroTable macros_;
+  TableCollection collected_;
+  DependencyTable dependencies_;
+  // The open groups, the root first. Only the innermost gets children, so the pointers
+  // into its ancestors' child lists stay valid.
+  std::vector<Group*> stack_;
+  std::optional<ObjectClass> object_;
+  std::wstring object_key_;
+  std::optional<TableDefinition> table_;
+  std::wstring last_attached_;
+  int group_flag_ = 1;
+  bool autoconst_ = false;
+  // A shape font could not be made known: the result will be empty.
+  bool failed_ = false;
+  int line_ = 0;
+};
+
+}  // namespace
+
+ParseResult parseClassText(std::string_view utf8, const std::wstring& path, host::Host& host) {
+  std::wstring text = decodeClassFile(utf8);
+  return Parser(host, path).run(text);
+}
+
+ParseResult parseClassFile(const std::wstring& path, host::Host& host) {
+  std::optional<std::string> bytes = readFileBytes(path);
+  if (!bytes) {
+    ParseResult result;
+    result.catalogue.class_file = path;
+    return result;
+  }
+  return parseClassText(*bytes, path, host);
+}
+
+}  // namespace catalogue

@@ -1,0 +1,265 @@
+// Resource keywords of the class file and the end-of-file steps: files found and filed,
+// imports of what the classes need, "not found" warnings, stored table definitions.
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <fstream>
+
+#include "catalogue/parse_testing.h"
+#include "catalogue/resource_files.h"
+#include "catalogue/text_case.h"
+#include "objdata/stored_table.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+using parse_testing::Fixture;
+using parse_testing::messageTexts;
+
+// A folder of resource files beside a class file, removed at the end.
+class ResourceFolder : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    root_ =
+        fs::temp_directory_path() /
+        ("taxor_resources_" + std::to_string(::testing::UnitTest::GetInstance()->random_seed()) +
+         "_" + ::testing::UnitTest::GetInstance()->current_test_info()->name());
+    fs::remove_all(root_);
+    for (const char* file :
+         {"lib/b.dxf", "lib/a.dwg", "lib/notes.txt", "lib/lines.lin", "lib/hatch.pat",
+          "lib/manhole.dwg", "lib/LAMP.dwg", "lib/old.dwg.dwt.bak", "fonts/roman.shx"}) {
+      fs::create_directories((root_ / file).parent_path());
+      std::ofstream(root_ / file) << "x";
+    }
+    fs::create_directories(root_ / "lib/folder.dwg");
+  }
+  void TearDown() override { fs::remove_all(root_); }
+
+  std::wstring path(const std::string& relative) const {
+    return base::fromUtf8((root_ / relative).string());
+  }
+  catalogue::ParseResult parse(const std::string& text) {
+    return fixture_.parse(text, path("classes.txt"));
+  }
+  std::string u8(const std::string& relative) const { return (root_ / relative).string(); }
+
+  fs::path root_;
+  Fixture fixture_;
+};
+
+constexpr const char* kWaterPipe =
+    "obj_name\tPipe\t1\t1\nobj_type\tPolyline\nobj_prop\tlayer\tWater\t*,Sewer\n";
+
+TEST(ResourceFilesTest, PathsAndExtensions) {
+  EXPECT_EQ(catalogue::resolveResourcePath(L"lib/*.dwg", L"/data/classes.txt"), L"/data/lib/*.dwg");
+  EXPECT_EQ(catalogue::resolveResourcePath(L"lib\\a.dwg", L"C:\\data\\classes.txt"),
+            L"C:\\data\\lib\\a.dwg");
+  EXPECT_EQ(catalogue::resolveResourcePath(L"/abs/a.dwg", L"/data/classes.txt"), L"/abs/a.dwg");
+  EXPECT_EQ(catalogue::resolveResourcePath(L"D:\\a.dwg", L"/data/classes.txt"), L"D:\\a.dwg");
+  struct Case {
+    const wchar_t* path;
+    const wchar_t* extension;
+    bool expected;
+  };
+  for (const Case& c : {Case{L"/d/a.dwg", L".dwg", true}, Case{L"/d/a.DWG", L".dwg", false},
+                        Case{L"/d.dwg/a.dwg", L".dwg", false},
+                        Case{L"/d/a.dwg.bak", L".dwg", false}, Case{L"dwg", L".dwg", false}}) {
+    EXPECT_EQ(catalogue::hasExtension(c.path, c.extension), c.expected) << base::toUtf8(c.path);
+  }
+  EXPECT_EQ(catalogue::blockNameOf(L"C:\\blocks\\Manhole.dwg"), L"Manhole");
+  EXPECT_EQ(catalogue::folderOf(L"/a/b/c.shx"), L"/a/b");
+}
+
+TEST_F(ResourceFolder, WildcardsFindFilesSortedAndSkipFolders) {
+  std::vector<std::wstring> found = catalogue::findFiles(path("lib/*.DW?"));
+  EXPECT_EQ(found, (std::vector<std::wstring>{path("lib/LAMP.dwg"), path("lib/a.dwg"),
+                                              path("lib/manhole.dwg")}));
+  EXPECT_EQ(catalogue::findFiles(base::fromUtf8(u8("lib")) + L"\\a.dwg"),
+            std::vector<std::wstring>{path("lib/a.dwg")});
+  EXPECT_TRUE(catalogue::findFiles(path("lib/folder.dwg")).empty());
+  EXPECT_TRUE(catalogue::findFiles(path("nothing/*.dwg")).empty());
+}
+
+TEST_F(ResourceFolder, NeededKindsAreImportedFromTheirFiles) {
+  fixture_.host.provides[path("lib/a.dwg")] = {{host::kResourceLayers, {L"WATER", L"SEWER"}}};
+  fixture_.host.provides[path("lib/b.dxf")] = {{host::kResourceLayers, {}}};
+  fixture_.fake.addLayer(L"Water");
+  auto result = parse(std::string("layer\tlib/?.d*\ntextstyle\tlib/a.dwg\npattern\tlib/*.dwg\n") +
+                      kWaterPipe);
+  // SEWER was provided but the drawing does not have it: the fake's import adds nothing.
+  EXPECT_EQ(messageTexts(result), "warning: layer 'sewer' not found\n");
+  ASSERT_TRUE(result.ok);
+  const auto& imports = fixture_.host.imports;
+  ASSERT_EQ(imports.size(), 2u);
+  EXPECT_EQ(imports[0].path, path("lib/a.dwg"));
+  EXPECT_EQ(imports[0].mask, host::kResourceLayers);  // no class needs a text style
+  EXPECT_EQ(imports[0].needed,
+            (host::ResourceNames{{host::kResourceLayers, {L"water", L"sewer"}}}));
+  EXPECT_EQ(imports[1].path, path("lib/b.dxf"));
+  EXPECT_EQ(result.catalogue.loaded_files,
+            (std::vector<std::wstring>{path("lib/a.dwg"), path("lib/b.dxf")}));
+  EXPECT_TRUE(result.catalogue.hasResource(host::kResourceLayers, L"Water"));
+  EXPECT_EQ(result.catalogue.resources(host::kResourceLayers).at(L"sewer").file, path("lib/a.dwg"));
+}
+
+TEST_F(ResourceFolder, LayoutsAreAlwaysImported) {
+  fixture_.host.provides[path("lib/a.dwg")] = {};
+  auto result = parse("layout\tlib/a.dwg\n");
+  EXPECT_TRUE(result.ok);
+  ASSERT_EQ(fixture_.host.imports.size(), 1u);
+  EXPECT_EQ(fixture_.host.imports[0].mask, host::kResourceLayouts);
+}
+
+TEST_F(ResourceFolder, FailedImportEmptiesTheCatalogue) {
+  auto result = parse(std::string("layer\tlib/a.dwg\n") + kWaterPipe);
+  EXPECT_EQ(messageTexts(result), "error: unable to load '" + u8("lib/a.dwg") + "'\n");
+  EXPECT_FALSE(result.ok);
+  EXPECT_TRUE(result.catalogue.empty());
+}
+
+TEST_F(ResourceFolder, PathErrorsAndTokenCounts) {
+  struct Case {
+    std::string text;
+    std::string messages;
+  };
+  const Case cases[] = {
+      {"layer\tnothing/*.dwg\nobj_name\tPipe\t1\t1\n",
+       "error: invalid path: '" + u8("nothing/*.dwg") + "'\n"},
+      {"pattern\tlib/*.dwg\n", ""},  // matches only drawings: nothing added, nothing said
+      {"linetype\tlib/notes.txt\n", ""},
+      {"blockreference\tlib/old.dwg.dwt.bak\n", ""},
+      {"layer\n", "1: error: invalid 'layer' definition\n"},
+      {"font\ta\tb\n", "1: error: invalid 'font' definition\n"},
+      {"blockreferencefile\n", "1: error: invalid 'blockreferencefile' definition\n"},
+  };
+  for (const Case& c : cases) {
+    Fixture fixture;
+    auto result = fixture.parse(c.text, path("classes.txt"));
+    EXPECT_EQ(messageTexts(result), c.messages) << c.text;
+    EXPECT_EQ(result.ok, c.messages.empty()) << c.text;
+    EXPECT_TRUE(fixture.host.imports.empty());
+  }
+}
+
+TEST_F(ResourceFolder, BlockFilesServeTheBlocksNamedLikeThem) {
+  fixture_.fake.addSymbol(host::SymbolTable::kBlock, L"valve");
+  auto result = parse(
+      "blockreferencefile\tlib/*.dwg\n"
+      "obj_name\tManhole\t1\t1\nobj_type\tBlockReference\nobj_prop\tblockname\tManhole\n"
+      // LAMP.dwg names its block in capitals; class names are lower-cased: not served.
+      "obj_name\tLamp\t1\t1\nobj_type\tBlockReference\nobj_prop\tblockname\tLamp\n"
+      "obj_name\tValve\t1\t1\nobj_type\tBlockReference\nobj_prop\tblockname\tValve\n");
+  EXPECT_EQ(messageTexts(result), "warning: block 'lamp' not found\n");
+  ASSERT_TRUE(result.ok);
+  std::map<std::wstring, catalogue::BlockFile> expected = {
+      {catalogue::lowerCase(path("lib/manhole.dwg")), {path("lib/manhole.dwg"), L"manhole"}}};
+  EXPECT_EQ(result.catalogue.block_files, expected);
+  EXPECT_TRUE(fixture_.host.imports.empty());
+}
+
+TEST_F(ResourceFolder, ShapeFontsExtendTheSupportPath) {
+  std::wstring folder = path("fonts");
+  fixture_.host.env[L"ACAD"] = L"/usr/share/fonts";
+  auto result = parse("font\tfonts/*.shx\nlinetype\tfonts/roman.shx\n");
+  EXPECT_TRUE(result.ok) << messageTexts(result);
+  EXPECT_EQ(fixture_.host.env[L"ACAD"], L"/usr/share/fonts;" + folder + L";");
+
+  Fixture unset;
+  EXPECT_TRUE(unset.parse("font\tfonts/roman.shx\n", path("classes.txt")).ok);
+  EXPECT_EQ(unset.host.env[L"ACAD"], folder + L";");
+}
+
+TEST_F(ResourceFolder, ShapeFontThatCannotBeAddedEmptiesTheResultButParsingGoesOn) {
+  fixture_.host.env_writable = false;
+  auto result = parse(std::string(kWaterPipe) + "font\tfonts/roman.shx\nobj_prop\tcolor\tred\n");
+  EXPECT_EQ(messageTexts(result), "error: unable to load '" + u8("fonts/roman.shx") +
+                                      "'\n5: warning: invalid 'obj_prop' definition\n");
+  EXPECT_FALSE(result.ok);
+  EXPECT_TRUE(result.catalogue.empty());
+}
+
+TEST_F(ResourceFolder, MissingResourcesAreWarnedInOrder) {
+  auto result = parse(
+      "obj_name\tText\t1\t1\nobj_type\tText\nobj_prop\ttextstyle\tNotes\n"
+      "obj_prop\tpattern\tBricks\nobj_prop\tmlinestyle\tDouble\nobj_prop\tmleaderstyle\tArrow\n"
+      "obj_prop\tlinetype\tDashed\nobj_prop\tlayer\tLabels\nobj_prop\tdimensionstyle\tIso\n"
+      "obj_prop\tblockname\tTag\n");
+  EXPECT_EQ(messageTexts(result),
+            "warning: block 'tag' not found\nwarning: dimension 'iso' not found\n"
+            "warning: layer 'labels' not found\nwarning: linetype 'dashed' not found\n"
+            "warning: mleader 'arrow' not found\nwarning: mline 'double' not found\n"
+            "warning: pattern 'bricks' not found\nwarning: textstyle 'notes' not found\n");
+  EXPECT_TRUE(result.ok);
+}
+
+// The drawing already stores table PIPES as (CLASS character, DN real).
+void storePipes(fakes::FakeHost& fake) {
+  host::Database& db = fake.database();
+  auto dictionary = db.createDictionary(db.namedObjectsDictionary(), L"VELEMUDATA");
+  auto xrecord = db.createXrecord(*dictionary, L"Pipes");
+  ASSERT_TRUE(db.writeXrecord(*xrecord, {host::ResBuf::text(L"CLASS"), host::ResBuf::text(L""),
+                                         host::ResBuf::text(L"DN"), host::ResBuf::real(0)}));
+}
+
+TEST(StoredTablesTest, TablesAreComparedWithTheDrawingsDefinitions) {
+  const std::string head =
+      "obj_name\tPipe\t1\t1\nobj_type\tLine\nvel_name\tPIPES\nvel_key\tclass\n";
+  struct Case {
+    std::string fields;
+    std::string messages;
+  };
+  const Case cases[] = {
+      {"vel_fld\tdn\tDiameter\treal\n", ""},
+      {"vel_fld\tDN\tDiameter\tinteger\n",
+       "5: error: table 'PIPES' does not match existing definition\n"},
+      {"vel_fld\tDN\tDiameter\treal\nvel_fld\tDEPTH\tDepth\treal\n",
+       "6: error: table 'PIPES' does not match existing definition\n"},
+      // An ill-formed table is only warned of, never compared.
+      {"vel_key\tK2\n", "5: warning: table 'PIPES' ill-formed\n"},
+  };
+  for (const Case& c : cases) {
+    Fixture fixture;
+    storePipes(fixture.fake);
+    auto result = fixture.parse(head + c.fields);
+    EXPECT_EQ(messageTexts(result), c.messages) << c.fields;
+    if (!result.ok) continue;
+    const catalogue::TableEntry* entry = result.catalogue.findTable(L"pipes");
+    ASSERT_NE(entry, nullptr);
+    ASSERT_TRUE(entry->stored.has_value());
+    EXPECT_EQ(entry->stored->name, L"Pipes");
+    EXPECT_EQ(entry->stored->fields,
+              (std::vector<objdata::StoredField>{{L"CLASS", objdata::ValueType::kCharacter},
+                                                 {L"DN", objdata::ValueType::kReal}}));
+  }
+}
+
+TEST(StoredTablesTest, ReadingSkipsUnknownCodesAndRepeatedNames) {
+  fakes::FakeHost fake;
+  host::Database& db = fake.database();
+  EXPECT_TRUE(objdata::findTableDictionary(db).isNull());
+  std::vector<std::wstring> names;
+  EXPECT_EQ(objdata::listStoredTables(db, names, 7), objdata::kStatusOk);
+  EXPECT_TRUE(names.empty());
+
+  auto dictionary = db.createDictionary(db.namedObjectsDictionary(), L"VELEMUDATA");
+  auto xrecord = db.createXrecord(*dictionary, L"Mixed");
+  ASSERT_TRUE(db.writeXrecord(
+      *xrecord,
+      {host::ResBuf::text(L"A"), host::ResBuf::integer(0), host::ResBuf::text(L"B"),
+       host::ResBuf{70, std::string("1")}, host::ResBuf::text(L"a"), host::ResBuf::real(0),
+       host::ResBuf::text(L"P"), host::ResBuf::point({}), host::ResBuf::text(L"odd")}));
+  objdata::StoredTable table;
+  ASSERT_EQ(objdata::readStoredTable(db, *dictionary, L"MIXED", table), objdata::kStatusOk);
+  EXPECT_EQ(table.name, L"Mixed");
+  EXPECT_EQ(table.fields, (std::vector<objdata::StoredField>{{L"A", objdata::ValueType::kInteger},
+                                                             {L"P", objdata::ValueType::kPoint}}));
+  EXPECT_EQ(objdata::readStoredTable(db, *dictionary, L"Other", table), objdata::kStatusNothing);
+  EXPECT_TRUE(objdata::hasStoredTable(db, *dictionary, L"mixed"));
+  EXPECT_FALSE(objdata::hasStoredTable(db, *dictionary, L"Other"));
+  EXPECT_EQ(objdata::listStoredTables(db, names, 1), objdata::kStatusOk);
+  EXPECT_TRUE(names.empty());
+  EXPECT_EQ(objdata::listStoredTables(db, names, 7), objdata::kStatusOk);
+  EXPECT_EQ(names, std::vector<std::wstring>{L"Mixed"});
+}
+
+}  // namespace

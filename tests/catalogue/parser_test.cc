@@ -1,0 +1,348 @@
+// The class-file parser on texts: structure, tables, macros, variables and its messages.
+#include "catalogue/parser.h"
+
+#include <gtest/gtest.h>
+
+#include <functional>
+
+#include "catalogue/macro_table.h"
+#include "catalogue/parse_testing.h"
+#include "draw/object_types.h"
+
+namespace {
+
+using catalogue::Catalogue;
+using catalogue::FieldDefinition;
+using catalogue::FieldType;
+using catalogue::ValueKind;
+using parse_testing::Fixture;
+using parse_testing::messageTexts;
+
+const catalogue::ObjectClass& object(const Catalogue& c, const wchar_t* name) {
+  const catalogue::ObjectClass* found = c.findObject(name);
+  if (found == nullptr) throw std::runtime_error("no class " + base::toUtf8(name));
+  return *found;
+}
+
+const FieldDefinition& field(const Catalogue& c, const wchar_t* cls, size_t table, size_t f) {
+  return object(c, cls).tables.at(table).fields.at(f);
+}
+
+// A class named `name` of type Line with one well-formed table `table`.
+std::string lineClass(const std::string& name, const std::string& table = "T") {
+  return "obj_name\t" + name + "\t1\t1\nobj_type\tLine\nvel_name\t" + table + "\nvel_key\tCLASS\n";
+}
+
+struct Case {
+  const char* name;
+  std::string text;
+  // The messages as printed, concatenated; the parse succeeds exactly when none says "error".
+  std::string messages;
+  std::function<void(const Catalogue&)> check;
+  // The one "error" that does not stop the parser: a bad macro name.
+  bool error_is_reported_only = false;
+};
+
+void runCases(const std::vector<Case>& cases) {
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.name);
+    Fixture fixture;
+    fixture.fake.addLayer(L"WATER");
+    fixture.fake.addLayer(L"SEWER");
+    catalogue::ParseResult result = fixture.parse(c.text);
+    EXPECT_EQ(messageTexts(result), c.messages);
+    bool fatal = !c.error_is_reported_only && c.messages.find("error") != std::string::npos;
+    EXPECT_EQ(result.ok, !fatal);
+    if (fatal) {
+      EXPECT_TRUE(result.catalogue.empty());
+    }
+    if (c.check) c.check(result.catalogue);
+  }
+}
+
+TEST(ParserTest, GroupsAndFlags) {
+  runCases({
+      {"a group with flag 0 disables its classes; the flag is 1 again after /class",
+       "class\tOuter\t0\n"
+       "obj_name\tPipe\t1\t5000\nobj_type\tLine\n"
+       "class\tInner\t1\tInner text\n"
+       "obj_name\tCable\t1\t10\nobj_type\tLine\n"
+       "/class\n"
+       "obj_name\tDuct\t1\t1\nobj_type\tLine\n"
+       "/class\n",
+       "",
+       [](const Catalogue& c) {
+         EXPECT_FALSE(object(c, L"pipe").enabled);
+         EXPECT_EQ(object(c, L"pipe").draw_order, 5000);
+         EXPECT_TRUE(object(c, L"cable").enabled);
+         EXPECT_TRUE(object(c, L"duct").enabled);
+         const catalogue::Group* outer = c.findGroup(L"outer");
+         ASSERT_NE(outer, nullptr);
+         EXPECT_EQ(outer->members, (std::vector<std::wstring>{L"pipe", L"duct"}));
+         EXPECT_EQ(outer->flag, 0);
+         ASSERT_EQ(outer->children.size(), 1u);
+         EXPECT_EQ(outer->children[0].members, std::vector<std::wstring>{L"cable"});
+         EXPECT_EQ(outer->children[0].text, L"Inner text");
+         EXPECT_EQ(c.findGroup(L"OUTER"), nullptr);  // the search compares lower-cased names
+       }},
+      {"classes outside any group belong to the root", "obj_name\tPipe\t1\t1\nobj_type\tLine\n", "",
+       [](const Catalogue& c) { EXPECT_EQ(c.tree.members, std::vector<std::wstring>{L"pipe"}); }},
+      {"a group name repeated in lower case is a redefinition",
+       "class\troads\t1\n/class\nclass\troads\t1\n/class\n", "3: error: redefinition of 'roads'\n",
+       nullptr},
+      {"a group name repeated with capitals is not caught",
+       "class\tRoads\t1\n/class\nclass\tRoads\t1\n/class\n", "", nullptr},
+      {"a group left open", "class\tRoads\t1\nobj_name\tPipe\t1\t1\nobj_type\tLine\n",
+       "error: invalid class definition\n", nullptr},
+      {"/class without a group", "/class\n", "1: error: invalid 'class' definition\n", nullptr},
+      {"class with two tokens", "class\tRoads\n", "1: error: invalid 'class' definition\n",
+       nullptr},
+  });
+}
+
+TEST(ParserTest, ClassesAndTypes) {
+  runCases({
+      {"blanks and a comment around a keyword in capitals",
+       "obj_name\tPipe\t1\t1\n  OBJ_TYPE\tLine  # the type\n", "",
+       [](const Catalogue& c) {
+         EXPECT_EQ(object(c, L"pipe").objectTypes(), std::vector<std::wstring>{L"Line"});
+       }},
+      {"lookups ignore case, the display name keeps it",
+       "obj_name\tPotrubí Vody\t1\t1\tIcons/Line.png\nobj_type\tline, POLYLINE\n", "",
+       [](const Catalogue& c) {
+         const auto& pipe = object(c, L"POTRUBÍ VODY");
+         EXPECT_EQ(pipe.display_name, L"Potrubí Vody");
+         EXPECT_EQ(pipe.icon, L"Icons/Line.png");
+         EXPECT_EQ(pipe.objectTypes(), (std::vector<std::wstring>{L"Line", L"Polyline"}));
+         EXPECT_EQ(c.findObject(L"potrubí vody"), &pipe);
+       }},
+      {"a class without a type", "obj_name\tPipe\t1\t1\nobj_name\tDuct\t1\t1\n",
+       "2: error: invalid object definition\n", nullptr},
+      {"a class that cannot be drawn is refused when it closes",
+       "obj_name\tPipe\t1\t1\nobj_type\t?\n", "2: error: invalid object definition\n", nullptr},
+      {"an unknown type", "obj_name\tPipe\t1\t1\nobj_type\tLine, Pipe\n",
+       "2: error: invalid 'obj_type' definition\n", nullptr},
+      {"a type before any class", "obj_type\tLine\n", "1: error: 'obj_name' undefined\n", nullptr},
+      {"a class defined twice",
+       "obj_name\tPipe\t1\t1\nobj_type\tLine\nobj_name\tPIPE\t1\t1\n"
+       "obj_type\tLine\n",
+       "4: error: redefinition of 'PIPE'\n", nullptr},
+      {"obj_name with three tokens", "obj_name\tPipe\t1\n",
+       "1: error: invalid 'obj_name' definition\n", nullptr},
+      {"a name of 133 characters", "obj_name\t" + std::string(133, 'n') + "\t1\t1\n",
+       "1: error: invalid 'obj_name' definition\n", nullptr},
+      {"an unknown keyword, shown lower-cased", "obj_name\tPipe\t1\t1\nobj_type\tLine\nFOO\tx\n",
+       "3: error: invalid syntax: 'foo'\n", nullptr},
+  });
+}
+
+TEST(ParserTest, ObjectProperties) {
+  runCases({
+      {"values, a refused value and a line of five tokens are warnings",
+       "obj_name\tPipe\t1\t1\nobj_type\tLine\n"
+       "obj_prop\tlayer\tWATER\n"
+       "obj_prop\tcolor\t1\t3,5\n"
+       "obj_prop\tcolour\t1\n"
+       "obj_prop\tlayer\ta\tb\tc\n"
+       "obj_prop\tlineweight\n",
+       "5: warning: invalid 'obj_prop' definition\n6: warning: invalid 'obj_prop' definition\n",
+       [](const Catalogue& c) {
+         const auto& p = object(c, L"pipe").properties;
+         EXPECT_EQ(p.layer.value, L"water");
+         EXPECT_TRUE(p.layer.alternatives.empty());
+         EXPECT_EQ(p.color, (std::vector<draw::ColorSpec>{{1}, {3}, {5}}));
+         EXPECT_FALSE(p.lineweight.isSet());
+       }},
+      {"properties before the type", "obj_name\tPipe\t1\t1\nobj_prop\tlayer\tWATER\n",
+       "2: error: 'obj_type' undefined\n", nullptr},
+      {"properties after a type line without types",
+       "obj_name\tPipe\t1\t1\nobj_type\t ,\nobj_prop\tlayer\tWATER\n",
+       "3: error: 'obj_type' undefined\n", nullptr},
+  });
+}
+
+TEST(ParserTest, TablesAndFields) {
+  runCases({
+      {"value kinds, flags and descriptions",
+       "obj_name\tPipe\t1\t1\nobj_type\tLine\nvel_name\tPIPES\nvel_key\tCLASS\n"
+       "vel_fld\tNOTE\t  Free text  \tcharacter\n"
+       "vel_fld\tDEPTH\tDepth\tRequired Real\t1.5\n"
+       "vel_fld\tDN\tDiameter\tconst notempty integer\t100\t80,100,150\n"
+       "vel_fld\tLEN\tLength\treal\t5\t1:10\n"
+       "vel_fld\tKIND\tKind\tcharacter\tB\t A :B:C\n",
+       "",
+       [](const Catalogue& c) {
+         const auto& table = object(c, L"pipe").tables.at(0);
+         EXPECT_EQ(table.name, L"PIPES");
+         const FieldDefinition key = table.fields[0];
+         EXPECT_EQ(key.kind, ValueKind::kKey);
+         EXPECT_EQ(key.type, FieldType::kCharacter);
+         EXPECT_EQ(key.value, L"$(obj_name)");
+         EXPECT_EQ(table.fields[1].description, L"Free text");
+         EXPECT_EQ(table.fields[1].kind, ValueKind::kFree);
+         EXPECT_EQ(table.fields[2].kind, ValueKind::kDefault);
+         EXPECT_EQ(table.fields[2].flags, catalogue::kFieldRequired);
+         EXPECT_EQ(table.fields[2].type, FieldType::kReal);
+         EXPECT_EQ(table.fields[3].kind, ValueKind::kList);
+         EXPECT_EQ(table.fields[3].flags, catalogue::kFieldConst | catalogue::kFieldNotEmpty);
+         EXPECT_EQ(table.fields[3].allowed, (std::vector<std::wstring>{L"80", L"100", L"150"}));
+         EXPECT_EQ(table.fields[4].kind, ValueKind::kRange);
+         EXPECT_EQ(table.fields[4].allowed, (std::vector<std::wstring>{L"1", L"10"}));
+         EXPECT_EQ(table.fields[5].kind, ValueKind::kList);  // two colons: a list of three
+         EXPECT_EQ(table.fields[5].allowed, (std::vector<std::wstring>{L"A", L"B", L"C"}));
+         const catalogue::TableEntry* entry = c.findTable(L"pipes");
+         ASSERT_NE(entry, nullptr);
+         EXPECT_EQ(entry->objects, std::vector<std::wstring>{L"pipe"});
+         EXPECT_FALSE(entry->stored.has_value());
+       }},
+      {"an escaped TAB in a default",
+       lineClass("Pipe") + "vel_fld\tNOTE\tNote\tcharacter\ta\\\tb\n", "",
+       [](const Catalogue& c) { EXPECT_EQ(field(c, L"pipe", 0, 1).value, L"a\tb"); }},
+      {"autoconst makes single-value fields constant",
+       "autoconst\t1\n" + lineClass("Pipe") +
+           "vel_fld\tA\tA\tcharacter\tX\tX\nvel_fld\tB\tB\tcharacter\tX\tX,Y\n"
+           "autoconst\t0\nvel_fld\tC\tC\tcharacter\tX\tX\n",
+       "",
+       [](const Catalogue& c) {
+         EXPECT_EQ(field(c, L"pipe", 0, 1).flags, catalogue::kFieldConst);
+         EXPECT_EQ(field(c, L"pipe", 0, 2).flags, 0u);
+         EXPECT_EQ(field(c, L"pipe", 0, 3).flags, 0u);
+       }},
+      {"ill-formed tables are kept with a warning",
+       "obj_name\tPipe\t1\t1\nobj_type\tLine\nvel_name\tNOKEY\nvel_fld\tA\tA\tinteger\n"
+       "vel_name\tTWOKEYS\nvel_key\tK1\nvel_key\tK2\n"
+       "vel_name\tBADDEFAULT\nvel_key\tK\nvel_fld\tA\tA\tinteger\t7\t1,2\n"
+       "obj_name\tDuct\t1\t1\nobj_type\tLine\n",
+       "5: warning: table 'NOKEY' ill-formed\n8: warning: table 'TWOKEYS' ill-formed\n"
+       "11: warning: table 'BADDEFAULT' ill-formed\n",
+       [](const Catalogue& c) { EXPECT_EQ(object(c, L"pipe").tables.size(), 3u); }},
+      {"tables of the same name in two cases with equal fields share an index entry",
+       lineClass("Pipe", "Lines") + "vel_fld\tX\tX\tinteger\n" + lineClass("Duct", "LINES") +
+           "vel_fld\tx\tX\tinteger\n",
+       "",
+       [](const Catalogue& c) {
+         const catalogue::TableEntry* entry = c.findTable(L"LiNeS");
+         ASSERT_NE(entry, nullptr);
+         EXPECT_EQ(entry->objects, (std::vector<std::wstring>{L"duct", L"pipe"}));
+       }},
+      {"tables of the same name with other types conflict",
+       lineClass("Pipe", "Lines") + "vel_fld\tX\tX\tinteger\n" + lineClass("Duct", "LINES") +
+           "vel_fld\tX\tX\treal\nobj_name\tCable\t1\t1\n",
+       "11: error: conflicting definitions for table 'LINES'\n", nullptr},
+      {"a table name of 26 characters",
+       "obj_name\tPipe\t1\t1\nobj_type\tLine\nvel_name\t" + std::string(26, 't') + "\n",
+       "3: error: invalid 'vel_name' definition\n", nullptr},
+      {"a table name with a blank", "obj_name\tPipe\t1\t1\nobj_type\tLine\nvel_name\tMy table\n",
+       "3: error: invalid 'vel_name' definition\n", nullptr},
+      {"a table before any class", "vel_name\tT\n", "1: error: 'obj_name' undefined\n", nullptr},
+      {"a key before any table", "obj_name\tPipe\t1\t1\nobj_type\tLine\nvel_key\tK\n",
+       "3: error: 'vel_name' undefined\n", nullptr},
+      {"a key name with a full stop", lineClass("Pipe") + "vel_key\tA.B\n",
+       "5: error: invalid 'vel_key' definition\n", nullptr},
+      {"a field given twice", lineClass("Pipe") + "vel_fld\tA\tA\tinteger\nvel_fld\tA\tA\treal\n",
+       "6: error: redefinition of vel_fld 'A'\n", nullptr},
+      {"an unknown type word", lineClass("Pipe") + "vel_fld\tA\tA\tfloat\n",
+       "5: error: invalid 'vel_fld' definition\n", nullptr},
+      {"an unknown flag word", lineClass("Pipe") + "vel_fld\tA\tA\tunique integer\n",
+       "5: error: invalid 'vel_fld' definition\n", nullptr},
+      {"a range of three values", lineClass("Pipe") + "vel_fld\tA\tA\tinteger\t1\t1:5,7\n",
+       "5: error: invalid 'vel_fld' definition\n", nullptr},
+      {"a field of three tokens", lineClass("Pipe") + "vel_fld\tA\tA\n",
+       "5: error: invalid 'vel_fld' definition\n", nullptr},
+  });
+}
+
+TEST(ParserTest, Macros) {
+  runCases({
+      {"a recursive macro is refused; a repeated one keeps the last value",
+       "define\tw\tx$(w)\ndefine\tW\tWATER\ndefine\tw\tSEWER\n"
+       "obj_name\tPipe\t1\t1\nobj_type\tLine\nobj_prop\tlayer\t$(W)\nobj_prop\ttext\t$(x)\n",
+       "1: warning: recursive definition\n3: warning: redefinition of 'w'\n",
+       [](const Catalogue& c) {
+         EXPECT_EQ(object(c, L"pipe").properties.layer.value, L"sewer");
+         EXPECT_EQ(object(c, L"pipe").properties.text.value, L"$(x)");  // unknown: kept
+       }},
+      {"macros expand in keywords, in macro values and in field values",
+       "define\tkw\tobj_type\ndefine\tdn\t100\ndefine\tdns\t80,$(dn)\n" + std::string() +
+           "obj_name\tPipe\t1\t1\n$(kw)\tLine\nvel_name\tT\nvel_key\tK\n"
+           "vel_fld\tDN\tDN\tinteger\t$(DN)\t$(dns)\n",
+       "",
+       [](const Catalogue& c) {
+         EXPECT_EQ(field(c, L"pipe", 0, 1).value, L"100");
+         EXPECT_EQ(field(c, L"pipe", 0, 1).allowed, (std::vector<std::wstring>{L"80", L"100"}));
+       }},
+      {"a bad macro name is reported but defined",
+       "define\ta.b\tWATER\nobj_name\tPipe\t1\t1\nobj_type\tLine\nobj_prop\tlayer\t$(a.b)\n",
+       "1: error: invalid definition\n",
+       [](const Catalogue& c) { EXPECT_EQ(object(c, L"pipe").properties.layer.value, L"water"); },
+       true},
+      {"define with two tokens", "define\tw\n", "1: error: invalid definition\n", nullptr},
+      {"autoconst with one token", "autoconst\n", "1: error: invalid syntax: 'autoconst'\n",
+       nullptr},
+  });
+}
+
+TEST(ParserTest, MacroReferringToItselfStopsExpanding) {
+  // Only a redefinition can make a macro refer to itself; expansion still ends.
+  catalogue::MacroTable macros;
+  EXPECT_EQ(macros.define(L"A", L"x"), catalogue::MacroTable::DefineResult::kDefined);
+  EXPECT_EQ(macros.define(L"a", L"<$(a)>"), catalogue::MacroTable::DefineResult::kRedefined);
+  std::wstring token = L"$(A)";
+  macros.expand(token);
+  EXPECT_EQ(token.size(), 4u + 2u * catalogue::MacroTable::kMaxExpansions);
+}
+
+TEST(ParserTest, LongLinesAreReadInPieces) {
+  runCases({
+      {"a blank line of 10300 characters counts as two lines",
+       std::string(10300, ' ') + "\nbogus\n", "3: error: invalid syntax: 'bogus'\n", nullptr},
+      {"the second piece of a long comment is parsed as a line",
+       "#" + std::string(10238, 'x') + "bogus\n", "2: error: invalid syntax: 'bogus'\n", nullptr},
+      {"a line of exactly 10239 characters leaves its newline as a line",
+       "#" + std::string(10238, 'x') + "\nbogus\n", "3: error: invalid syntax: 'bogus'\n", nullptr},
+  });
+}
+
+TEST(ParserTest, Variables) {
+  Fixture fixture;
+  fixture.fake.setVar("LUPREC", host::SysVar{int16_t{4}});
+  fixture.fake.setVar("TEXTSIZE", host::SysVar{2.5});
+  fixture.fake.setVar("INSBASE", host::SysVar{host::Point3{}});
+  fixture.fake.setVar("CLAYER", host::SysVar{std::wstring(L"0")});
+  auto result = fixture.parse(
+      "variable\tluprec\t2\nvariable\tNOSUCH\t1\nvariable\tINSBASE\t1, 2 ,3\n"
+      "obj_name\tPipe\t1\t1\nobj_type\tLine\nvariable\tTEXTSIZE\t0.5\nvariable\tCLAYER\tWATER\n");
+  EXPECT_EQ(messageTexts(result), "2: warning: invalid variable 'NOSUCH'\n");
+  ASSERT_TRUE(result.ok);
+  using catalogue::SettingKind;
+  const auto& globals = result.catalogue.global_settings;
+  ASSERT_EQ(globals.size(), 2u);
+  EXPECT_EQ(globals[0].kind, SettingKind::kShort);
+  EXPECT_EQ(globals[1].kind, SettingKind::kPoint3);
+  const auto& own = object(result.catalogue, L"pipe").settings;
+  ASSERT_EQ(own.size(), 2u);
+  EXPECT_EQ(own[0].kind, SettingKind::kReal);
+  EXPECT_EQ(own[1].kind, SettingKind::kText);
+  // Only the global settings are applied when the file loads.
+  EXPECT_EQ(fixture.fake.database().getVar("LUPREC")->value, (host::SysVar{int16_t{2}}.value));
+  EXPECT_EQ(fixture.fake.database().getVar("INSBASE")->value,
+            (host::SysVar{host::Point3{1, 2, 3}}.value));
+  EXPECT_EQ(fixture.fake.database().getVar("TEXTSIZE")->value, (host::SysVar{2.5}.value));
+
+  Fixture bad_point;
+  bad_point.fake.setVar("INSBASE", host::SysVar{host::Point3{}});
+  auto refused = bad_point.parse("variable\tINSBASE\t1,2\n");
+  EXPECT_EQ(messageTexts(refused), "1: error: invalid 'variable' definition\n");
+  EXPECT_FALSE(refused.ok);
+}
+
+TEST(ParserTest, FileThatCannotBeReadGivesAnEmptyCatalogueSilently) {
+  Fixture fixture;
+  auto result = catalogue::parseClassFile(L"/nonexistent/classes.txt", fixture.host);
+  EXPECT_FALSE(result.ok);
+  EXPECT_TRUE(result.messages.empty());
+  EXPECT_TRUE(result.catalogue.empty());
+  EXPECT_EQ(result.catalogue.class_file, L"/nonexistent/classes.txt");
+}
+
+}  // namespace
