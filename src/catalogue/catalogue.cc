@@ -2,14 +2,14 @@
 
 #include <algorithm>
 
-#include "catalogue/text_case.h"
+#include "base/text_case.h"
 
 namespace catalogue {
 
 namespace {
 
 const Group* findGroupIn(const Group& group, std::wstring_view name) {
-  if (lowerCase(group.name) == name) return &group;
+  if (base::lowerCase(group.name) == name) return &group;
   for (const Group& child : group.children) {
     if (const Group* found = findGroupIn(child, name)) return found;
   }
@@ -19,12 +19,12 @@ const Group* findGroupIn(const Group& group, std::wstring_view name) {
 }  // namespace
 
 const ObjectClass* Catalogue::findObject(std::wstring_view name) const {
-  auto it = objects.find(lowerCase(name));
+  auto it = objects.find(base::lowerCase(name));
   return it == objects.end() ? nullptr : &it->second;
 }
 
 const TableEntry* Catalogue::findTable(std::wstring_view name) const {
-  auto it = tables.find(lowerCase(name));
+  auto it = tables.find(base::lowerCase(name));
   return it == tables.end() ? nullptr : &it->second;
 }
 
@@ -32,7 +32,7 @@ const Group* Catalogue::findGroup(std::wstring_view name) const { return findGro
 
 bool Catalogue::hasResource(uint32_t kind, std::wstring_view name) const {
   auto table = resource_tables.find(kind);
-  return table != resource_tables.end() && table->second.contains(lowerCase(name));
+  return table != resource_tables.end() && table->second.contains(base::lowerCase(name));
 }
 
 const ResourceMap& Catalogue::resources(uint32_t kind) const {
@@ -42,8 +42,9 @@ const ResourceMap& Catalogue::resources(uint32_t kind) const {
 }
 
 bool Catalogue::isLoadedFile(std::wstring_view path) const {
-  return std::any_of(loaded_files.begin(), loaded_files.end(),
-                     [&](const std::wstring& file) { return equalsIgnoringCase(file, path); });
+  return std::any_of(loaded_files.begin(), loaded_files.end(), [&](const std::wstring& file) {
+    return base::equalsIgnoringCase(file, path);
+  });
 }
 
 bool Catalogue::empty() const {

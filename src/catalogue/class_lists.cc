@@ -4,10 +4,10 @@
 #include <functional>
 
 #include "base/crt_numbers.h"
+#include "base/text_case.h"
 #include "base/utf.h"
 #include "catalogue/line_reader.h"
 #include "catalogue/resource_files.h"
-#include "catalogue/text_case.h"
 
 namespace catalogue {
 
@@ -55,7 +55,7 @@ std::wstring favoritesFilePath(const std::wstring& class_file) {
 bool readRecentFile(const std::wstring& path, RecentList& list) {
   std::vector<RecentEntry> entries;
   bool read = readEntries(path, [&](std::wstring name, int32_t counter) {
-    std::wstring key = lowerCase(name);
+    std::wstring key = base::lowerCase(name);
     entries.push_back({std::move(name), std::move(key), counter});
   });
   if (!read) return false;
@@ -85,7 +85,7 @@ bool readFavoritesFile(const std::wstring& path, FavoritesList& list) {
 }
 
 WriteResult writeFavoritesFile(const std::wstring& path, const FavoritesList& list) {
-  if (list.path.empty() || !equalsIgnoringCase(list.path, path)) return WriteResult::kSkipped;
+  if (list.path.empty() || !base::equalsIgnoringCase(list.path, path)) return WriteResult::kSkipped;
   return writeText(path, list.text()) ? WriteResult::kWritten : WriteResult::kFailed;
 }
 

@@ -1,17 +1,17 @@
 #include "catalogue/macro_table.h"
 
-#include "catalogue/text_case.h"
+#include "base/text_case.h"
 
 namespace catalogue {
 
 MacroTable::DefineResult MacroTable::define(std::wstring_view name, std::wstring_view value) {
-  std::wstring key = L"$(" + lowerCase(name) + L")";
+  std::wstring key = L"$(" + base::lowerCase(name) + L")";
   auto it = macros_.find(key);
   if (it != macros_.end()) {
     it->second = value;
     return DefineResult::kRedefined;
   }
-  if (lowerCase(value).find(key) != std::wstring::npos) return DefineResult::kRecursive;
+  if (base::lowerCase(value).find(key) != std::wstring::npos) return DefineResult::kRecursive;
   macros_.emplace(std::move(key), value);
   return DefineResult::kDefined;
 }
@@ -26,7 +26,7 @@ void MacroTable::expand(std::wstring& token) const {
     size_t close = token.find(L')', open + 2);
     if (close == std::wstring::npos) return;
     std::wstring reference = token.substr(open, close - open + 1);
-    auto it = macros_.find(lowerCase(reference));
+    auto it = macros_.find(base::lowerCase(reference));
     if (it == macros_.end()) {
       pos = close + 1;
       continue;

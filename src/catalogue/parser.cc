@@ -4,13 +4,13 @@
 #include <optional>
 
 #include "base/crt_numbers.h"
+#include "base/text_case.h"
 #include "base/utf.h"
 #include "catalogue/line_reader.h"
 #include "catalogue/macro_table.h"
 #include "catalogue/resource_files.h"
 #include "catalogue/resource_loader.h"
 #include "catalogue/table_builder.h"
-#include "catalogue/text_case.h"
 #include "draw/object_types.h"
 
 namespace catalogue {
@@ -74,7 +74,7 @@ class Parser {
       if (tokens.empty()) continue;
       // Lower-cased once empty tokens are gone, so that a keyword after a blank first column
       // still compares without case.
-      tokens.front() = lowerCase(tokens.front());
+      tokens.front() = base::lowerCase(tokens.front());
       for (std::wstring& token : tokens) macros_.expand(token);
       if (!dispatch(tokens)) return false;
     }
@@ -162,7 +162,7 @@ class Parser {
     object.enabled = (group_flag_ == 1 ? base::wtoi(t[2]) : 0) != 0;
     object.draw_order = base::wtoi(t[3]);
     if (t.size() == 5) object.icon = t[4];
-    object_key_ = lowerCase(t[1]);
+    object_key_ = base::lowerCase(t[1]);
     object_ = std::move(object);
     return true;
   }
@@ -250,7 +250,7 @@ class Parser {
 
   bool onDefine(const Tokens& t) {
     if (t.size() != 3) return fail(PM::kInvalidDefinition);
-    std::wstring name = lowerCase(t[1]);
+    std::wstring name = base::lowerCase(t[1]);
     // Reported but defined all the same, as files in use expect.
     if (name == L"obj_name" || hasInvalidNameCharacter(name)) {
       report(PM::kInvalidDefinition, line_);
@@ -310,7 +310,7 @@ class Parser {
       bool accepted = std::any_of(rule.extensions.begin(), rule.extensions.end(),
                                   [&](std::wstring_view ext) { return hasExtension(file, ext); });
       if (!accepted) continue;
-      std::wstring key = lowerCase(file);
+      std::wstring key = base::lowerCase(file);
       if (rule.block_files) {
         catalogue().block_files.try_emplace(key, BlockFile{file, blockNameOf(file)});
       } else if (rule.kind != 0) {
@@ -347,7 +347,7 @@ class Parser {
     host::ObjectId dictionary = objdata::findTableDictionary(host_.database());
     for (const auto& [key, object] : catalogue().objects) {
       for (const TableDefinition& table : object.tables) {
-        auto [entry, created] = catalogue().tables.try_emplace(lowerCase(table.name));
+        auto [entry, created] = catalogue().tables.try_emplace(base::lowerCase(table.name));
         if (created) {
           objdata::StoredTable stored;
           if (objdata::readStoredTable(host_.database(), dictionary, table.name, stored) ==

@@ -4,8 +4,8 @@
 #include <fstream>
 #include <sstream>
 
+#include "base/text_case.h"
 #include "base/utf.h"
-#include "catalogue/text_case.h"
 #include "host/resources.h"
 
 namespace catalogue {
@@ -42,7 +42,8 @@ size_t lastSeparator(std::wstring_view path) { return path.find_last_of(L"/\\");
 bool matchesWildcard(std::wstring_view name, std::wstring_view pattern) {
   size_t n = 0, p = 0, star = std::wstring_view::npos, resume = 0;
   while (n < name.size()) {
-    if (p < pattern.size() && (pattern[p] == L'?' || lowerChar(pattern[p]) == lowerChar(name[n]))) {
+    if (p < pattern.size() &&
+        (pattern[p] == L'?' || base::lowerChar(pattern[p]) == base::lowerChar(name[n]))) {
       ++n, ++p;
     } else if (p < pattern.size() && pattern[p] == L'*') {
       star = p++;

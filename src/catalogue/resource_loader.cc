@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "catalogue/text_case.h"
+#include "base/text_case.h"
 
 namespace catalogue {
 
@@ -90,7 +90,7 @@ bool loadResources(Catalogue& catalogue, const DependencyTable& dependencies,
     for (const auto& [kind, names] : *provided) {
       ResourceMap& table = catalogue.resource_tables[kind];
       for (const std::wstring& name : names)
-        table.try_emplace(lowerCase(name), ResourceEntry{name, file.path});
+        table.try_emplace(base::lowerCase(name), ResourceEntry{name, file.path});
     }
     catalogue.loaded_files.push_back(file.path);
   }

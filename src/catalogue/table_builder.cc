@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "catalogue/text_case.h"
+#include "base/text_case.h"
 
 namespace catalogue {
 
@@ -23,7 +23,7 @@ std::wstring fieldValue(std::wstring_view text, const MacroTable& macros) {
 
 // Reads TYPESPEC into `field`; false for an unknown word or a missing type.
 bool readTypeSpec(std::wstring_view type_spec, FieldDefinition& field) {
-  std::wstring lower = lowerCase(type_spec);
+  std::wstring lower = base::lowerCase(type_spec);
   std::vector<std::wstring_view> words;
   std::wstring_view rest = lower;
   while (!rest.empty()) {
@@ -60,7 +60,7 @@ bool sameShape(const TableDefinition& a, const TableDefinition& b) {
   return a.fields.size() == b.fields.size() &&
          std::equal(a.fields.begin(), a.fields.end(), b.fields.begin(),
                     [](const FieldDefinition& x, const FieldDefinition& y) {
-                      return x.type == y.type && equalsIgnoringCase(x.name, y.name);
+                      return x.type == y.type && base::equalsIgnoringCase(x.name, y.name);
                     });
 }
 
@@ -105,7 +105,7 @@ bool matchesStoredTable(const TableDefinition& table, const objdata::StoredTable
   std::vector<const FieldDefinition*> fields;
   for (const FieldDefinition& field : table.fields) {
     bool repeated = std::any_of(fields.begin(), fields.end(), [&](const FieldDefinition* f) {
-      return equalsIgnoringCase(f->name, field.name);
+      return base::equalsIgnoringCase(f->name, field.name);
     });
     if (!repeated) fields.push_back(&field);
   }
@@ -113,12 +113,12 @@ bool matchesStoredTable(const TableDefinition& table, const objdata::StoredTable
          std::equal(fields.begin(), fields.end(), stored.fields.begin(),
                     [](const FieldDefinition* f, const objdata::StoredField& s) {
                       return static_cast<uint32_t>(f->type) == static_cast<uint32_t>(s.type) &&
-                             equalsIgnoringCase(f->name, s.name);
+                             base::equalsIgnoringCase(f->name, s.name);
                     });
 }
 
 TableCollection::Result TableCollection::add(const TableDefinition& table) {
-  std::vector<TableDefinition>& same_name = tables_[lowerCase(table.name)];
+  std::vector<TableDefinition>& same_name = tables_[base::lowerCase(table.name)];
   if (std::find(same_name.begin(), same_name.end(), table) != same_name.end()) {
     return Result::kAlreadyCollected;
   }

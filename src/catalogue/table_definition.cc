@@ -6,7 +6,7 @@
 #include <optional>
 
 #include "base/crt_numbers.h"
-#include "catalogue/text_case.h"
+#include "base/text_case.h"
 
 namespace catalogue {
 
@@ -57,8 +57,9 @@ std::optional<std::array<double, 3>> pointCoordinates(std::wstring_view text) {
 
 bool isListValid(const FieldDefinition& field) {
   if (field.type == FieldType::kCharacter) {
-    return std::any_of(field.allowed.begin(), field.allowed.end(),
-                       [&](const std::wstring& a) { return equalsIgnoringCase(a, field.value); });
+    return std::any_of(field.allowed.begin(), field.allowed.end(), [&](const std::wstring& a) {
+      return base::equalsIgnoringCase(a, field.value);
+    });
   }
   Converted value = convert(field.type, field.value);
   return std::any_of(field.allowed.begin(), field.allowed.end(),
@@ -71,8 +72,8 @@ bool isRangeValid(const FieldDefinition& field) {
   const std::wstring& max = field.allowed.back();
   switch (field.type) {
     case FieldType::kCharacter: {
-      std::wstring value = lowerCase(field.value);
-      return lowerCase(min) <= value && value <= lowerCase(max);
+      std::wstring value = base::lowerCase(field.value);
+      return base::lowerCase(min) <= value && value <= base::lowerCase(max);
     }
     case FieldType::kInteger:
     case FieldType::kReal: {

@@ -5,7 +5,7 @@
 #include <utility>
 
 #include "base/crt_numbers.h"
-#include "catalogue/text_case.h"
+#include "base/text_case.h"
 
 namespace draw {
 
@@ -77,7 +77,7 @@ std::optional<std::vector<std::wstring_view>> numericTriple(std::wstring_view to
 }
 
 std::optional<ColorSpec> parseColor(std::wstring_view token, bool allow_none) {
-  std::wstring lower = catalogue::lowerCase(token);
+  std::wstring lower = base::lowerCase(token);
   if (lower == L"byblock") return ColorSpec{0};
   if (lower == L"bylayer") return ColorSpec{256};
   if (allow_none && lower == L"none") return ColorSpec{-1};
@@ -121,7 +121,7 @@ bool colorKey(DrawingProperties& p, std::wstring_view token, ConstraintMode) {
 
 template <auto Member>
 bool lowerTextKey(DrawingProperties& p, std::wstring_view token, ConstraintMode mode) {
-  applyValue(p.*Member, catalogue::lowerCase(token), mode);
+  applyValue(p.*Member, base::lowerCase(token), mode);
   return true;
 }
 
@@ -132,7 +132,7 @@ bool textKey(DrawingProperties& p, std::wstring_view token, ConstraintMode mode)
 
 template <auto Member, const auto& Names>
 bool choiceTextKey(DrawingProperties& p, std::wstring_view token, ConstraintMode mode) {
-  std::wstring lower = catalogue::lowerCase(token);
+  std::wstring lower = base::lowerCase(token);
   if (!findChoice(Names, lower)) return false;
   applyValue(p.*Member, std::move(lower), mode);
   return true;
@@ -140,7 +140,7 @@ bool choiceTextKey(DrawingProperties& p, std::wstring_view token, ConstraintMode
 
 template <auto Member, const auto& Names>
 bool choiceCodeKey(DrawingProperties& p, std::wstring_view token, ConstraintMode mode) {
-  auto code = findChoice(Names, catalogue::lowerCase(token));
+  auto code = findChoice(Names, base::lowerCase(token));
   if (!code) return false;
   using T = decltype((p.*Member).value);
   applyValue(p.*Member, static_cast<T>(*code), mode);
@@ -155,7 +155,7 @@ bool realKey(DrawingProperties& p, std::wstring_view token, ConstraintMode mode)
 }
 
 bool lineweightKey(DrawingProperties& p, std::wstring_view token, ConstraintMode mode) {
-  std::wstring lower = catalogue::lowerCase(token);
+  std::wstring lower = base::lowerCase(token);
   int32_t weight = 0;
   if (lower == L"byblock") {
     weight = kLineweightByBlock;
@@ -268,7 +268,7 @@ std::wstring_view stripToken(std::wstring_view token) {
 
 bool parseObjectProperty(DrawingProperties& properties, std::wstring_view key,
                          std::wstring_view value, std::wstring_view alternatives) {
-  std::wstring lower_key = catalogue::lowerCase(key);
+  std::wstring lower_key = base::lowerCase(key);
   std::vector<std::wstring_view> tokens = {value};
   ConstraintMode mode = ConstraintMode::kSingle;
   if (alternatives.find(L':') != std::wstring_view::npos) {

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <utility>
 
-#include "catalogue/text_case.h"
+#include "base/text_case.h"
 
 namespace draw {
 
@@ -47,7 +47,7 @@ std::wstring_view trimBlanks(std::wstring_view text) {
 
 std::wstring_view canonicalObjectTypeName(std::wstring_view name) {
   for (std::wstring_view type : kObjectTypeNames) {
-    if (catalogue::equalsIgnoringCase(type, name)) return type;
+    if (base::equalsIgnoringCase(type, name)) return type;
   }
   return {};
 }

@@ -1,30 +1,22 @@
 #include "dxf/dictionary.h"
 
 #include <charconv>
-#include <cwctype>
 
 #include "dxf/number_text.h"
 #include "dxf/objects.h"
 #include "dxf/record_edit.h"
+#include "dxf/symbol_tables.h"
 
 namespace dxf {
 
 namespace {
-
-bool sameKey(std::wstring_view a, std::wstring_view b) {
-  if (a.size() != b.size()) return false;
-  for (size_t i = 0; i < a.size(); ++i) {
-    if (a[i] != b[i] && std::towupper(a[i]) != std::towupper(b[i])) return false;
-  }
-  return true;
-}
 
 // Index of the code 3 tag of `key`, or -1.
 int findKey(const Document& doc, const RecordEdit& edit, std::wstring_view key) {
   const auto& tags = edit.tags();
   for (size_t i = 0; i + 1 < tags.size(); ++i) {
     if (tags[i].code == 3 && (tags[i + 1].code == 350 || tags[i + 1].code == 360) &&
-        sameKey(doc.codec().decode(edit.text(i)), key)) {
+        sameName(doc.codec().decode(edit.text(i)), key)) {
       return static_cast<int>(i);
     }
   }
@@ -120,7 +112,7 @@ RecordId dictionaryGet(const Document& doc, RecordId dict, std::wstring_view key
   auto tags = doc.tags(dict);
   for (size_t i = 0; i + 1 < tags.size(); ++i) {
     if (tags[i].code == 3 && (tags[i + 1].code == 350 || tags[i + 1].code == 360) &&
-        sameKey(doc.codec().decode(doc.text(tags[i])), key)) {
+        sameName(doc.codec().decode(doc.text(tags[i])), key)) {
       return doc.byHandle(parseHandle(doc.text(tags[i + 1])));
     }
   }

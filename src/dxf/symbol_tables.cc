@@ -1,18 +1,11 @@
 #include "dxf/symbol_tables.h"
 
-#include <cwctype>
-
+#include "base/text_case.h"
 #include "dxf/dictionary.h"
 
 namespace dxf {
 
-bool sameName(std::wstring_view a, std::wstring_view b) {
-  if (a.size() != b.size()) return false;
-  for (size_t i = 0; i < a.size(); ++i) {
-    if (a[i] != b[i] && std::towupper(a[i]) != std::towupper(b[i])) return false;
-  }
-  return true;
-}
+bool sameName(std::wstring_view a, std::wstring_view b) { return base::equalsIgnoringCase(a, b); }
 
 std::vector<RecordId> tableEntries(const Document& doc, std::string_view table) {
   std::vector<RecordId> out;

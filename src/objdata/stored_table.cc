@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "catalogue/text_case.h"
+#include "base/text_case.h"
 
 namespace objdata {
 
@@ -47,9 +47,8 @@ int readStoredTable(host::Database& database, host::ObjectId dictionary, std::ws
   if (dictionary.isNull()) return kStatusNothing;
   auto entries = database.dictionaryEntries(dictionary);
   if (!entries) return kStatusOpenFailed;
-  auto entry = std::find_if(entries->begin(), entries->end(), [&](const auto& e) {
-    return catalogue::equalsIgnoringCase(e.first, name);
-  });
+  auto entry = std::find_if(entries->begin(), entries->end(),
+                            [&](const auto& e) { return base::equalsIgnoringCase(e.first, name); });
   if (entry == entries->end()) return kStatusNothing;
   auto chain = database.readXrecord(entry->second);
   if (!chain) return kStatusOpenFailed;
@@ -60,7 +59,7 @@ int readStoredTable(host::Database& database, host::ObjectId dictionary, std::ws
     ValueType type = typeOfCode((*chain)[i + 1].code);
     if (field_name == nullptr || type == ValueType::kNone) continue;
     bool known = std::any_of(table.fields.begin(), table.fields.end(), [&](const StoredField& f) {
-      return catalogue::equalsIgnoringCase(f.name, *field_name);
+      return base::equalsIgnoringCase(f.name, *field_name);
     });
     if (!known) table.fields.push_back({*field_name, type});
   }

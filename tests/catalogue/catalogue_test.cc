@@ -4,7 +4,7 @@
 #include <gtest/gtest.h>
 
 #include "base/utf.h"
-#include "catalogue/text_case.h"
+#include "base/text_case.h"
 
 namespace {
 
@@ -26,10 +26,10 @@ TEST(TextCaseTest, LowerCaseCoversTheScriptsOfClassFiles) {
       {L"× ÷ 中文", L"× ÷ 中文"},
   };
   for (const auto& [upper, lower] : cases) {
-    EXPECT_EQ(catalogue::lowerCase(upper), lower) << base::toUtf8(upper);
-    EXPECT_TRUE(catalogue::equalsIgnoringCase(upper, lower)) << base::toUtf8(upper);
+    EXPECT_EQ(base::lowerCase(upper), lower) << base::toUtf8(upper);
+    EXPECT_TRUE(base::equalsIgnoringCase(upper, lower)) << base::toUtf8(upper);
   }
-  EXPECT_FALSE(catalogue::equalsIgnoringCase(L"pipe", L"pipes"));
+  EXPECT_FALSE(base::equalsIgnoringCase(L"pipe", L"pipes"));
 }
 
 TEST(CatalogueTest, LookupsIgnoreCase) {

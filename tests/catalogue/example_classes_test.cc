@@ -1,6 +1,11 @@
 // The example class file loads into the example drawing with nothing to report, and brings
 // in the resources that its classes need.
 #include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
 
 #include "catalogue/catalogue.h"
 #include "dxf/document.h"
@@ -37,6 +42,40 @@ TEST(ExampleClassesTest, LoadIntoTheExampleDrawingCleanly) {
     EXPECT_TRUE(catalogue->hasResource(kind, name)) << kind;
   }
   EXPECT_TRUE(session.host->database().hasSymbol(host::SymbolTable::kBlock, L"HYDRANT"));
+}
+
+// An independent reader finds the imported resources in the saved drawing, and its audit
+// finds nothing wrong.
+TEST(ExampleClassesTest, EzdxfFindsTheImportedResources) {
+  if (std::system("/usr/bin/python3 -c 'import ezdxf' 2>/dev/null") != 0) {
+    GTEST_SKIP() << "/usr/bin/python3 cannot import ezdxf";
+  }
+  const std::string examples = std::string(TAXOR_SOURCE_DIR) + "/examples/";
+  testing_session::Session session(testing_paths::readFile(examples + "site.dxf"));
+  session.run("TAXOR_LOAD\n" + examples + "classes.txt\n");
+  std::filesystem::path saved = std::filesystem::temp_directory_path() /
+                                ("taxor_example_" + std::to_string(::getpid()) + ".dxf");
+  ASSERT_TRUE(session.drawing.save(saved.string()));
+  std::filesystem::path script = saved;
+  script.replace_extension(".py");
+  std::ofstream(script) << R"(import sys, ezdxf
+doc = ezdxf.readfile(sys.argv[1])
+auditor = doc.audit()
+problems = [f"audit: {e.message}" for e in auditor.errors]
+for table, name in [(doc.layers, "HYDRANTS"), (doc.styles, "NOTES"), (doc.linetypes, "FIBRE"),
+                    (doc.linetypes, "GAS")]:
+    if name not in table:
+        problems.append(f"missing {name}")
+if "HYDRANT" not in doc.blocks:
+    problems.append("missing block HYDRANT")
+print("\n".join(problems))
+sys.exit(1 if problems else 0)
+)";
+  std::string command = "/usr/bin/python3 " + script.string() + " " + saved.string();
+  int status = std::system(command.c_str());
+  std::filesystem::remove(saved);
+  std::filesystem::remove(script);
+  EXPECT_EQ(status, 0) << command;
 }
 
 }  // namespace

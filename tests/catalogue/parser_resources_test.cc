@@ -7,7 +7,7 @@
 
 #include "catalogue/parse_testing.h"
 #include "catalogue/resource_files.h"
-#include "catalogue/text_case.h"
+#include "base/text_case.h"
 #include "objdata/stored_table.h"
 
 namespace {
@@ -152,7 +152,7 @@ TEST_F(ResourceFolder, BlockFilesServeTheBlocksNamedLikeThem) {
   EXPECT_EQ(messageTexts(result), "warning: block 'lamp' not found\n");
   ASSERT_TRUE(result.ok);
   std::map<std::wstring, catalogue::BlockFile> expected = {
-      {catalogue::lowerCase(path("lib/manhole.dwg")), {path("lib/manhole.dwg"), L"manhole"}}};
+      {base::lowerCase(path("lib/manhole.dwg")), {path("lib/manhole.dwg"), L"manhole"}}};
   EXPECT_EQ(result.catalogue.block_files, expected);
   EXPECT_TRUE(fixture_.host.imports.empty());
 }

@@ -10,7 +10,7 @@
 #include <string_view>
 #include <utility>
 
-namespace catalogue {
+namespace base {
 
 namespace text_case_internal {
 
@@ -127,4 +127,4 @@ inline bool equalsIgnoringCase(std::wstring_view a, std::wstring_view b) {
   return true;
 }
 
-}  // namespace catalogue
+}  // namespace base
