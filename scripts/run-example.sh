@@ -14,5 +14,6 @@ if [[ ! -x $TAXOR ]]; then
 fi
 # The example job: the bundled drawing through the demo script, saved beside the build.
 mkdir -p build/example
-"$TAXOR" --script examples/demo.scr -o build/example/site.dxf "$@" examples/site.dxf
+"$TAXOR" --classes examples/classes.txt --script examples/demo.scr -o build/example/site.dxf "$@" \
+  examples/site.dxf
 echo "Saved build/example/site.dxf"
