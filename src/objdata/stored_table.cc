@@ -71,4 +71,64 @@ bool hasStoredTable(host::Database& database, host::ObjectId dictionary, std::ws
   return database.dictionaryGet(dictionary, name).isOk();
 }
 
+namespace {
+
+host::ResBuf placeholder(ValueType type) {
+  switch (type) {
+    case ValueType::kInteger:
+      return host::ResBuf::integer(0);
+    case ValueType::kReal:
+      return host::ResBuf::real(0.0);
+    case ValueType::kPoint:
+      return host::ResBuf::point({0, 0, 0});
+    default:
+      return host::ResBuf::text(L"");
+  }
+}
+
+}  // namespace
+
+host::ObjectId getTableDictionary(host::Document& document) {
+  host::Database& database = document.database();
+  // Looked up each time rather than cached per database: the lookup is one entry of a small
+  // dictionary, and a cache keyed by database could hand a new drawing a closed one's id.
+  host::ObjectId dictionary = findTableDictionary(database);
+  if (dictionary.isNull()) {
+    host::ObjectId root = database.namedObjectsDictionary();
+    if (root.isNull()) return {};
+    host::DocumentLock lock(document);
+    auto made = database.createDictionary(root, kTableDictionaryName);
+    if (!made) return {};
+    dictionary = *made;
+  }
+  return dictionary;
+}
+
+int writeStoredTable(host::Database& database, host::ObjectId dictionary, std::wstring_view name,
+                     const std::vector<StoredField>& fields) {
+  if (hasStoredTable(database, dictionary, name)) return kStatusKeyExists;
+  auto xrecord = database.createXrecord(dictionary, name);
+  if (!xrecord) return kStatusNothing;
+  host::ResBufChain chain;
+  chain.reserve(fields.size() * 2);
+  for (const StoredField& field : fields) {
+    chain.push_back(host::ResBuf::text(field.name));
+    chain.push_back(placeholder(field.type));
+  }
+  return database.writeXrecord(*xrecord, chain) ? kStatusOk : kStatusNothing;
+}
+
+int ensureStoredTable(host::Database& database, host::ObjectId dictionary, std::wstring_view name,
+                      const std::vector<StoredField>& fields) {
+  if (hasStoredTable(database, dictionary, name)) return 0;
+  std::vector<StoredField> unique;
+  for (const StoredField& field : fields) {
+    bool repeated = std::any_of(unique.begin(), unique.end(), [&](const StoredField& kept) {
+      return base::equalsIgnoringCase(kept.name, field.name);
+    });
+    if (!repeated) unique.push_back(field);
+  }
+  return writeStoredTable(database, dictionary, name, unique) == kStatusOk ? 2 : 1;
+}
+
 }  // namespace objdata

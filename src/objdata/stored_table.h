@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "host/database.h"
+#include "host/document.h"
 
 namespace objdata {
 
@@ -16,6 +17,7 @@ namespace objdata {
 inline constexpr int kStatusOk = 0;
 inline constexpr int kStatusOpenFailed = 3;  // an object could not be opened while reading
 inline constexpr int kStatusNothing = 11;    // nothing there: no dictionary, no such key
+inline constexpr int kStatusKeyExists = 20;  // the key is taken already
 
 // Field and value types; the numbering is also the catalogue's field types.
 enum class ValueType : uint32_t { kNone = 0, kInteger = 1, kReal = 2, kCharacter = 3, kPoint = 4 };
@@ -51,5 +53,22 @@ int readStoredTable(host::Database& database, host::ObjectId dictionary, std::ws
                     StoredTable& table);
 
 bool hasStoredTable(host::Database& database, host::ObjectId dictionary, std::wstring_view name);
+
+// The table dictionary of the document's database, made (under the document's lock) when
+// missing. The null id when the drawing cannot hold dictionaries.
+host::ObjectId getTableDictionary(host::Document& document);
+
+// Stores the definition of table `name`: per field its name (code 1) and a zero
+// placeholder whose code gives its type (90, 40, 1 with empty text, 10). Returns
+// kStatusKeyExists, changing nothing, when the table is stored already, kStatusNothing when
+// the XRECORD cannot be made.
+int writeStoredTable(host::Database& database, host::ObjectId dictionary, std::wstring_view name,
+                     const std::vector<StoredField>& fields);
+
+// Stores table `name` unless it is stored: 0 when it was there (nothing written), 2 when it
+// was written, 1 when the write was refused. A field whose name repeats an earlier one
+// (without regard to case) is left out; the first wins. A stored table is never rewritten.
+int ensureStoredTable(host::Database& database, host::ObjectId dictionary, std::wstring_view name,
+                      const std::vector<StoredField>& fields);
 
 }  // namespace objdata
