@@ -144,7 +144,20 @@ bool synchronizeInsert(Document& doc, RecordId insert, const std::vector<Definit
   return true;
 }
 
+// Constant attributes live in the block only; inserts carry no reference for them.
+bool isVariableAttributeDefinition(const Document& doc, RecordId id) {
+  return doc.type(id) == "ATTDEF" && !(doc.intValue(id, 70, 0) & 2);
+}
+
 }  // namespace
+
+bool hasAttributeDefinitions(const Document& doc, std::wstring_view block_name) {
+  RecordId block = findBlock(doc, block_name);
+  if (block == kNoRecord) return false;
+  std::vector<RecordId> entities = blockEntities(doc, block);
+  return std::any_of(entities.begin(), entities.end(),
+                     [&](RecordId id) { return isVariableAttributeDefinition(doc, id); });
+}
 
 base::Result<int> synchronizeAttributes(Document& doc, std::wstring_view block_name) {
   RecordId block = findBlock(doc, block_name);
@@ -153,8 +166,7 @@ base::Result<int> synchronizeAttributes(Document& doc, std::wstring_view block_n
   }
   std::vector<Definition> defs;
   for (RecordId id : blockEntities(doc, block)) {
-    // Constant attributes live in the block only; inserts carry no reference for them.
-    if (doc.type(id) == "ATTDEF" && !(doc.intValue(id, 70, 0) & 2)) {
+    if (isVariableAttributeDefinition(doc, id)) {
       defs.push_back({id, attributeTag(doc, id)});
     }
   }

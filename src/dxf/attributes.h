@@ -13,6 +13,9 @@ namespace dxf {
 // placed as the insert transforms the definition, extra ones are removed, kept ones keep
 // their values; the order becomes the definitions' order. Returns how many inserts
 // changed; kNotFound when there is no such block.
+// Whether block `block_name` has a non-constant ATTDEF; false when there is no such block.
+bool hasAttributeDefinitions(const Document& doc, std::wstring_view block_name);
+
 base::Result<int> synchronizeAttributes(Document& doc, std::wstring_view block_name);
 
 }  // namespace dxf

@@ -4,6 +4,7 @@
 #include <charconv>
 
 #include "base/utf.h"
+#include "dxf/attributes.h"
 #include "dxf/blocks.h"
 #include "dxf/dictionary.h"
 #include "dxf/entity_properties.h"
@@ -307,6 +308,10 @@ bool DxfDatabase::hasSymbol(host::SymbolTable table, std::wstring_view name) {
       return dxf::isPredefinedPattern(name) || pattern(name) != nullptr;
   }
   return false;
+}
+
+bool DxfDatabase::hasAttributeDefinitions(std::wstring_view block) {
+  return dxf::hasAttributeDefinitions(drawing_, block);
 }
 
 Result<host::LayerState> DxfDatabase::layerState(std::wstring_view layer) {

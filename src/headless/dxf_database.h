@@ -48,6 +48,7 @@ class DxfDatabase : public host::Database {
   base::Status setRelativeDrawOrder(const std::vector<host::ObjectId>& entities) override;
   bool hasSymbol(host::SymbolTable table, std::wstring_view name) override;
   base::Result<host::LayerState> layerState(std::wstring_view layer) override;
+  bool hasAttributeDefinitions(std::wstring_view block) override;
   base::Result<host::SysVar> getVar(std::string_view name) override;
   base::Status setVar(std::string_view name, const host::SysVar& value) override;
   void addReactor(host::DatabaseReactor* reactor) override;

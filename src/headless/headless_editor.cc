@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cwchar>
 #include <cwctype>
+#include <unordered_set>
 
 namespace headless {
 
@@ -67,12 +68,14 @@ std::vector<host::ObjectId> HeadlessEditor::impliedSelection() {
 host::SelectionInput HeadlessEditor::select() {
   host::SelectionInput result;
   std::vector<host::ObjectId> chosen;
+  // "ALL" picks every entity: keeping the picked ones in a set keeps that linear.
+  std::unordered_set<uint64_t> picked;
   auto add = [&](const std::vector<host::ObjectId>& ids) {
     size_t found = 0;
     for (host::ObjectId id : ids) {
       if (!database_.isValid(id)) continue;
       ++found;
-      if (std::find(chosen.begin(), chosen.end(), id) == chosen.end()) chosen.push_back(id);
+      if (picked.insert(id.value).second) chosen.push_back(id);
     }
     console_.print(std::to_wstring(found) + L" found, " + std::to_wstring(chosen.size()) +
                    L" total\n");

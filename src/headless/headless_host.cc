@@ -1,5 +1,8 @@
 #include "headless/headless_host.h"
 
+#include <pwd.h>
+#include <unistd.h>
+
 #include <algorithm>
 #include <cstdlib>
 #include <cwctype>
@@ -71,6 +74,23 @@ bool HeadlessHost::setEnv(std::wstring_view name, std::wstring_view value) {
   return true;
 }
 
+std::wstring HeadlessHost::computerName() {
+  char name[256] = {};
+  if (gethostname(name, sizeof name - 1) != 0) return {};
+  return base::fromUtf8(name);
+}
+
+std::wstring HeadlessHost::userName() {
+  // The account the process runs as; the login name can be absent (no terminal, containers).
+  passwd entry{};
+  passwd* found = nullptr;
+  std::vector<char> buffer(4096);
+  if (getpwuid_r(geteuid(), &entry, buffer.data(), buffer.size(), &found) == 0 && found)
+    return base::fromUtf8(found->pw_name);
+  if (const char* user = std::getenv("USER")) return base::fromUtf8(user);
+  return {};
+}
+
 void HeadlessHost::run() {
   InputStream& input = console_.input();
   for (;;) {
@@ -106,6 +126,8 @@ void HeadlessHost::registerHostCommands() {
   // What the system queues to the host and needs no drawing input now.
   (void)addCommand(L"ACAD", L"REGEN", 0, [] {});
   (void)addCommand(L"ACAD", L"ATTSYNC", 0, [this] { attsync(); });
+  // A script's way to empty the pick-first set, which commands that select leave behind.
+  (void)addCommand(L"ACAD", L"AI_DESELECT", 0, [this] { editor_.setImpliedSelection({}); });
 }
 
 void HeadlessHost::attsync() {

@@ -40,6 +40,8 @@ class HeadlessHost : public host::Host, public host::Document, public host::Comm
   // path "ACAD" comes from the ACAD variable); changes last for the session.
   std::optional<std::wstring> getEnv(std::wstring_view name) override;
   bool setEnv(std::wstring_view name, std::wstring_view value) override;
+  std::wstring computerName() override;
+  std::wstring userName() override;
   void pushResourceHandle() override { ++resource_depth_; }
   void popResourceHandle() override { --resource_depth_; }
 

@@ -98,6 +98,9 @@ class Database {
   // --- Symbol tables.
   virtual bool hasSymbol(SymbolTable table, std::wstring_view name) = 0;
   virtual base::Result<LayerState> layerState(std::wstring_view layer) = 0;
+  // Whether block `block` defines attributes that its inserts carry (constant ones aside);
+  // false for a block that does not exist.
+  virtual bool hasAttributeDefinitions(std::wstring_view block) = 0;
 
   // --- System variables. kNotFound for a name the host does not know.
   virtual base::Result<SysVar> getVar(std::string_view name) = 0;

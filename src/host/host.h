@@ -43,6 +43,11 @@ class Host {
     (void)name, (void)value;
     return false;
   }
+
+  // The names of this machine and of the user running the program, as the operating system
+  // reports them; empty when it reports none.
+  virtual std::wstring computerName() = 0;
+  virtual std::wstring userName() = 0;
 };
 
 }  // namespace host

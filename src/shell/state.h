@@ -15,6 +15,14 @@ class Catalogue;
 
 namespace shell {
 
+// The options of TAXOR_CLASSIFY's dialog.
+struct ClassifyOptions {
+  bool assign_properties = true;
+  bool attach_records = true;
+  // Take off the classes the entities carry; only while records are attached.
+  bool replace_classes = true;
+};
+
 struct ProcessState {
   // The parsed class-definition file; null until a file is loaded.
   std::shared_ptr<const catalogue::Catalogue> catalogue;
@@ -22,6 +30,7 @@ struct ProcessState {
   std::wstring class_file;
   // Answers to yes/no and mode prompts, remembered per command and prompt.
   std::map<std::pair<std::wstring, StringId>, int> prompt_defaults;
+  ClassifyOptions classify_options;
   // The lists of the recent and favorites palettes; null while those palettes do not exist,
   // and then loading neither reads nor writes the list files.
   std::unique_ptr<catalogue::RecentList> recent_list;

@@ -49,6 +49,8 @@ namespace {
 // 191      the title of the TAXOR_STAT report box.
 // 192      the file-dialog filter of TAXOR_LOAD and TAXOR_TEMPLATE.
 // 193-194  the product name and version that TAXOR_ABOUT shows.
+// 195      a default or value that its field's type cannot hold (TAXOR_CLASSIFY,
+//          TAXOR_CLASSIFY_AUTO).
 constexpr const wchar_t* kBuiltInTexts[] = {
     L"Error: no file loaded.\n",
     L"Error: object not found.\n",
@@ -146,6 +148,9 @@ constexpr const wchar_t* kBuiltInTexts[] = {
     // TAXOR_ABOUT.
     L"TAXOR - classification of drawing entities",
     L"Version %s\n",
+    // The classifying commands.
+    L"Error: the value '%s' does not fit field '%s' of table '%s' (class '%s'); correct the "
+    L"class file. The command stopped; records written before it stay.\n",
 };
 static_assert(std::size(kBuiltInTexts) == kStringCount, "one built-in text per identifier");
 

@@ -118,10 +118,12 @@ enum class StringId : int {
   // TAXOR_ABOUT.
   kAboutProduct,
   kAboutVersion,
+  // A value that its field cannot hold ended a classifying command.
+  kErrorConversion,
 };
 
 inline constexpr int kFirstStringId = 100;
-inline constexpr int kStringCount = static_cast<int>(StringId::kAboutVersion) - kFirstStringId + 1;
+inline constexpr int kStringCount = static_cast<int>(StringId::kErrorConversion) - kFirstStringId + 1;
 
 // One argument of StringTable::format: an integer, a real or a wide text.
 class FormatArg {

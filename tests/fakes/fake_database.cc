@@ -227,6 +227,11 @@ void FakeDatabase::addSymbol(host::SymbolTable table, std::wstring_view name) {
   if (!findSymbol(table, name)) symbols_[table].push_back({std::wstring(name), {}});
 }
 
+void FakeDatabase::addAttributeBlock(std::wstring_view name) {
+  addSymbol(host::SymbolTable::kBlock, name);
+  findSymbol(host::SymbolTable::kBlock, name)->attributes = true;
+}
+
 void FakeDatabase::addLayer(std::wstring_view name, host::LayerState state) {
   addSymbol(host::SymbolTable::kLayer, name);
   findSymbol(host::SymbolTable::kLayer, name)->state = state;
@@ -413,6 +418,11 @@ Status FakeDatabase::setRelativeDrawOrder(const std::vector<ObjectId>& entities)
 
 bool FakeDatabase::hasSymbol(host::SymbolTable table, std::wstring_view name) {
   return findSymbol(table, name) != nullptr;
+}
+
+bool FakeDatabase::hasAttributeDefinitions(std::wstring_view block) {
+  Symbol* symbol = findSymbol(host::SymbolTable::kBlock, block);
+  return symbol && symbol->attributes;
 }
 
 Result<host::LayerState> FakeDatabase::layerState(std::wstring_view layer) {

@@ -34,6 +34,8 @@ class FakeDatabase : public host::Database {
   host::ObjectId addEntity(std::wstring_view entity_class, const Properties& properties = {});
   // Adds `name` to a symbol table; a name already there (in any case) is kept.
   void addSymbol(host::SymbolTable table, std::wstring_view name);
+  // Adds block `name` whose inserts carry attributes (see hasAttributeDefinitions).
+  void addAttributeBlock(std::wstring_view name);
   // Adds the layer, or sets its state when it exists.
   void addLayer(std::wstring_view name, host::LayerState state = {});
   // Creates or replaces a system variable; its type is the alternative `value` holds.
@@ -78,6 +80,7 @@ class FakeDatabase : public host::Database {
   // model-space entity or one listed twice, and nothing changes.
   base::Status setRelativeDrawOrder(const std::vector<host::ObjectId>& entities) override;
   bool hasSymbol(host::SymbolTable table, std::wstring_view name) override;
+  bool hasAttributeDefinitions(std::wstring_view block) override;
   base::Result<host::LayerState> layerState(std::wstring_view layer) override;
   // Variable names compare case-insensitively.
   base::Result<host::SysVar> getVar(std::string_view name) override;
@@ -109,6 +112,7 @@ class FakeDatabase : public host::Database {
   struct Symbol {
     std::wstring name;
     host::LayerState state;
+    bool attributes = false;  // blocks: inserts carry attributes
   };
 
   host::ObjectId append(Object object);

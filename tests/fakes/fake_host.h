@@ -141,6 +141,10 @@ class FakeHost : public host::Host {
   // Defines the variable with the type of `value` (Database::setVar keeps the type).
   void setVar(std::string_view name, host::SysVar value) { database_.defineVar(name, value); }
   void setFileName(std::wstring name) { document_.setFileName(std::move(name)); }
+  void setMachine(std::wstring computer, std::wstring user) {
+    computer_name_ = std::move(computer);
+    user_name_ = std::move(user);
+  }
 
   // --- Scripting the user.
   void answers(std::vector<Answer> more) { editor_.answers(std::move(more)); }
@@ -169,6 +173,8 @@ class FakeHost : public host::Host {
   host::CommandStack& commands() override { return commands_; }
   void pushResourceHandle() override { ++resource_depth_; }
   void popResourceHandle() override { --resource_depth_; }
+  std::wstring computerName() override { return computer_name_; }
+  std::wstring userName() override { return user_name_; }
 
  private:
   std::wstring transcript_;
@@ -178,6 +184,8 @@ class FakeHost : public host::Host {
   FakeDocument document_{database_};
   FakeCommandStack commands_;
   int resource_depth_ = 0;
+  std::wstring computer_name_ = L"WORKSTATION";
+  std::wstring user_name_ = L"draughtsman";
 };
 
 }  // namespace fakes

@@ -20,6 +20,16 @@ void ForwardingHost::popResourceHandle() {
   target_.popResourceHandle();
 }
 
+std::wstring ForwardingHost::computerName() {
+  note("Host::computerName");
+  return target_.computerName();
+}
+
+std::wstring ForwardingHost::userName() {
+  note("Host::userName");
+  return target_.userName();
+}
+
 std::wstring ForwardingHost::fileName() {
   note("Document::fileName");
   return target_.document().fileName();
@@ -135,6 +145,11 @@ Status ForwardingHost::setRelativeDrawOrder(const std::vector<ObjectId>& entitie
 bool ForwardingHost::hasSymbol(host::SymbolTable table, std::wstring_view name) {
   note("Database::hasSymbol");
   return targetDatabase().hasSymbol(table, name);
+}
+
+bool ForwardingHost::hasAttributeDefinitions(std::wstring_view block) {
+  note("Database::hasAttributeDefinitions");
+  return targetDatabase().hasAttributeDefinitions(block);
 }
 
 Result<host::LayerState> ForwardingHost::layerState(std::wstring_view layer) {

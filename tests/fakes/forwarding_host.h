@@ -41,6 +41,8 @@ class ForwardingHost : public host::Host,
   host::CommandStack& commands() override { return *this; }
   void pushResourceHandle() override;
   void popResourceHandle() override;
+  std::wstring computerName() override;
+  std::wstring userName() override;
 
   // host::Document
   host::Database& database() override { return *this; }
@@ -72,6 +74,7 @@ class ForwardingHost : public host::Host,
                            const host::PropertyValue& value) override;
   base::Status setRelativeDrawOrder(const std::vector<host::ObjectId>& entities) override;
   bool hasSymbol(host::SymbolTable table, std::wstring_view name) override;
+  bool hasAttributeDefinitions(std::wstring_view block) override;
   base::Result<host::LayerState> layerState(std::wstring_view layer) override;
   base::Result<host::SysVar> getVar(std::string_view name) override;
   base::Status setVar(std::string_view name, const host::SysVar& value) override;

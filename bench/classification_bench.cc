@@ -1,0 +1,135 @@
+// classification_bench: times the classifying commands on a generated drawing through the
+// headless command line, against the time it takes to load that drawing.
+//   classification_bench [ENTITIES] [RUNS]      (defaults 100000 and 3)
+// Each run loads the drawing afresh, loads a generated class file of 50 classes and runs,
+// in this order: TAXOR_CLASSIFY_AUTO mode 0 (records attached to every entity),
+// TAXOR_CLASSIFY_AUTO mode 1 (properties applied from the records), TAXOR_ASSERT,
+// TAXOR_STAT and TAXOR_REMOVE_ALL, each over every entity. The fastest run of each step is
+// printed, with its ratio to the load time.
+
+#include <unistd.h>
+
+#include <algorithm>
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "drawing_generator.h"
+#include "dxf/document.h"
+#include "headless/headless_host.h"
+#include "shell/application.h"
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+constexpr const char* kTypes[] = {"Line", "Polyline", "Circle",        "Arc",
+                                  "Text", "Point",    "BlockReference"};
+constexpr int kTypeCount = 7;
+constexpr int kClasses = 50;
+constexpr int kTables = 10;
+// The generator's layers, "0" aside.
+constexpr const char* kLayers[] = {
+    "WALLS",   "DOORS",     "WINDOWS", "FURNITURE",  "ELECTRICAL", "LIGHTING",  "PLUMBING",
+    "HVAC",    "STRUCTURE", "GRID",    "DIMENSIONS", "TEXT",       "HATCH",     "ROADS",
+    "PARCELS", "CONTOURS",  "TREES",   "UTILITIES",  "SURVEY",     "ANNOTATION"};
+
+// The first seven classes take every entity of their type; the others only those on one
+// layer, with a greater draw order, so that properties decide between several candidates.
+std::string generateClassFile() {
+  std::string out = "class\tGenerated\t1\n";
+  for (int i = 0; i < kClasses; ++i) {
+    std::string n = std::to_string(i);
+    out += "obj_name\tClass " + n + "\t1\t" + n + "\n";
+    out += std::string("obj_type\t") + kTypes[i % kTypeCount] + "\n";
+    if (i >= kTypeCount) out += std::string("obj_prop\tlayer\t") + kLayers[i % 20] + "\n";
+    out += "obj_prop\tlinetypescale\t1\t0.5:2\n";
+    out += "vel_name\tTABLE_" + std::to_string(i % kTables) + "\n";
+    out += "vel_key\tCLASS\n";
+    out += "vel_fld\tDN\tNominal diameter\trequired integer\t100\t80,100,150\n";
+    out += "vel_fld\tMATERIAL\tMaterial\tnotempty character\tPE\tPE,PVC,Steel\n";
+    out += "vel_fld\tDEPTH\tDepth\treal\t1.2\t0.5:4\n";
+    out += "vel_fld\tLAID\tYear laid\tinteger\t1990\t1900:2100\n";
+    out += "vel_fld\tNOTE\tRemark\tcharacter\n";
+    out += "vel_fld\tSURVEYED\tSurveyed on\tcharacter\t$(day).$(month).$(year)\n";
+  }
+  out += "/class\n";
+  return out;
+}
+
+double secondsSince(Clock::time_point start) {
+  return std::chrono::duration<double>(Clock::now() - start).count();
+}
+
+struct Step {
+  const char* name;
+  std::string script;
+};
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  int64_t entities = argc > 1 ? std::atoll(argv[1]) : 100000;
+  int runs = argc > 2 ? std::atoi(argv[2]) : 3;
+  if (entities <= 0 || runs <= 0) {
+    std::fprintf(stderr, "usage: classification_bench [ENTITIES] [RUNS]\n");
+    return 2;
+  }
+  const std::string drawing_text = bench::generateDrawing({.entities = entities});
+  std::filesystem::path class_file = std::filesystem::temp_directory_path() /
+                                     ("classification_bench_" + std::to_string(getpid()) + ".txt");
+  std::ofstream(class_file) << generateClassFile();
+
+  const std::vector<Step> steps = {
+      {"TAXOR_LOAD (class file)", "TAXOR_LOAD\n" + class_file.string() + "\n"},
+      {"TAXOR_CLASSIFY_AUTO mode 0", "TAXOR_CLASSIFY_AUTO\n0\n0\nALL\n\n"},
+      {"TAXOR_CLASSIFY_AUTO mode 1", "AI_DESELECT\nTAXOR_CLASSIFY_AUTO\n1\n0\nALL\n\n"},
+      {"TAXOR_ASSERT", "AI_DESELECT\nTAXOR_ASSERT\n1\nALL\n\n"},
+      {"TAXOR_STAT", "AI_DESELECT\nTAXOR_STAT\nALL\n\n"},
+      {"TAXOR_REMOVE_ALL", "AI_DESELECT\nTAXOR_REMOVE_ALL\nALL\n\n"},
+  };
+  double best_load = 1e300;
+  std::vector<double> best(steps.size(), 1e300);
+  std::string last_out;
+  for (int run = 0; run < runs; ++run) {
+    auto start = Clock::now();
+    auto drawing = dxf::Document::parse(drawing_text, "generated.dxf");
+    if (!drawing) {
+      std::fprintf(stderr, "%s\n", drawing.status().message().c_str());
+      return 1;
+    }
+    best_load = std::min(best_load, secondsSince(start));
+
+    headless::InputStream input;
+    std::ostringstream out, err;
+    headless::HeadlessHost host(*drawing, L"generated.dxf", input, out, err, false, true);
+    shell::Application app(host, shell::StringTable::builtIn());
+    if (!app.initialize()) return 1;
+    for (size_t i = 0; i < steps.size(); ++i) {
+      input.addText(steps[i].script);
+      start = Clock::now();
+      host.run();
+      best[i] = std::min(best[i], secondsSince(start));
+    }
+    last_out = out.str();
+    if (!err.str().empty()) {
+      std::fprintf(stderr, "errors:\n%s", err.str().c_str());
+      return 1;
+    }
+  }
+  std::filesystem::remove(class_file);
+
+  std::printf("entities=%lld classes=%d runs=%d (fastest run of each step)\n",
+              static_cast<long long>(entities), kClasses, runs);
+  std::printf("%-28s %9s %9s\n", "step", "seconds", "x load");
+  std::printf("%-28s %9.3f %9.2f\n", "load drawing", best_load, 1.0);
+  for (size_t i = 0; i < steps.size(); ++i)
+    std::printf("%-28s %9.3f %9.2f\n", steps[i].name, best[i], best[i] / best_load);
+  std::printf("\nwhat the commands printed in the last run:\n%s\n", last_out.c_str());
+  return 0;
+}

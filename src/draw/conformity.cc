@@ -1,0 +1,271 @@
+#include "draw/conformity.h"
+
+#include <algorithm>
+#include <charconv>
+#include <cmath>
+#include <numbers>
+#include <optional>
+#include <string_view>
+#include <utility>
+#include <variant>
+
+#include "base/text_case.h"
+#include "draw/object_types.h"
+
+namespace draw {
+
+namespace {
+
+using P = host::EntityProperty;
+
+// The precision the drawing shows lengths with; hosts report it as a short or a long.
+int linearPrecision(host::Database& database) {
+  auto var = database.getVar("LUPREC");
+  int precision = 4;
+  if (var) {
+    if (const auto* s = std::get_if<int16_t>(&var->value)) precision = *s;
+    if (const auto* l = std::get_if<int32_t>(&var->value)) precision = *l;
+  }
+  return std::clamp(precision, 0, 8);
+}
+
+// The sweep from which an ellipse counts as closed. The constant is not quite pi, and it is
+// rounded to the drawing's precision, so at most precisions a full ellipse stays an "arc";
+// classes written against that behaviour depend on it.
+double fullEllipseSweep(int precision) {
+  constexpr double kHalfTurn = 3.1415926535897234;
+  char text[64];
+  auto printed =
+      std::to_chars(text, text + sizeof text, kHalfTurn, std::chars_format::fixed, precision);
+  double rounded = kHalfTurn;
+  std::from_chars(text, printed.ptr, rounded, std::chars_format::fixed);
+  return 2 * rounded;
+}
+
+std::wstring_view dimensionModeOfClass(std::wstring_view host_class) {
+  constexpr std::pair<std::wstring_view, std::wstring_view> kModes[] = {
+      {L"AcDbAlignedDimension", L"aligned"},       {L"AcDb2LineAngularDimension", L"angular"},
+      {L"AcDb3PointAngularDimension", L"angular"}, {L"AcDbArcDimension", L"arc"},
+      {L"AcDbDiametricDimension", L"diameter"},    {L"AcDbRadialDimensionLarge", L"jogged"},
+      {L"AcDbRotatedDimension", L"linear"},        {L"AcDbOrdinateDimension", L"ordinate"},
+      {L"AcDbRadialDimension", L"radius"},
+  };
+  for (const auto& [cls, mode] : kModes) {
+    if (cls == host_class) return mode;
+  }
+  return {};
+}
+
+// For hosts that name every dimension by its base class.
+std::wstring_view dimensionModeOfType(int64_t type) {
+  constexpr std::wstring_view kModes[] = {L"linear", L"aligned", L"angular", L"diameter",
+                                          L"radius", L"angular", L"ordinate"};
+  if (type < 0 || type >= static_cast<int64_t>(std::size(kModes))) return {};
+  return kModes[type];
+}
+
+double radiansToDegrees(double radians) { return radians * 180 / std::numbers::pi; }
+
+// Numbers of every key are compared as doubles.
+double comparable(double v) { return v; }
+double comparable(int32_t v) { return v; }
+double comparable(int8_t v) { return v; }
+const std::wstring& comparable(const std::wstring& v) { return v; }
+const Scale3& comparable(const Scale3& v) { return v; }
+
+// One entity tested against one class: holds the tolerance of this drawing.
+class Matcher {
+ public:
+  Matcher(host::Database& database, host::ObjectId entity)
+      : database_(database),
+        entity_(entity),
+        precision_(linearPrecision(database)),
+        tolerance_(std::pow(0.1, precision_)) {}
+
+  int precision() const { return precision_; }
+
+  // A key the entity has no value for passes only when the class accepts anything.
+  template <typename T>
+  bool acceptsNumber(const PropertyConstraint<T>& c, P property, double scale = 1) const {
+    if (acceptsAll(c)) return true;
+    std::optional<double> v = number(property);
+    return v && accepts(c, *v * scale);
+  }
+
+  bool acceptsText(const PropertyConstraint<std::wstring>& c, P property) const {
+    if (acceptsAll(c)) return true;
+    auto value = database_.getProperty(entity_, property);
+    const auto* v = std::get_if<std::wstring>(&value);
+    return v && accepts(c, *v);
+  }
+
+  bool acceptsScale(const PropertyConstraint<Scale3>& c, P property) const {
+    if (acceptsAll(c)) return true;
+    auto value = database_.getProperty(entity_, property);
+    const auto* v = std::get_if<host::Point3>(&value);
+    return v && accepts(c, Scale3{v->x, v->y, v->z});
+  }
+
+  bool acceptsColor(const std::vector<ColorSpec>& specs, P property) const {
+    if (specs.empty()) return true;
+    auto value = database_.getProperty(entity_, property);
+    const auto* color = std::get_if<host::Color>(&value);
+    return std::any_of(specs.begin(), specs.end(), [&](const ColorSpec& spec) {
+      if (spec.empty()) return true;
+      if (!color) return false;
+      if (spec.size() == 1) return !color->rgb && color->index == spec[0];
+      if (spec.size() == 3) {
+        uint32_t rgb = static_cast<uint32_t>(spec[0] & 0xFF) << 16 |
+                       static_cast<uint32_t>(spec[1] & 0xFF) << 8 |
+                       static_cast<uint32_t>(spec[2] & 0xFF);
+        return color->rgb == rgb;
+      }
+      return false;
+    });
+  }
+
+  // For values the entity does not hold as such (modes derived from its class or sweep).
+  bool acceptsDerived(const PropertyConstraint<std::wstring>& c, const std::wstring& v) const {
+    return acceptsAll(c) || accepts(c, v);
+  }
+
+  std::optional<double> number(P property) const {
+    auto value = database_.getProperty(entity_, property);
+    if (const auto* d = std::get_if<double>(&value)) return *d;
+    if (const auto* i = std::get_if<int64_t>(&value)) return static_cast<double>(*i);
+    return std::nullopt;
+  }
+
+ private:
+  template <typename T>
+  static bool acceptsAll(const PropertyConstraint<T>& c) {
+    if (!c.isSet() || c.isAny(c.value)) return true;
+    return c.mode == ConstraintMode::kList &&
+           std::any_of(c.alternatives.begin(), c.alternatives.end(),
+                       [&](const T& alternative) { return c.isAny(alternative); });
+  }
+
+  template <typename T, typename V>
+  bool accepts(const PropertyConstraint<T>& c, const V& v) const {
+    if (equal(comparable(c.value), v)) return true;
+    switch (c.mode) {
+      case ConstraintMode::kList:
+        return std::any_of(c.alternatives.begin(), c.alternatives.end(),
+                           [&](const T& alternative) { return equal(comparable(alternative), v); });
+      case ConstraintMode::kRange:
+        return !c.alternatives.empty() && atLeast(v, comparable(c.alternatives.front())) &&
+               atMost(v, comparable(c.alternatives.back()));
+      default:
+        return false;
+    }
+  }
+
+  bool equal(double a, double b) const { return std::abs(a - b) < tolerance_; }
+  bool equal(const std::wstring& a, const std::wstring& b) const {
+    return base::equalsIgnoringCase(a, b);
+  }
+  bool equal(const Scale3& a, const Scale3& b) const {
+    return equal(a.x, b.x) && equal(a.y, b.y) && equal(a.z, b.z);
+  }
+
+  // Bounds include their value within the tolerance. Texts are ordered as they stand
+  // although they are equal regardless of case.
+  bool atLeast(double v, double lower) const { return equal(v, lower) || v > lower; }
+  bool atMost(double v, double upper) const { return equal(v, upper) || v < upper; }
+  bool atLeast(const std::wstring& v, const std::wstring& lower) const {
+    return equal(v, lower) || v > lower;
+  }
+  bool atMost(const std::wstring& v, const std::wstring& upper) const {
+    return equal(v, upper) || v < upper;
+  }
+  // A scale is within a range when each factor is.
+  bool atLeast(const Scale3& v, const Scale3& lower) const {
+    return atLeast(v.x, lower.x) && atLeast(v.y, lower.y) && atLeast(v.z, lower.z);
+  }
+  bool atMost(const Scale3& v, const Scale3& upper) const {
+    return atMost(v.x, upper.x) && atMost(v.y, upper.y) && atMost(v.z, upper.z);
+  }
+
+  host::Database& database_;
+  host::ObjectId entity_;
+  int precision_;
+  double tolerance_;
+};
+
+std::wstring dimensionMode(host::Database& database, host::ObjectId entity,
+                           const Matcher& matcher) {
+  std::wstring_view mode = dimensionModeOfClass(database.entityClass(entity));
+  if (mode.empty()) {
+    if (auto type = matcher.number(P::kDimensionType)) {
+      mode = dimensionModeOfType(static_cast<int64_t>(*type));
+    }
+  }
+  return std::wstring(mode);
+}
+
+std::wstring ellipseMode(const Matcher& matcher) {
+  auto start = matcher.number(P::kEllipseStart);
+  auto end = matcher.number(P::kEllipseEnd);
+  if (!start || !end) return {};
+  return std::abs(*end - *start) >= fullEllipseSweep(matcher.precision()) ? L"circle" : L"arc";
+}
+
+bool matchesTypeProperties(host::Database& database, host::ObjectId entity,
+                           const DrawingProperties& p, std::wstring_view type, const Matcher& m) {
+  const double kToDegrees = radiansToDegrees(1);
+  if (type == L"3DPolyline" || type == L"Polyline" || type == L"Spline") {
+    return m.acceptsNumber(p.closed, P::kClosed);
+  }
+  if (type == L"BlockReference") {
+    return m.acceptsNumber(p.angle, P::kRotation, kToDegrees) &&
+           m.acceptsText(p.block_name, P::kBlockName) && m.acceptsScale(p.block_scale, P::kScale);
+  }
+  if (type == L"Circle") return m.acceptsNumber(p.circle_radius, P::kRadius);
+  if (type == L"Dimension") {
+    return m.acceptsDerived(p.dimension_mode, dimensionMode(database, entity, m)) &&
+           m.acceptsText(p.dimension_style, P::kDimensionStyle);
+  }
+  if (type == L"Ellipse") return m.acceptsDerived(p.ellipse_mode, ellipseMode(m));
+  if (type == L"Hatch" || type == L"MPolygon") {
+    // An MPolygon's pattern colour is not reported by the host, so `patterncolor` cannot
+    // exclude one.
+    return (type != L"Hatch" || m.acceptsColor(p.background_color, P::kBackgroundColor)) &&
+           m.acceptsText(p.pattern, P::kPattern) &&
+           m.acceptsNumber(p.pattern_angle, P::kPatternAngle, kToDegrees) &&
+           m.acceptsNumber(p.pattern_scale, P::kPatternScale);
+  }
+  if (type == L"MLeader") return m.acceptsText(p.mleader_style, P::kMLeaderStyle);
+  if (type == L"Mline") {
+    return m.acceptsNumber(p.closed, P::kClosed) &&
+           m.acceptsNumber(p.mline_justification, P::kMlineJustification) &&
+           m.acceptsNumber(p.mline_scale, P::kMlineScale) &&
+           m.acceptsText(p.mline_style, P::kMlineStyle);
+  }
+  if (type == L"MText" || type == L"Text") {
+    bool placed = type == L"MText" ? m.acceptsNumber(p.mtext_attachment_point, P::kAttachment)
+                                   : m.acceptsNumber(p.text_justification, P::kTextJustification);
+    return placed && m.acceptsNumber(p.angle, P::kRotation, kToDegrees) &&
+           m.acceptsNumber(p.text_height, P::kTextHeight) &&
+           m.acceptsText(p.text_style, P::kTextStyle) && m.acceptsText(p.text, P::kContents);
+  }
+  return true;
+}
+
+}  // namespace
+
+bool matchesClassProperties(host::Database& database, host::ObjectId entity,
+                            const DrawingProperties& properties) {
+  const std::wstring type = objectTypeName(database, entity);
+  const auto& types = properties.object_types;
+  if (type.empty() || std::find(types.begin(), types.end(), type) == types.end()) return false;
+
+  const Matcher m(database, entity);
+  return m.acceptsColor(properties.color, P::kColor) &&
+         m.acceptsText(properties.layer, P::kLayer) &&
+         m.acceptsText(properties.linetype, P::kLinetype) &&
+         m.acceptsNumber(properties.linetype_scale, P::kLinetypeScale) &&
+         m.acceptsNumber(properties.lineweight, P::kLineweight) &&
+         matchesTypeProperties(database, entity, properties, type, m);
+}
+
+}  // namespace draw

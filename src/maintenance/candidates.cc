@@ -1,0 +1,42 @@
+#include "maintenance/candidates.h"
+
+#include <map>
+#include <string>
+
+namespace maintenance {
+
+std::optional<std::vector<host::ObjectId>> pickedOrSelected(
+    host::Editor& editor, host::Database& database, const std::vector<host::ObjectId>& picked_first,
+    EmptyPick empty_pick) {
+  if (!picked_first.empty()) return picked_first;
+  host::SelectionInput selection = editor.select();
+  if (selection.status == host::InputStatus::kCancel) return std::nullopt;
+  if (selection.ids.empty() && empty_pick == EmptyPick::kModelSpace)
+    return database.modelSpaceEntities();
+  return std::move(selection.ids);
+}
+
+void pruneCandidates(host::Database& database, std::vector<host::ObjectId>& candidates) {
+  // Few layers, many entities: each layer's state is asked once.
+  std::map<std::wstring, bool> usable_layers;
+  auto usable = [&](host::ObjectId id) {
+    if (!database.isValid(id) || database.entityClass(id).empty()) return false;
+    const std::wstring* layer = nullptr;
+    host::PropertyValue value = database.getProperty(id, host::EntityProperty::kLayer);
+    if (!(layer = std::get_if<std::wstring>(&value))) return false;
+    auto [it, inserted] = usable_layers.try_emplace(*layer, false);
+    if (inserted) {
+      auto state = database.layerState(*layer);
+      it->second = state && !state->frozen && !state->off && !state->locked && !state->hidden;
+    }
+    return it->second;
+  };
+  std::erase_if(candidates, [&](host::ObjectId id) { return !usable(id); });
+}
+
+void removeBySwap(std::vector<host::ObjectId>& candidates, size_t index) {
+  candidates[index] = candidates.back();
+  candidates.pop_back();
+}
+
+}  // namespace maintenance

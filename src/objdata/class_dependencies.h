@@ -1,0 +1,15 @@
+// Making the drawing resources a class's properties name available before they are applied.
+#pragma once
+
+#include "catalogue/catalogue.h"
+#include "host/database.h"
+
+namespace objdata {
+
+// Makes sure the drawing has every layer, linetype, block and style that `cls` prescribes
+// as its default: a name the drawing lacks is imported from the file that provided it when
+// the class file was loaded. False when a name is still missing afterwards.
+bool loadClassDependencies(host::Database& database, const catalogue::Catalogue& catalogue,
+                           const catalogue::ObjectClass& cls);
+
+}  // namespace objdata

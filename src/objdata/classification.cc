@@ -1,0 +1,202 @@
+#include "objdata/classification.h"
+
+#include "base/crt_numbers.h"
+#include "base/text_case.h"
+#include "objdata/class_dependencies.h"
+#include "objdata/record_validation.h"
+
+namespace objdata {
+
+namespace {
+
+using catalogue::FieldDefinition;
+using catalogue::ObjectClass;
+using catalogue::TableDefinition;
+
+const TableDefinition* findTableOf(const ObjectClass& cls, std::wstring_view name) {
+  for (const TableDefinition& table : cls.tables) {
+    if (base::equalsIgnoringCase(table.name, name)) return &table;
+  }
+  return nullptr;
+}
+
+Value zeroOf(ValueType type) {
+  Value value;
+  value.type = type;
+  if (type == ValueType::kCharacter) value.text = L"";
+  return value;
+}
+
+}  // namespace
+
+std::wstring textOrEmpty(const Value& value) {
+  if (value.type == ValueType::kNone) return {};
+  try {
+    return asText(value);
+  } catch (int) {
+    return {};
+  }
+}
+
+bool valueEqualsText(const Value& value, std::wstring_view text) {
+  switch (value.type) {
+    case ValueType::kInteger:
+      return value.integer == base::wtoi(text);
+    case ValueType::kReal:
+      return value.real == base::wtof(text);
+    case ValueType::kCharacter:
+      return value.text.value_or(L"") == text;
+    default:
+      return false;
+  }
+}
+
+std::vector<TableRecord> Classifier::readRecords(host::ObjectId entity) {
+  std::vector<TableRecord> records;
+  RecordCursor cursor;
+  if (openCursor(tables_, cursor, entity) != kStatusOk) return records;
+  while (!cursorDone(cursor)) {
+    TableRecord record;
+    if (readRecord(tables_, cursor, record) == kStatusOk) records.push_back(std::move(record));
+    nextRecord(tables_, cursor);
+  }
+  return records;
+}
+
+const std::vector<std::wstring>& Classifier::keyFieldsOf(const std::wstring& table_name) {
+  std::wstring key = base::lowerCase(table_name);
+  auto it = key_fields_.find(key);
+  if (it != key_fields_.end()) return it->second;
+  std::vector<std::wstring> fields;
+  // Every class that uses a table declares it alike (the class file refuses conflicts), so
+  // the first class's definition speaks for all.
+  const catalogue::TableEntry* entry = catalogue_.findTable(key);
+  if (entry && !entry->objects.empty()) {
+    const ObjectClass* owner = catalogue_.findObject(entry->objects.front());
+    const TableDefinition* table = owner ? findTableOf(*owner, key) : nullptr;
+    if (table) {
+      for (const FieldDefinition& field : table->fields) {
+        if (field.kind == catalogue::ValueKind::kKey) fields.push_back(field.name);
+      }
+    }
+  }
+  return key_fields_.emplace(std::move(key), std::move(fields)).first->second;
+}
+
+const ObjectClass* Classifier::classOfRecord(const TableRecord& record) {
+  for (const std::wstring& field : keyFieldsOf(record.table_name)) {
+    int index = findField(record.fields, field);
+    if (index < 0) continue;
+    if (const ObjectClass* cls = catalogue_.findObject(textOrEmpty(record.fields[index].value)))
+      return cls;
+  }
+  return nullptr;
+}
+
+std::wstring Classifier::expand(std::wstring_view text, const ObjectClass& cls) const {
+  if (text.find(L"$(") == std::wstring_view::npos) return std::wstring(text);
+  return expandTemplates(std::wstring(text), cls.display_name, environment_);
+}
+
+Classifier::Key Classifier::keyOf(const TableDefinition& table, const ObjectClass& cls) {
+  for (const FieldDefinition& field : table.fields) {
+    if (field.kind == catalogue::ValueKind::kKey) return {field.name, expand(field.value, cls)};
+  }
+  return {};
+}
+
+bool Classifier::isClassifiedAs(const std::vector<TableRecord>& records, const ObjectClass& cls,
+                                bool validate, bool required_only) {
+  if (records.empty()) return false;
+  TextExpander expander = [&](std::wstring_view text) { return expand(text, cls); };
+  for (const TableDefinition& table : cls.tables) {
+    Key key = keyOf(table, cls);
+    if (key.field.empty()) return false;
+    bool carried = false;
+    for (const TableRecord& record : records) {
+      if (!base::equalsIgnoringCase(record.table_name, table.name)) continue;
+      int index = findField(record.fields, key.field);
+      if (index < 0 || !valueEqualsText(record.fields[index].value, key.value)) continue;
+      if (validate && !recordKeepsRules(record, table, expander, required_only)) continue;
+      carried = true;
+      break;
+    }
+    if (!carried) return false;
+  }
+  return true;
+}
+
+bool Classifier::classifyWithTable(const TableDefinition& table, const ObjectClass& cls,
+                                   host::ObjectId entity) {
+  std::wstring key = base::lowerCase(table.name);
+  if (!stored_.contains(key)) {
+    std::vector<StoredField> fields;
+    for (const FieldDefinition& field : table.fields)
+      fields.push_back({field.name, static_cast<ValueType>(field.type)});
+    if (ensureStoredTable(database_, tables_.id(), table.name, fields) == 1) return false;
+    stored_.insert(key);
+  }
+  const StoredTable* stored = tables_.find(table.name);
+  if (!stored) return false;
+
+  TableRecord record{stored->name, {}};
+  for (const StoredField& field : stored->fields)
+    record.fields.push_back({field.name, std::nullopt, zeroOf(field.type)});
+  for (const FieldDefinition& field : table.fields) {
+    int index = findField(record.fields, field.name);
+    if (index < 0) continue;
+    std::wstring text = expand(field.value, cls);
+    // A field without a default keeps its zero: an empty text is no point.
+    if (text.empty() && field.kind == catalogue::ValueKind::kFree) continue;
+    try {
+      assign(record.fields[index].value, makeValue(static_cast<ValueType>(field.type), text));
+    } catch (int code) {
+      throw ConversionFailure{code, cls.display_name, table.name, field.name, text};
+    }
+  }
+  return appendRecord(tables_, *stored, record, entity) == kStatusOk;
+}
+
+bool Classifier::applyClass(const ObjectClass& cls, host::ObjectId entity, bool properties,
+                            bool records, draw::ApplyMode mode) {
+  bool ok = true;
+  if (properties) ok = draw::applyDrawingProperties(database_, entity, cls.properties, mode).isOk();
+  if (records) {
+    for (const TableDefinition& table : cls.tables) {
+      if (!classifyWithTable(table, cls, entity)) ok = false;
+    }
+  }
+  return ok;
+}
+
+bool Classifier::loadDependencies(const ObjectClass& cls) {
+  auto [it, inserted] = dependencies_.try_emplace(&cls, false);
+  if (inserted) it->second = loadClassDependencies(database_, catalogue_, cls);
+  return it->second;
+}
+
+bool Classifier::removeClass(std::wstring_view name, host::ObjectId entity) {
+  const ObjectClass* cls = catalogue_.findObject(name);
+  if (!cls || !isClassifiedAs(readRecords(entity), *cls)) return false;
+  for (const TableDefinition& table : cls->tables) {
+    Key key = keyOf(table, *cls);
+    const StoredTable* stored = tables_.find(table.name);
+    if (!stored) continue;
+    RecordCursor cursor;
+    cursor.table_filter = stored->name;
+    if (openCursor(tables_, cursor, entity) != kStatusOk) continue;
+    while (!cursorDone(cursor)) {
+      TableRecord record;
+      if (readRecord(tables_, cursor, record) != kStatusOk) break;
+      int index = findField(record.fields, key.field);
+      if (index >= 0 && textOrEmpty(record.fields[index].value) == key.value) {
+        deleteRecord(tables_, cursor);
+        break;
+      }
+      nextRecord(tables_, cursor);
+    }
+  }
+  return true;
+}
+
+}  // namespace objdata

@@ -1,0 +1,107 @@
+// Classes of entities as their records tell them: which class a record names, whether an
+// entity carries a class (and carries it validly), attaching and taking off a class's
+// records. One Classifier serves one command run over many entities: it remembers what it
+// looked up once.
+#pragma once
+
+#include <map>
+#include <set>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "catalogue/catalogue.h"
+#include "draw/property_application.h"
+#include "objdata/record_cursor.h"
+#include "objdata/value_template.h"
+
+namespace objdata {
+
+// Thrown when a record is filled with a default its field cannot hold.
+struct ConversionFailure {
+  int code = 0;  // kConversionFailed or kNotAPoint
+  std::wstring class_name;
+  std::wstring table;
+  std::wstring field;
+  std::wstring value;  // the default, expanded
+};
+
+class Classifier {
+ public:
+  // Everything given must outlive the classifier.
+  Classifier(host::Database& database, const catalogue::Catalogue& catalogue,
+             TableDirectory& tables, const TemplateEnvironment& environment)
+      : database_(database), catalogue_(catalogue), tables_(tables), environment_(environment) {}
+
+  const catalogue::Catalogue& catalogue() const { return catalogue_; }
+  TableDirectory& tables() { return tables_; }
+
+  // Every record of `entity`, in walk order.
+  std::vector<TableRecord> readRecords(host::ObjectId entity);
+
+  // The class that the record's key fields name (their values, lower-cased, looked up among
+  // the classes, first found wins); null when the catalogue does not know the table or no
+  // key value names a class.
+  const catalogue::ObjectClass* classOfRecord(const TableRecord& record);
+
+  // Whether `records` hold, for every table of `cls`, a record of that table whose key field
+  // names `cls`; with `validate`, one that also keeps the rules of the table's fields (with
+  // `required_only`, of its required fields only). No records: false; a class without
+  // tables: true.
+  bool isClassifiedAs(const std::vector<TableRecord>& records, const catalogue::ObjectClass& cls,
+                      bool validate = false, bool required_only = false);
+
+  // Attaches one record of `table` made of the fields' defaults, storing the table's
+  // definition first when the drawing lacks it. False when the definition could not be
+  // stored. Throws ConversionFailure for a default its field cannot hold; nothing is
+  // attached then.
+  bool classifyWithTable(const catalogue::TableDefinition& table, const catalogue::ObjectClass& cls,
+                         host::ObjectId entity);
+
+  // Gives `entity` the class: its drawing properties (when `properties`, in `mode`) and one
+  // record per table (when `records`). False when a property could not be applied or a
+  // table could not be stored.
+  bool applyClass(const catalogue::ObjectClass& cls, host::ObjectId entity, bool properties,
+                  bool records, draw::ApplyMode mode);
+
+  // loadClassDependencies, once per class and run.
+  bool loadDependencies(const catalogue::ObjectClass& cls);
+
+  // Takes the class named `name` off `entity`: per table of the class, the first record
+  // whose key field names the class. False when the catalogue has no such class or the
+  // entity does not carry it.
+  bool removeClass(std::wstring_view name, host::ObjectId entity);
+
+  // The value a record of `table` holds in its key field for `cls`, and that field's name;
+  // empty names when the table has no key field.
+  struct Key {
+    std::wstring field;
+    std::wstring value;
+  };
+  Key keyOf(const catalogue::TableDefinition& table, const catalogue::ObjectClass& cls);
+
+  std::wstring expand(std::wstring_view text, const catalogue::ObjectClass& cls) const;
+
+ private:
+  const std::vector<std::wstring>& keyFieldsOf(const std::wstring& table_name);
+
+  host::Database& database_;
+  const catalogue::Catalogue& catalogue_;
+  TableDirectory& tables_;
+  const TemplateEnvironment& environment_;
+  // Key field names by lower-case table name.
+  std::map<std::wstring, std::vector<std::wstring>, std::less<>> key_fields_;
+  // Lower-case names of the tables this run made sure the drawing stores.
+  std::set<std::wstring, std::less<>> stored_;
+  std::map<const catalogue::ObjectClass*, bool> dependencies_;
+};
+
+// True when `value` equals `text` read as a value of its own type: an Integer against the
+// text as an integer, a Real exactly against the text as a number, a Character character
+// for character. An unset or Point value never equals.
+bool valueEqualsText(const Value& value, std::wstring_view text);
+
+// The value as text by the conversion rules, or an empty text for an unset value.
+std::wstring textOrEmpty(const Value& value);
+
+}  // namespace objdata

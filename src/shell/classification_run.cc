@@ -1,0 +1,69 @@
+#include "shell/classification_run.h"
+
+#include <type_traits>
+
+#include "objdata/stored_table.h"
+
+namespace shell {
+
+namespace {
+
+host::ObjectId tableDictionary(CommandContext& context, bool writes) {
+  if (writes) return objdata::getTableDictionary(context.host().document());
+  return objdata::findTableDictionary(context.database());
+}
+
+}  // namespace
+
+ClassificationRun::ClassificationRun(CommandContext& context, bool writes)
+    : catalogue_(context.state().catalogue),
+      tables_(context.database(), tableDictionary(context, writes)),
+      environment_(objdata::templateEnvironment(context.host())),
+      classifier_(context.database(), *catalogue_, tables_, environment_) {}
+
+std::optional<std::vector<host::ObjectId>> selectCandidates(
+    CommandContext& context, const std::vector<host::ObjectId>& picked_first,
+    maintenance::EmptyPick empty_pick) {
+  auto candidates =
+      maintenance::pickedOrSelected(context.editor(), context.database(), picked_first, empty_pick);
+  if (!candidates) return std::nullopt;
+  if (candidates->empty()) {
+    context.print(StringId::kErrorNoObjectsSelected);
+    return std::nullopt;
+  }
+  return candidates;
+}
+
+std::wstring blockNameOf(host::Database& database, host::ObjectId entity) {
+  host::PropertyValue name = database.getProperty(entity, host::EntityProperty::kBlockName);
+  const std::wstring* text = std::get_if<std::wstring>(&name);
+  return text ? *text : std::wstring();
+}
+
+void queueAttributeSync(CommandContext& context, const std::set<std::wstring>& blocks,
+                        bool regenerate) {
+  host::Database& database = context.database();
+  auto echo = database.getVar("CMDECHO");
+  if (echo) {
+    host::SysVar off = *echo;
+    std::visit(
+        [](auto& value) {
+          if constexpr (std::is_arithmetic_v<std::decay_t<decltype(value)>>) value = 0;
+        },
+        off.value);
+    (void)database.setVar("CMDECHO", off);
+  }
+  for (const std::wstring& block : blocks) {
+    if (database.hasAttributeDefinitions(block))
+      context.host().document().sendStringToExecute(L"_.attsync _n " + block + L"\n");
+  }
+  if (regenerate) context.host().document().sendStringToExecute(L"_.regen\n");
+  if (echo) (void)database.setVar("CMDECHO", *echo);
+}
+
+void reportConversionFailure(CommandContext& context, const objdata::ConversionFailure& failure) {
+  context.print(StringId::kErrorConversion,
+                {failure.value, failure.field, failure.table, failure.class_name});
+}
+
+}  // namespace shell

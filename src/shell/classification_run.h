@@ -1,0 +1,51 @@
+// What the classifying, validating and removing commands share: the classifier of one run,
+// the candidate entities, and the attribute synchronisation they queue.
+#pragma once
+
+#include <optional>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "maintenance/candidates.h"
+#include "objdata/classification.h"
+#include "shell/command_context.h"
+
+namespace shell {
+
+// The classifier of one command run over the current drawing and catalogue.
+class ClassificationRun {
+ public:
+  // With `writes`, the drawing's table dictionary is made when missing; otherwise a drawing
+  // without one is read as storing no table, and is left unchanged.
+  ClassificationRun(CommandContext& context, bool writes);
+
+  objdata::Classifier& classifier() { return classifier_; }
+  const catalogue::Catalogue& catalogue() const { return *catalogue_; }
+
+ private:
+  std::shared_ptr<const catalogue::Catalogue> catalogue_;
+  objdata::TableDirectory tables_;
+  objdata::TemplateEnvironment environment_;
+  objdata::Classifier classifier_;
+};
+
+// The pick-first set or an interactive selection (see maintenance::pickedOrSelected). Prints
+// "no objects selected" and gives nothing when the result is empty; gives nothing silently
+// when the user cancels.
+std::optional<std::vector<host::ObjectId>> selectCandidates(
+    CommandContext& context, const std::vector<host::ObjectId>& picked_first,
+    maintenance::EmptyPick empty_pick);
+
+// The block an entity references, or an empty text for other entities.
+std::wstring blockNameOf(host::Database& database, host::ObjectId entity);
+
+// Queues "_.attsync _n NAME" for each block of `blocks` that defines attributes, and
+// "_.regen" when `regenerate`, with CMDECHO off while they are queued.
+void queueAttributeSync(CommandContext& context, const std::set<std::wstring>& blocks,
+                        bool regenerate);
+
+// Reports a value that a field could not hold (a thrown conversion code) in `cls`.
+void reportConversionFailure(CommandContext& context, const objdata::ConversionFailure& failure);
+
+}  // namespace shell

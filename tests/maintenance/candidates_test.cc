@@ -1,0 +1,56 @@
+// The entities a command works on: pick-first set, interactive selection, model-space
+// fallback, and pruning by layer state.
+#include "maintenance/candidates.h"
+
+#include <gtest/gtest.h>
+
+#include "fakes/fake_host.h"
+
+namespace {
+
+using host::EntityProperty;
+using host::ObjectId;
+
+TEST(CandidatesTest, PickFirstThenSelectionThenModelSpace) {
+  fakes::FakeHost host;
+  ObjectId a = host.addEntity(L"AcDbLine");
+  ObjectId b = host.addEntity(L"AcDbCircle");
+  using maintenance::EmptyPick;
+  auto pick = [&](std::vector<ObjectId> first, EmptyPick empty) {
+    return maintenance::pickedOrSelected(host.editor(), host.database(), first, empty);
+  };
+  EXPECT_EQ(pick({b}, EmptyPick::kNothing), std::vector<ObjectId>{b});
+
+  host.selections({fakes::Selection{a}, fakes::Selection{std::vector<ObjectId>{}},
+                   fakes::Selection{std::vector<ObjectId>{}}, fakes::Selection::cancel()});
+  EXPECT_EQ(pick({}, EmptyPick::kNothing), std::vector<ObjectId>{a});
+  EXPECT_EQ(pick({}, EmptyPick::kNothing), std::vector<ObjectId>{});
+  EXPECT_EQ(pick({}, EmptyPick::kModelSpace), (std::vector<ObjectId>{a, b}));
+  EXPECT_EQ(pick({}, EmptyPick::kModelSpace), std::nullopt);
+}
+
+TEST(CandidatesTest, PruningKeepsEntitiesOnUsableLayersInOrder) {
+  fakes::FakeHost host;
+  host.addLayer(L"Frozen", {.frozen = true});
+  host.addLayer(L"Off", {.off = true});
+  host.addLayer(L"Locked", {.locked = true});
+  host.addLayer(L"Hidden", {.hidden = true});
+  host.addLayer(L"Open");
+  std::vector<ObjectId> ids;
+  for (const wchar_t* layer : {L"Open", L"Frozen", L"Off", L"0", L"Locked", L"Hidden", L"Open"})
+    ids.push_back(host.addEntity(L"AcDbLine", {{EntityProperty::kLayer, std::wstring(layer)}}));
+  ObjectId erased = host.addEntity(L"AcDbLine");
+  ASSERT_TRUE(host.database().erase(erased));
+  std::vector<ObjectId> candidates = ids;
+  candidates.push_back(erased);
+  maintenance::pruneCandidates(host.database(), candidates);
+  EXPECT_EQ(candidates, (std::vector<ObjectId>{ids[0], ids[3], ids[6]}));
+}
+
+TEST(CandidatesTest, RemovalBySwapMovesTheLastIntoThePlace) {
+  std::vector<ObjectId> ids = {ObjectId{1}, ObjectId{2}, ObjectId{3}, ObjectId{4}};
+  maintenance::removeBySwap(ids, 1);
+  EXPECT_EQ(ids, (std::vector<ObjectId>{ObjectId{1}, ObjectId{4}, ObjectId{3}}));
+}
+
+}  // namespace
