@@ -1,6 +1,7 @@
 #include "draw/conformity.h"
 
 #include <algorithm>
+#include <array>
 #include <charconv>
 #include <cmath>
 #include <numbers>
@@ -18,7 +19,10 @@ namespace {
 
 using P = host::EntityProperty;
 
-// The precision the drawing shows lengths with; hosts report it as a short or a long.
+constexpr size_t kPropertyCount = static_cast<size_t>(P::kElevation) + 1;
+
+}  // namespace
+
 int linearPrecision(host::Database& database) {
   auto var = database.getVar("LUPREC");
   int precision = 4;
@@ -28,6 +32,8 @@ int linearPrecision(host::Database& database) {
   }
   return std::clamp(precision, 0, 8);
 }
+
+namespace {
 
 // The sweep from which an ellipse counts as closed. The constant is not quite pi, and it is
 // rounded to the drawing's precision, so at most precisions a full ellipse stays an "arc";
@@ -73,14 +79,24 @@ double comparable(int8_t v) { return v; }
 const std::wstring& comparable(const std::wstring& v) { return v; }
 const Scale3& comparable(const Scale3& v) { return v; }
 
-// One entity tested against one class: holds the tolerance of this drawing.
+}  // namespace
+
+// One entity tested against classes: holds the tolerance of this drawing and the values
+// read from the entity.
 class Matcher {
  public:
-  Matcher(host::Database& database, host::ObjectId entity)
+  Matcher(host::Database& database, host::ObjectId entity, int precision)
       : database_(database),
         entity_(entity),
-        precision_(linearPrecision(database)),
+        precision_(precision),
         tolerance_(std::pow(0.1, precision_)) {}
+
+  // The entity's value of `property`, asked of the host once however many classes test it.
+  const host::PropertyValue& value(P property) const {
+    std::optional<host::PropertyValue>& slot = values_[static_cast<size_t>(property)];
+    if (!slot) slot = database_.getProperty(entity_, property);
+    return *slot;
+  }
 
   int precision() const { return precision_; }
 
@@ -94,21 +110,21 @@ class Matcher {
 
   bool acceptsText(const PropertyConstraint<std::wstring>& c, P property) const {
     if (acceptsAll(c)) return true;
-    auto value = database_.getProperty(entity_, property);
+    const host::PropertyValue& value = this->value(property);
     const auto* v = std::get_if<std::wstring>(&value);
     return v && accepts(c, *v);
   }
 
   bool acceptsScale(const PropertyConstraint<Scale3>& c, P property) const {
     if (acceptsAll(c)) return true;
-    auto value = database_.getProperty(entity_, property);
+    const host::PropertyValue& value = this->value(property);
     const auto* v = std::get_if<host::Point3>(&value);
     return v && accepts(c, Scale3{v->x, v->y, v->z});
   }
 
   bool acceptsColor(const std::vector<ColorSpec>& specs, P property) const {
     if (specs.empty()) return true;
-    auto value = database_.getProperty(entity_, property);
+    const host::PropertyValue& value = this->value(property);
     const auto* color = std::get_if<host::Color>(&value);
     return std::any_of(specs.begin(), specs.end(), [&](const ColorSpec& spec) {
       if (spec.empty()) return true;
@@ -130,7 +146,7 @@ class Matcher {
   }
 
   std::optional<double> number(P property) const {
-    auto value = database_.getProperty(entity_, property);
+    const host::PropertyValue& value = this->value(property);
     if (const auto* d = std::get_if<double>(&value)) return *d;
     if (const auto* i = std::get_if<int64_t>(&value)) return static_cast<double>(*i);
     return std::nullopt;
@@ -190,7 +206,10 @@ class Matcher {
   host::ObjectId entity_;
   int precision_;
   double tolerance_;
+  mutable std::array<std::optional<host::PropertyValue>, kPropertyCount> values_;
 };
+
+namespace {
 
 std::wstring dimensionMode(host::Database& database, host::ObjectId entity,
                            const Matcher& matcher) {
@@ -253,19 +272,29 @@ bool matchesTypeProperties(host::Database& database, host::ObjectId entity,
 
 }  // namespace
 
-bool matchesClassProperties(host::Database& database, host::ObjectId entity,
-                            const DrawingProperties& properties) {
-  const std::wstring type = objectTypeName(database, entity);
-  const auto& types = properties.object_types;
-  if (type.empty() || std::find(types.begin(), types.end(), type) == types.end()) return false;
+EntityConformity::EntityConformity(host::Database& database, host::ObjectId entity, int precision)
+    : database_(database),
+      entity_(entity),
+      type_(objectTypeName(database, entity)),
+      matcher_(std::make_unique<Matcher>(database, entity, precision)) {}
 
-  const Matcher m(database, entity);
+EntityConformity::~EntityConformity() = default;
+
+bool EntityConformity::matches(const DrawingProperties& properties) const {
+  const auto& types = properties.object_types;
+  if (type_.empty() || std::find(types.begin(), types.end(), type_) == types.end()) return false;
+  const Matcher& m = *matcher_;
   return m.acceptsColor(properties.color, P::kColor) &&
          m.acceptsText(properties.layer, P::kLayer) &&
          m.acceptsText(properties.linetype, P::kLinetype) &&
          m.acceptsNumber(properties.linetype_scale, P::kLinetypeScale) &&
          m.acceptsNumber(properties.lineweight, P::kLineweight) &&
-         matchesTypeProperties(database, entity, properties, type, m);
+         matchesTypeProperties(database_, entity_, properties, type_, m);
+}
+
+bool matchesClassProperties(host::Database& database, host::ObjectId entity,
+                            const DrawingProperties& properties) {
+  return EntityConformity(database, entity, linearPrecision(database)).matches(properties);
 }
 
 }  // namespace draw

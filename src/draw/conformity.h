@@ -2,10 +2,40 @@
 // properties and the properties of its type, each against the class's constraint.
 #pragma once
 
+#include <memory>
+#include <string>
+
 #include "draw/object_properties.h"
 #include "host/database.h"
 
 namespace draw {
+
+// The drawing's linear precision (LUPREC), which sets the tolerance of number comparisons;
+// 4 when the host does not report it.
+int linearPrecision(host::Database& database);
+
+class Matcher;
+
+// The conformity test of one entity against many classes: the entity's type and properties
+// are read from the host once, whatever the number of classes tested.
+class EntityConformity {
+ public:
+  EntityConformity(host::Database& database, host::ObjectId entity, int precision);
+  ~EntityConformity();
+  EntityConformity(const EntityConformity&) = delete;
+  EntityConformity& operator=(const EntityConformity&) = delete;
+
+  // The entity's type name; empty when it has none.
+  const std::wstring& type() const { return type_; }
+  // matchesClassProperties for this entity.
+  bool matches(const DrawingProperties& properties) const;
+
+ private:
+  host::Database& database_;
+  host::ObjectId entity_;
+  std::wstring type_;
+  std::unique_ptr<Matcher> matcher_;
+};
 
 // The conformity test. Every constraint that is set must accept the entity's value: the
 // any-marker accepts all, then the default, then (List) any alternative, or (Range) a value

@@ -5,6 +5,7 @@
 #include <string_view>
 #include <utility>
 
+#include "base/text_case.h"
 #include "draw/object_types.h"
 
 namespace draw {
@@ -38,6 +39,14 @@ host::Color hostColor(const ColorSpec& spec) {
 
 // Sets properties one after the other, keeping the first failure so that one missing name
 // does not stop the rest.
+// Names (the only texts applied) are the same in any case, as symbol tables compare them.
+bool sameValue(const host::PropertyValue& current, const host::PropertyValue& wanted) {
+  const auto* a = std::get_if<std::wstring>(&current);
+  const auto* b = std::get_if<std::wstring>(&wanted);
+  if (a && b) return base::equalsIgnoringCase(*a, *b);
+  return current == wanted;
+}
+
 class Applier {
  public:
   Applier(host::Database& database, host::ObjectId entity) : database_(database), entity_(entity) {}
@@ -45,6 +54,9 @@ class Applier {
   base::Status status() const { return status_; }
 
   void set(const char* key, P property, const host::PropertyValue& value) {
+    // An entity that has the value already is left untouched, so that the drawing keeps
+    // its own record of it.
+    if (sameValue(database_.getProperty(entity_, property), value)) return;
     base::Status s = database_.setProperty(entity_, property, value);
     if (!s.isOk() && status_.isOk()) status_ = s.withContext(std::string("applying ") + key);
   }

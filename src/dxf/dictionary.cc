@@ -97,15 +97,25 @@ RecordId namedObjectsDictionary(const Document& doc) {
 
 std::vector<DictionaryEntry> dictionaryEntries(const Document& doc, RecordId dict) {
   std::vector<DictionaryEntry> out;
+  dictionaryEntries(doc, dict, out);
+  return out;
+}
+
+void dictionaryEntries(const Document& doc, RecordId dict, std::vector<DictionaryEntry>& out) {
+  size_t count = 0;
   auto tags = doc.tags(dict);
   for (size_t i = 0; i + 1 < tags.size(); ++i) {
     if (tags[i].code == 3 && (tags[i + 1].code == 350 || tags[i + 1].code == 360)) {
-      out.push_back({doc.codec().decode(doc.text(tags[i])), parseHandle(doc.text(tags[i + 1])),
-                     tags[i + 1].code == 360});
+      if (count == out.size()) out.emplace_back();
+      DictionaryEntry& entry = out[count++];
+      entry.key.clear();
+      doc.codec().decode(doc.text(tags[i]), entry.key);
+      entry.value = parseHandle(doc.text(tags[i + 1]));
+      entry.hard_owner = tags[i + 1].code == 360;
       ++i;
     }
   }
-  return out;
+  out.resize(count);
 }
 
 RecordId dictionaryGet(const Document& doc, RecordId dict, std::wstring_view key) {

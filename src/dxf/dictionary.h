@@ -21,6 +21,8 @@ RecordId namedObjectsDictionary(const Document& doc);
 
 // Entries in the order the dictionary keeps them.
 std::vector<DictionaryEntry> dictionaryEntries(const Document& doc, RecordId dict);
+// The same into `out`, reusing its keys' storage: for walks over many dictionaries.
+void dictionaryEntries(const Document& doc, RecordId dict, std::vector<DictionaryEntry>& out);
 // The record an entry names (keys compare case-insensitively, as CAD programs do), or
 // kNoRecord when the key is absent or names nothing.
 RecordId dictionaryGet(const Document& doc, RecordId dict, std::wstring_view key);

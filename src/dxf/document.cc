@@ -117,9 +117,23 @@ void Document::unlink(RecordId id) {
 }
 
 RecordId Document::byHandle(Handle handle) const {
-  auto it = std::lower_bound(handles_.begin(), handles_.end(), std::make_pair(handle, RecordId{0}));
-  if (it == handles_.end() || it->first != handle) return kNoRecord;
-  return records_[it->second].erased ? kNoRecord : it->second;
+  RecordId id = kNoRecord;
+  if (dense_) {
+    if (handle < dense_handles_.size()) id = dense_handles_[handle];
+  } else {
+    auto it =
+        std::lower_bound(handles_.begin(), handles_.end(), std::make_pair(handle, RecordId{0}));
+    if (it != handles_.end() && it->first == handle) id = it->second;
+  }
+  return id == kNoRecord || records_[id].erased ? kNoRecord : id;
+}
+
+void Document::buildDenseIndex() {
+  dense_ = handles_.empty() || denseEnough(handles_.back().first);
+  dense_handles_.clear();
+  if (!dense_ || handles_.empty()) return;
+  dense_handles_.assign(handles_.back().first + 1, kNoRecord);
+  for (const auto& [handle, id] : handles_) dense_handles_[handle] = id;
 }
 
 Handle Document::allocateHandle() {
@@ -129,6 +143,18 @@ Handle Document::allocateHandle() {
 
 void Document::indexHandle(RecordId id, Handle handle) {
   records_[id].handle = handle;
+  if (dense_) {
+    if (handle >= dense_handles_.size()) {
+      if (denseEnough(handle)) {
+        dense_handles_.resize(std::max<size_t>(handle + 1, dense_handles_.size() * 3 / 2),
+                              kNoRecord);
+      } else {
+        dense_ = false;
+        dense_handles_ = {};
+      }
+    }
+    if (dense_) dense_handles_[handle] = id;
+  }
   auto entry = std::make_pair(handle, id);
   if (handles_.empty() || handles_.back().first < handle) {
     handles_.push_back(entry);
@@ -331,6 +357,7 @@ base::Status Document::buildStructure(const std::string& name) {
     }
   }
   if (!handles_.empty()) next_handle_ = handles_.back().first + 1;
+  buildDenseIndex();
   if (base::Status status = checkExtensionDictionaries(name); !status) return status;
 
   std::vector<Tag> var = headerVariable("$ACADVER");

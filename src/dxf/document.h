@@ -131,6 +131,9 @@ class Document {
   void setHeaderVariable(std::string_view name, std::span<const Tag> value_tags);
 
  private:
+  // Whether a direct index up to `handle` stays within a few slots per handle.
+  bool denseEnough(Handle handle) const { return handle <= 4 * handles_.size() + 4096; }
+  void buildDenseIndex();
   friend class DocumentBuilder;
 
   base::Status buildStructure(const std::string& name);
@@ -156,6 +159,11 @@ class Document {
   Codec codec_;
 
   std::vector<std::pair<Handle, RecordId>> handles_;  // sorted by handle
+  // Record by handle, indexed directly, while the handles are dense enough (as writers
+  // allocate them, counting up): commands look handles up for every entity they visit.
+  // Empty when the handles are too sparse; handles_ answers then.
+  std::vector<RecordId> dense_handles_;
+  bool dense_ = false;
   Handle next_handle_ = 1;
   Handle file_handseed_ = 0;
   bool handles_allocated_ = false;

@@ -62,17 +62,26 @@ int dataStart(const Document& doc, std::span<const Tag> tags) {
 
 std::vector<TypedValue> readXrecord(const Document& doc, RecordId id) {
   std::vector<TypedValue> out;
+  readXrecord(doc, id, out);
+  return out;
+}
+
+void readXrecord(const Document& doc, RecordId id, std::vector<TypedValue>& out) {
+  size_t count = 0;
   auto tags = doc.tags(id);
   int start = dataStart(doc, tags);
   for (size_t i = start < 0 ? tags.size() : static_cast<size_t>(start); i < tags.size(); ++i) {
     const Tag& tag = tags[i];
     std::string_view text = doc.text(tag);
-    TypedValue v;
+    if (count == out.size()) out.emplace_back();
+    TypedValue& v = out[count++];
     v.code = tag.code;
+    v.type = TypedValue::Type::kRaw;
     switch (tag.code) {
       case 1:
         v.type = TypedValue::Type::kText;
-        v.text = doc.codec().decode(text);
+        v.text.clear();
+        doc.codec().decode(text, v.text);
         break;
       case 40:
         v.type = parseDouble(text, v.xyz[0]) ? TypedValue::Type::kReal : TypedValue::Type::kRaw;
@@ -95,10 +104,9 @@ std::vector<TypedValue> readXrecord(const Document& doc, RecordId id) {
       default:
         break;
     }
-    if (v.type == TypedValue::Type::kRaw) v.raw = std::string(text);
-    out.push_back(std::move(v));
+    if (v.type == TypedValue::Type::kRaw) v.raw.assign(text);
   }
-  return out;
+  out.resize(count);
 }
 
 void writeXrecord(Document& doc, RecordId id, const std::vector<TypedValue>& values) {

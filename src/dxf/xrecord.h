@@ -30,6 +30,8 @@ struct TypedValue {
 
 // The data of the XRECORD `id` (the tags after its cloning flag).
 std::vector<TypedValue> readXrecord(const Document& doc, RecordId id);
+// The same into `out`, reusing its values' storage: for walks over many XRECORDs.
+void readXrecord(const Document& doc, RecordId id, std::vector<TypedValue>& out);
 // Replaces the data of the XRECORD `id`; the record's header tags are kept.
 void writeXrecord(Document& doc, RecordId id, const std::vector<TypedValue>& values);
 

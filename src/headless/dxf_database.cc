@@ -80,15 +80,28 @@ Result<ObjectId> DxfDatabase::dictionaryGet(ObjectId dict, std::wstring_view key
 
 Result<std::vector<std::pair<std::wstring, ObjectId>>> DxfDatabase::dictionaryEntries(
     ObjectId dict) {
+  std::vector<std::pair<std::wstring, ObjectId>> out;
+  if (Status status = dictionaryEntriesInto(dict, out); !status) return status;
+  return out;
+}
+
+Status DxfDatabase::dictionaryEntriesInto(ObjectId dict,
+                                          std::vector<std::pair<std::wstring, ObjectId>>& entries) {
   auto d = dictionaryRecord(dict);
   if (!d) return d.status();
-  std::vector<std::pair<std::wstring, ObjectId>> out;
-  for (dxf::DictionaryEntry& entry : dxf::dictionaryEntries(drawing_, *d)) {
+  dxf::dictionaryEntries(drawing_, *d, entries_scratch_);
+  size_t count = 0;
+  for (const dxf::DictionaryEntry& entry : entries_scratch_) {
     dxf::RecordId r = drawing_.byHandle(entry.value);
     // An entry naming nothing is dangling; callers can do nothing with it.
-    if (r != dxf::kNoRecord) out.emplace_back(std::move(entry.key), toId(r));
+    if (r == dxf::kNoRecord) continue;
+    if (count == entries.size()) entries.emplace_back();
+    entries[count].first.assign(entry.key);
+    entries[count].second = toId(r);
+    ++count;
   }
-  return out;
+  entries.resize(count);
+  return Status::ok();
 }
 
 Status DxfDatabase::dictionaryRemove(ObjectId dict, std::wstring_view key) {
@@ -121,33 +134,49 @@ Result<ObjectId> DxfDatabase::createXrecord(ObjectId owner, std::wstring_view ke
 }
 
 Result<host::ResBufChain> DxfDatabase::readXrecord(ObjectId xrecord) {
+  host::ResBufChain chain;
+  if (Status status = readXrecordInto(xrecord, chain); !status) return status;
+  return chain;
+}
+
+namespace {
+
+// Sets `rb` from `v`, keeping the text buffer `rb` already holds when it can.
+void toResBuf(dxf::TypedValue& v, host::ResBuf& rb) {
+  rb.code = v.code;
+  switch (v.type) {
+    case dxf::TypedValue::Type::kText:
+      if (auto* text = std::get_if<std::wstring>(&rb.value)) {
+        text->assign(v.text);
+      } else {
+        rb.value = v.text;
+      }
+      break;
+    case dxf::TypedValue::Type::kPoint:
+      rb.value = host::Point3{v.xyz[0], v.xyz[1], v.xyz[2]};
+      break;
+    case dxf::TypedValue::Type::kReal:
+      rb.value = v.xyz[0];
+      break;
+    case dxf::TypedValue::Type::kInteger:
+      rb.value = v.integer;
+      break;
+    case dxf::TypedValue::Type::kRaw:
+      rb.value = v.raw;
+      break;
+  }
+}
+
+}  // namespace
+
+Status DxfDatabase::readXrecordInto(ObjectId xrecord, host::ResBufChain& chain) {
   auto r = record(xrecord, "XRECORD");
   if (!r) return r.status();
   if (drawing_.type(*r) != "XRECORD") return Status::invalid("object is not an XRECORD");
-  host::ResBufChain chain;
-  for (dxf::TypedValue& v : dxf::readXrecord(drawing_, *r)) {
-    host::ResBuf rb;
-    rb.code = v.code;
-    switch (v.type) {
-      case dxf::TypedValue::Type::kText:
-        rb.value = std::move(v.text);
-        break;
-      case dxf::TypedValue::Type::kPoint:
-        rb.value = host::Point3{v.xyz[0], v.xyz[1], v.xyz[2]};
-        break;
-      case dxf::TypedValue::Type::kReal:
-        rb.value = v.xyz[0];
-        break;
-      case dxf::TypedValue::Type::kInteger:
-        rb.value = v.integer;
-        break;
-      case dxf::TypedValue::Type::kRaw:
-        rb.value = std::move(v.raw);
-        break;
-    }
-    chain.push_back(std::move(rb));
-  }
-  return chain;
+  dxf::readXrecord(drawing_, *r, values_scratch_);
+  chain.resize(values_scratch_.size());
+  for (size_t i = 0; i < chain.size(); ++i) toResBuf(values_scratch_[i], chain[i]);
+  return Status::ok();
 }
 
 Status DxfDatabase::writeXrecord(ObjectId xrecord, const host::ResBufChain& chain) {
@@ -212,6 +241,11 @@ bool DxfDatabase::isValid(ObjectId id) { return toRecord(id) != dxf::kNoRecord; 
 std::wstring DxfDatabase::entityClass(ObjectId entity) {
   dxf::RecordId r = toRecord(entity);
   return r == dxf::kNoRecord ? std::wstring() : hostEntityClass(drawing_, r);
+}
+
+bool DxfDatabase::isEntity(ObjectId id) {
+  dxf::RecordId r = toRecord(id);
+  return r != dxf::kNoRecord && isEntityRecord(drawing_, r);
 }
 
 std::vector<ObjectId> DxfDatabase::modelSpaceEntities() {

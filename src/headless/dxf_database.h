@@ -5,8 +5,10 @@
 #include <string>
 #include <vector>
 
+#include "dxf/dictionary.h"
 #include "dxf/document.h"
 #include "dxf/resource_copy.h"
+#include "dxf/xrecord.h"
 #include "host/database.h"
 
 namespace headless {
@@ -34,6 +36,9 @@ class DxfDatabase : public host::Database {
                                                 std::wstring_view key) override;
   base::Result<host::ObjectId> createXrecord(host::ObjectId owner, std::wstring_view key) override;
   base::Result<host::ResBufChain> readXrecord(host::ObjectId xrecord) override;
+  base::Status readXrecordInto(host::ObjectId xrecord, host::ResBufChain& chain) override;
+  base::Status dictionaryEntriesInto(
+      host::ObjectId dict, std::vector<std::pair<std::wstring, host::ObjectId>>& entries) override;
   base::Status writeXrecord(host::ObjectId xrecord, const host::ResBufChain& chain) override;
   base::Result<host::ObjectId> extensionDictionary(host::ObjectId object) override;
   base::Result<host::ObjectId> createExtensionDictionary(host::ObjectId object) override;
@@ -41,6 +46,7 @@ class DxfDatabase : public host::Database {
   base::Status erase(host::ObjectId object) override;
   bool isValid(host::ObjectId id) override;
   std::wstring entityClass(host::ObjectId entity) override;
+  bool isEntity(host::ObjectId id) override;
   std::vector<host::ObjectId> modelSpaceEntities() override;
   host::PropertyValue getProperty(host::ObjectId entity, host::EntityProperty property) override;
   base::Status setProperty(host::ObjectId entity, host::EntityProperty property,
@@ -73,6 +79,9 @@ class DxfDatabase : public host::Database {
   std::map<std::string, host::SysVar, std::less<>> session_vars_;
   // Hatch patterns read from .pat files by importResources.
   std::vector<dxf::PatternDefinition> patterns_;
+  // Reused by the reads that walks repeat for every object.
+  std::vector<dxf::TypedValue> values_scratch_;
+  std::vector<dxf::DictionaryEntry> entries_scratch_;
 };
 
 }  // namespace headless

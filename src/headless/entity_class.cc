@@ -63,6 +63,18 @@ const std::unordered_map<std::string_view, const wchar_t*>& fixedClasses() {
   return kClasses;
 }
 
+// The last subclass marker of a record that has the entity marker; empty for others.
+std::string_view lastMarkerOfEntity(const dxf::Document& doc, dxf::RecordId id) {
+  bool entity = false;
+  std::string_view last_marker;
+  for (const dxf::Tag& tag : doc.tags(id)) {
+    if (tag.code != 100) continue;
+    if (doc.text(tag) == "AcDbEntity") entity = true;
+    last_marker = doc.text(tag);
+  }
+  return entity ? last_marker : std::string_view();
+}
+
 }  // namespace
 
 std::wstring hostEntityClass(const dxf::Document& doc, dxf::RecordId id) {
@@ -90,14 +102,14 @@ std::wstring hostEntityClass(const dxf::Document& doc, dxf::RecordId id) {
   }
   // Other entities (proxies, custom objects of vertical products) are named by their last
   // subclass marker, as the application that made them would.
-  bool entity = false;
-  std::string_view last_marker;
-  for (const dxf::Tag& tag : doc.tags(id)) {
-    if (tag.code != 100) continue;
-    if (doc.text(tag) == "AcDbEntity") entity = true;
-    last_marker = doc.text(tag);
-  }
-  return entity ? base::fromUtf8(last_marker) : std::wstring();
+  std::string_view marker = lastMarkerOfEntity(doc, id);
+  return marker.empty() ? std::wstring() : base::fromUtf8(marker);
+}
+
+bool isEntityRecord(const dxf::Document& doc, dxf::RecordId id) {
+  std::string_view type = doc.type(id);
+  return fixedClasses().contains(type) || type == "POLYLINE" || type == "INSERT" ||
+         type == "DIMENSION" || !lastMarkerOfEntity(doc, id).empty();
 }
 
 }  // namespace headless

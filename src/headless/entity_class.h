@@ -10,4 +10,7 @@ namespace headless {
 // The host class name of entity `id`; empty when the record is not an entity.
 std::wstring hostEntityClass(const dxf::Document& doc, dxf::RecordId id);
 
+// Whether hostEntityClass names a class for record `id`, without building the name.
+bool isEntityRecord(const dxf::Document& doc, dxf::RecordId id);
+
 }  // namespace headless

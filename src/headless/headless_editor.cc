@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cwchar>
 #include <cwctype>
-#include <unordered_set>
 
 namespace headless {
 
@@ -68,14 +67,19 @@ std::vector<host::ObjectId> HeadlessEditor::impliedSelection() {
 host::SelectionInput HeadlessEditor::select() {
   host::SelectionInput result;
   std::vector<host::ObjectId> chosen;
-  // "ALL" picks every entity: keeping the picked ones in a set keeps that linear.
-  std::unordered_set<uint64_t> picked;
+  // "ALL" picks every entity: marking the picked ones by id keeps that linear. Ids of this
+  // host are record numbers, so the marks stay as small as the drawing.
+  std::vector<bool> picked;
   auto add = [&](const std::vector<host::ObjectId>& ids) {
     size_t found = 0;
     for (host::ObjectId id : ids) {
       if (!database_.isValid(id)) continue;
       ++found;
-      if (picked.insert(id.value).second) chosen.push_back(id);
+      if (id.value >= picked.size())
+        picked.resize(std::max<size_t>(id.value + 1, picked.size() * 2));
+      if (picked[id.value]) continue;
+      picked[id.value] = true;
+      chosen.push_back(id);
     }
     console_.print(std::to_wstring(found) + L" found, " + std::to_wstring(chosen.size()) +
                    L" total\n");

@@ -59,6 +59,14 @@ class Database {
   // Entries in the dictionary's own order, as (key, object) pairs.
   virtual base::Result<std::vector<std::pair<std::wstring, ObjectId>>> dictionaryEntries(
       ObjectId dict) = 0;
+  // The same into `entries`, whose storage a host may reuse.
+  virtual base::Status dictionaryEntriesInto(
+      ObjectId dict, std::vector<std::pair<std::wstring, ObjectId>>& entries) {
+    auto read = dictionaryEntries(dict);
+    if (!read) return read.status();
+    entries = std::move(read.value());
+    return base::Status::ok();
+  }
   // Removes the entry `key` (the object stays); kNotFound when absent.
   virtual base::Status dictionaryRemove(ObjectId dict, std::wstring_view key) = 0;
   // Creates an empty dictionary or XRECORD owned by `owner` under `key`; an existing entry of
@@ -68,6 +76,14 @@ class Database {
 
   // --- XRECORDs.
   virtual base::Result<ResBufChain> readXrecord(ObjectId xrecord) = 0;
+  // The same into `chain`, whose storage a host may reuse: the form for walks over many
+  // objects. Hosts that can should override both this and dictionaryEntriesInto.
+  virtual base::Status readXrecordInto(ObjectId xrecord, ResBufChain& chain) {
+    auto read = readXrecord(xrecord);
+    if (!read) return read.status();
+    chain = std::move(read.value());
+    return base::Status::ok();
+  }
   virtual base::Status writeXrecord(ObjectId xrecord, const ResBufChain& chain) = 0;
 
   // --- Extension dictionaries.
@@ -86,6 +102,8 @@ class Database {
   // The entity's class as the host names it ("AcDbLine", "AcDbPolyline",
   // "AcDbRotatedDimension"...); empty for objects that are not entities.
   virtual std::wstring entityClass(ObjectId entity) = 0;
+  // Whether `id` names an entity that is not erased.
+  virtual bool isEntity(ObjectId id) { return !entityClass(id).empty(); }
   // Model-space entities in drawing order.
   virtual std::vector<ObjectId> modelSpaceEntities() = 0;
   virtual PropertyValue getProperty(ObjectId entity, EntityProperty property) = 0;

@@ -20,10 +20,10 @@ void pruneCandidates(host::Database& database, std::vector<host::ObjectId>& cand
   // Few layers, many entities: each layer's state is asked once.
   std::map<std::wstring, bool> usable_layers;
   auto usable = [&](host::ObjectId id) {
-    if (!database.isValid(id) || database.entityClass(id).empty()) return false;
-    const std::wstring* layer = nullptr;
+    if (!database.isEntity(id)) return false;
     host::PropertyValue value = database.getProperty(id, host::EntityProperty::kLayer);
-    if (!(layer = std::get_if<std::wstring>(&value))) return false;
+    const std::wstring* layer = std::get_if<std::wstring>(&value);
+    if (!layer) return false;
     auto [it, inserted] = usable_layers.try_emplace(*layer, false);
     if (inserted) {
       auto state = database.layerState(*layer);

@@ -3,7 +3,6 @@
 #include "base/crt_numbers.h"
 #include "base/text_case.h"
 #include "objdata/class_dependencies.h"
-#include "objdata/record_validation.h"
 
 namespace objdata {
 
@@ -52,43 +51,61 @@ bool valueEqualsText(const Value& value, std::wstring_view text) {
 }
 
 std::vector<TableRecord> Classifier::readRecords(host::ObjectId entity) {
-  std::vector<TableRecord> records;
-  RecordCursor cursor;
-  if (openCursor(tables_, cursor, entity) != kStatusOk) return records;
-  while (!cursorDone(cursor)) {
-    TableRecord record;
-    if (readRecord(tables_, cursor, record) == kStatusOk) records.push_back(std::move(record));
-    nextRecord(tables_, cursor);
-  }
-  return records;
+  std::span<const TableRecord> read = records(entity);
+  return {read.begin(), read.end()};
 }
 
-const std::vector<std::wstring>& Classifier::keyFieldsOf(const std::wstring& table_name) {
-  std::wstring key = base::lowerCase(table_name);
-  auto it = key_fields_.find(key);
-  if (it != key_fields_.end()) return it->second;
+std::span<const TableRecord> Classifier::records(host::ObjectId entity) {
+  size_t count = 0;
+  if (openCursor(tables_, cursor_, entity) == kStatusOk) {
+    for (; !cursorDone(cursor_); nextRecord(tables_, cursor_)) {
+      // Records are read into the slots of earlier entities, so their buffers are reused.
+      if (count == records_.size()) records_.emplace_back();
+      if (readRecord(tables_, cursor_, records_[count]) == kStatusOk) ++count;
+    }
+  }
+  return std::span<const TableRecord>(records_.data(), count);
+}
+
+const std::vector<std::wstring>& Classifier::keyFieldsOf(std::wstring_view table_name) {
+  if (last_key_fields_ && table_name == last_table_) return *last_key_fields_;
+  last_table_.assign(table_name);
+  if (auto it = key_fields_.find(table_name); it != key_fields_.end())
+    return *(last_key_fields_ = &it->second);
   std::vector<std::wstring> fields;
   // Every class that uses a table declares it alike (the class file refuses conflicts), so
   // the first class's definition speaks for all.
-  const catalogue::TableEntry* entry = catalogue_.findTable(key);
+  const catalogue::TableEntry* entry = catalogue_.findTable(table_name);
   if (entry && !entry->objects.empty()) {
     const ObjectClass* owner = catalogue_.findObject(entry->objects.front());
-    const TableDefinition* table = owner ? findTableOf(*owner, key) : nullptr;
+    const TableDefinition* table = owner ? findTableOf(*owner, table_name) : nullptr;
     if (table) {
       for (const FieldDefinition& field : table->fields) {
         if (field.kind == catalogue::ValueKind::kKey) fields.push_back(field.name);
       }
     }
   }
-  return key_fields_.emplace(std::move(key), std::move(fields)).first->second;
+  return *(last_key_fields_ =
+               &key_fields_.emplace(std::wstring(table_name), std::move(fields)).first->second);
+}
+
+const ObjectClass* Classifier::classNamed(const Value& value) {
+  if (value.type != ValueType::kCharacter || !value.text)
+    return catalogue_.findObject(textOrEmpty(value));
+  const std::wstring& text = *value.text;
+  if (!last_key_.empty() && text == last_key_) return last_class_;
+  auto it = classes_by_key_.find(text);
+  if (it == classes_by_key_.end())
+    it = classes_by_key_.emplace(text, catalogue_.findObject(text)).first;
+  last_key_ = text;
+  return last_class_ = it->second;
 }
 
 const ObjectClass* Classifier::classOfRecord(const TableRecord& record) {
   for (const std::wstring& field : keyFieldsOf(record.table_name)) {
     int index = findField(record.fields, field);
     if (index < 0) continue;
-    if (const ObjectClass* cls = catalogue_.findObject(textOrEmpty(record.fields[index].value)))
-      return cls;
+    if (const ObjectClass* cls = classNamed(record.fields[index].value)) return cls;
   }
   return nullptr;
 }
@@ -105,19 +122,26 @@ Classifier::Key Classifier::keyOf(const TableDefinition& table, const ObjectClas
   return {};
 }
 
-bool Classifier::isClassifiedAs(const std::vector<TableRecord>& records, const ObjectClass& cls,
+const std::vector<Classifier::TableRules>& Classifier::rulesOf(const ObjectClass& cls) {
+  if (auto it = rules_.find(&cls); it != rules_.end()) return it->second;
+  TextExpander expander = [&](std::wstring_view text) { return expand(text, cls); };
+  std::vector<TableRules> tables;
+  for (const TableDefinition& table : cls.tables)
+    tables.push_back({&table, keyOf(table, cls), compileRules(table, expander)});
+  return rules_.emplace(&cls, std::move(tables)).first->second;
+}
+
+bool Classifier::isClassifiedAs(std::span<const TableRecord> records, const ObjectClass& cls,
                                 bool validate, bool required_only) {
   if (records.empty()) return false;
-  TextExpander expander = [&](std::wstring_view text) { return expand(text, cls); };
-  for (const TableDefinition& table : cls.tables) {
-    Key key = keyOf(table, cls);
-    if (key.field.empty()) return false;
+  for (const TableRules& table : rulesOf(cls)) {
+    if (table.key.field.empty()) return false;
     bool carried = false;
     for (const TableRecord& record : records) {
-      if (!base::equalsIgnoringCase(record.table_name, table.name)) continue;
-      int index = findField(record.fields, key.field);
-      if (index < 0 || !valueEqualsText(record.fields[index].value, key.value)) continue;
-      if (validate && !recordKeepsRules(record, table, expander, required_only)) continue;
+      if (!base::equalsIgnoringCase(record.table_name, table.table->name)) continue;
+      int index = findField(record.fields, table.key.field);
+      if (index < 0 || !valueEqualsText(record.fields[index].value, table.key.value)) continue;
+      if (validate && !recordKeepsRules(record, table.fields, required_only)) continue;
       carried = true;
       break;
     }
@@ -177,10 +201,10 @@ bool Classifier::loadDependencies(const ObjectClass& cls) {
 
 bool Classifier::removeClass(std::wstring_view name, host::ObjectId entity) {
   const ObjectClass* cls = catalogue_.findObject(name);
-  if (!cls || !isClassifiedAs(readRecords(entity), *cls)) return false;
-  for (const TableDefinition& table : cls->tables) {
-    Key key = keyOf(table, *cls);
-    const StoredTable* stored = tables_.find(table.name);
+  if (!cls || !isClassifiedAs(records(entity), *cls)) return false;
+  for (const TableRules& table : rulesOf(*cls)) {
+    const Key& key = table.key;
+    const StoredTable* stored = tables_.find(table.table->name);
     if (!stored) continue;
     RecordCursor cursor;
     cursor.table_filter = stored->name;

@@ -6,6 +6,7 @@
 
 #include <map>
 #include <set>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -13,6 +14,7 @@
 #include "catalogue/catalogue.h"
 #include "draw/property_application.h"
 #include "objdata/record_cursor.h"
+#include "objdata/record_validation.h"
 #include "objdata/value_template.h"
 
 namespace objdata {
@@ -38,6 +40,9 @@ class Classifier {
 
   // Every record of `entity`, in walk order.
   std::vector<TableRecord> readRecords(host::ObjectId entity);
+  // The same without copies: the records live in the classifier and stay valid until the
+  // next call of records or removeClass. For walks over many entities.
+  std::span<const TableRecord> records(host::ObjectId entity);
 
   // The class that the record's key fields name (their values, lower-cased, looked up among
   // the classes, first found wins); null when the catalogue does not know the table or no
@@ -48,7 +53,7 @@ class Classifier {
   // names `cls`; with `validate`, one that also keeps the rules of the table's fields (with
   // `required_only`, of its required fields only). No records: false; a class without
   // tables: true.
-  bool isClassifiedAs(const std::vector<TableRecord>& records, const catalogue::ObjectClass& cls,
+  bool isClassifiedAs(std::span<const TableRecord> records, const catalogue::ObjectClass& cls,
                       bool validate = false, bool required_only = false);
 
   // Attaches one record of `table` made of the fields' defaults, storing the table's
@@ -83,14 +88,33 @@ class Classifier {
   std::wstring expand(std::wstring_view text, const catalogue::ObjectClass& cls) const;
 
  private:
-  const std::vector<std::wstring>& keyFieldsOf(const std::wstring& table_name);
+  // A class's tables with their keys and field rules, expanded once per run.
+  struct TableRules {
+    const catalogue::TableDefinition* table = nullptr;
+    Key key;
+    std::vector<FieldRules> fields;
+  };
+  const std::vector<TableRules>& rulesOf(const catalogue::ObjectClass& cls);
+  const std::vector<std::wstring>& keyFieldsOf(std::wstring_view table_name);
+  const catalogue::ObjectClass* classNamed(const Value& value);
 
   host::Database& database_;
   const catalogue::Catalogue& catalogue_;
   TableDirectory& tables_;
   const TemplateEnvironment& environment_;
-  // Key field names by lower-case table name.
+  // Key field names by table name as records spell it.
   std::map<std::wstring, std::vector<std::wstring>, std::less<>> key_fields_;
+  // Classes by a key value as records spell it (null: no class of that name).
+  std::map<std::wstring, const catalogue::ObjectClass*, std::less<>> classes_by_key_;
+  // The last answers of keyFieldsOf and classNamed: consecutive records mostly repeat them.
+  std::wstring last_table_;
+  const std::vector<std::wstring>* last_key_fields_ = nullptr;
+  std::wstring last_key_;
+  const catalogue::ObjectClass* last_class_ = nullptr;
+  std::map<const catalogue::ObjectClass*, std::vector<TableRules>> rules_;
+  // The records of the last entity read by records().
+  std::vector<TableRecord> records_;
+  RecordCursor cursor_;
   // Lower-case names of the tables this run made sure the drawing stores.
   std::set<std::wstring, std::less<>> stored_;
   std::map<const catalogue::ObjectClass*, bool> dependencies_;

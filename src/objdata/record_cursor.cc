@@ -35,30 +35,34 @@ void settleOnEntry(TableDirectory& tables, RecordCursor& cursor, bool include_cu
   cursor.start = 0;
   cursor.count = 0;
   cursor.at_end = false;
-  cursor.values.reset();
+  cursor.values_read = false;
 }
 
 // The current container's values, read on first use.
 const host::ResBufChain* containerValues(TableDirectory& tables, RecordCursor& cursor) {
-  if (!cursor.values) {
-    auto chain = tables.database().readXrecord(currentContainer(cursor));
-    if (!chain) return nullptr;
-    cursor.values = std::move(chain.value());
+  if (!cursor.values_read) {
+    if (!tables.database().readXrecordInto(currentContainer(cursor), cursor.values)) return nullptr;
+    cursor.values_read = true;
   }
-  return &*cursor.values;
+  return &cursor.values;
 }
 
-Value valueOf(const host::ResBuf& buf) {
-  Value value;
+// Sets `value` from one stored value, reusing the value's text buffer: a walk over many
+// entities reads into the same records again and again.
+void readValue(const host::ResBuf& buf, Value& value) {
+  value.type = ValueType::kNone;
   switch (buf.code) {
-    case 1:
+    case 1: {
       value.type = ValueType::kCharacter;
-      if (const auto* text = std::get_if<std::wstring>(&buf.value)) {
-        value.text = *text;
+      const auto* text = std::get_if<std::wstring>(&buf.value);
+      if (!value.text) value.text.emplace();
+      if (text) {
+        value.text->assign(*text);
       } else {
-        value.text = std::wstring();
+        value.text->clear();
       }
       break;
+    }
     case 10:
       value.type = ValueType::kPoint;
       if (const auto* point = std::get_if<host::Point3>(&buf.value)) {
@@ -76,7 +80,6 @@ Value valueOf(const host::ResBuf& buf) {
     default:
       break;
   }
-  return value;
 }
 
 // The stored value rewritten from `field`, by the code the stored value already has.
@@ -128,39 +131,48 @@ Value zeroValue(ValueType type) {
 
 const StoredTable* TableDirectory::find(std::wstring_view name) {
   if (dictionary_.isNull()) return nullptr;
+  if (last_ && name == last_name_) return last_;
+  if (auto it = as_asked_.find(name); it != as_asked_.end()) {
+    last_name_.assign(name);
+    return last_ = it->second;
+  }
   std::wstring key = base::lowerCase(name);
-  if (auto it = tables_.find(key); it != tables_.end()) return &it->second;
-  StoredTable table;
-  if (readStoredTable(database_, dictionary_, name, table) != kStatusOk) return nullptr;
-  return &tables_.emplace(std::move(key), std::move(table)).first->second;
+  auto it = tables_.find(key);
+  if (it == tables_.end()) {
+    StoredTable table;
+    if (readStoredTable(database_, dictionary_, name, table) != kStatusOk) return nullptr;
+    it = tables_.emplace(std::move(key), std::move(table)).first;
+  }
+  as_asked_.emplace(std::wstring(name), &it->second);
+  last_name_.assign(name);
+  return last_ = &it->second;
 }
 
 int openCursor(TableDirectory& tables, RecordCursor& cursor, host::ObjectId entity) {
   cursor.entity = entity;
   cursor.extension_dictionary = {};
-  cursor.entries.clear();
-  cursor.entry = 0;
+  // Done until the entries are read; the entries' storage is kept for the next entity.
+  cursor.entry = cursor.entries.size();
   cursor.start = 0;
   cursor.count = 0;
   cursor.at_end = false;
-  cursor.values.reset();
+  cursor.values_read = false;
 
   host::Database& db = tables.database();
   if (!db.isValid(entity)) return kStatusEntityNotOpened;
   auto dictionary = db.extensionDictionary(entity);
   if (!dictionary) return kStatusEntityNotOpened;
   if (dictionary->isNull()) return kStatusNothing;
-  auto entries = db.dictionaryEntries(*dictionary);
-  if (!entries) return kStatusOpenFailed;
-  cursor.extension_dictionary = *dictionary;
-  cursor.entries = std::move(entries.value());
-
-  while (cursor.entry < cursor.entries.size() && !tables.has(currentKey(cursor))) ++cursor.entry;
-  if (cursorDone(cursor)) {
+  if (!db.dictionaryEntriesInto(*dictionary, cursor.entries)) {
     cursor.entries.clear();
     cursor.entry = 0;
-    return kStatusNothing;
+    return kStatusOpenFailed;
   }
+  cursor.extension_dictionary = *dictionary;
+
+  cursor.entry = 0;
+  while (cursor.entry < cursor.entries.size() && !tables.has(currentKey(cursor))) ++cursor.entry;
+  if (cursorDone(cursor)) return kStatusNothing;
   if (cursor.table_filter) settleOnEntry(tables, cursor, true);
   return kStatusOk;
 }
@@ -169,11 +181,11 @@ bool cursorDone(const RecordCursor& cursor) { return cursor.entry >= cursor.entr
 
 int readRecord(TableDirectory& tables, RecordCursor& cursor, TableRecord& record) {
   if (cursorDone(cursor)) return kStatusOpenFailed;
-  record.table_name = currentKey(cursor);
-  record.fields.clear();
+  record.table_name.assign(currentKey(cursor));
   const StoredTable* table = tables.find(currentKey(cursor));
   const host::ResBufChain* values = table ? containerValues(tables, cursor) : nullptr;
   if (values == nullptr) {
+    record.fields.clear();
     // Ends the container so that nextRecord leaves it instead of standing still.
     cursor.count = 0;
     cursor.at_end = true;
@@ -181,8 +193,13 @@ int readRecord(TableDirectory& tables, RecordCursor& cursor, TableRecord& record
   }
   cursor.count = static_cast<uint32_t>(table->fields.size());
   size_t first = static_cast<size_t>(cursor.start);
-  for (size_t i = 0; i < table->fields.size() && first + i < values->size(); ++i) {
-    record.fields.push_back({table->fields[i].name, std::nullopt, valueOf((*values)[first + i])});
+  size_t available = first < values->size() ? values->size() - first : 0;
+  record.fields.resize(std::min(table->fields.size(), available));
+  for (size_t i = 0; i < record.fields.size(); ++i) {
+    FieldValue& field = record.fields[i];
+    field.name.assign(table->fields[i].name);
+    field.extra.reset();
+    readValue((*values)[first + i], field.value);
   }
   // A table without fields would otherwise keep the walk on the same record forever.
   if (cursor.count == 0 || first + cursor.count >= values->size()) cursor.at_end = true;
@@ -211,10 +228,11 @@ int updateRecord(TableDirectory& tables, RecordCursor& cursor, const TableRecord
   }
   if (i >= values.size()) cursor.at_end = true;
   if (!tables.database().writeXrecord(currentContainer(cursor), values)) {
-    cursor.values.reset();
+    cursor.values_read = false;
     return kStatusNothing;
   }
   cursor.values = std::move(values);
+  cursor.values_read = true;
   return kStatusOk;
 }
 
@@ -240,6 +258,7 @@ int deleteRecord(TableDirectory& tables, RecordCursor& cursor) {
     if (!db.writeXrecord(currentContainer(cursor), kept)) return kStatusNothing;
     if (followed) {
       cursor.values = std::move(kept);
+      cursor.values_read = true;
     } else {
       settleOnEntry(tables, cursor, false);
     }

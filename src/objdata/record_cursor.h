@@ -44,6 +44,12 @@ class TableDirectory {
   host::Database& database_;
   host::ObjectId dictionary_;
   std::map<std::wstring, StoredTable, std::less<>> tables_;  // by lower-case name
+  // The same tables by the names as asked for: most lookups repeat a name exactly, and
+  // this spares lower-casing it.
+  std::map<std::wstring, const StoredTable*, std::less<>> as_asked_;
+  // The last table found: entities mostly carry the same few tables one after another.
+  std::wstring last_name_;
+  const StoredTable* last_ = nullptr;
 };
 
 struct RecordCursor {
@@ -64,8 +70,10 @@ struct RecordCursor {
   std::optional<std::wstring> table_filter;
   // For the cursor's owner; the record operations never read it.
   host::ObjectId user_slot;
-  // The current container's values, read once per container.
-  std::optional<host::ResBufChain> values;
+  // The current container's values, read once per container (when `values_read`); the
+  // storage is reused from one container and entity to the next.
+  host::ResBufChain values;
+  bool values_read = false;
 };
 
 // Starts a walk over the records of `entity`: kStatusEntityNotOpened when the entity does

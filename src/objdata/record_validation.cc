@@ -1,5 +1,6 @@
 #include "objdata/record_validation.h"
 
+#include "base/crt_numbers.h"
 #include "base/text_case.h"
 #include "objdata/classification.h"
 
@@ -7,100 +8,161 @@ namespace objdata {
 
 namespace {
 
-using catalogue::FieldDefinition;
 using catalogue::ValueKind;
 
-std::wstring normalised(std::wstring_view text) { return base::lowerCase(text); }
+// The text of a Character value without copying it; empty for other types.
+std::wstring_view characterText(const Value& value) {
+  return value.type == ValueType::kCharacter && value.text ? std::wstring_view(*value.text)
+                                                           : std::wstring_view();
+}
 
-// Whether two values of one type are equal; unset values never are.
-bool sameValue(const Value& a, const Value& b) {
-  if (a.type != b.type) return false;
-  switch (a.type) {
+bool isEmptyText(const Value& value) {
+  if (value.type == ValueType::kNone) return true;
+  if (value.type == ValueType::kCharacter) return characterText(value).empty();
+  return false;  // numbers and points always print something
+}
+
+// Compares lower-case forms character by character: <0, 0 or >0.
+int compareIgnoringCase(std::wstring_view a, std::wstring_view b) {
+  size_t n = std::min(a.size(), b.size());
+  for (size_t i = 0; i < n; ++i) {
+    wchar_t x = base::lowerChar(a[i]);
+    wchar_t y = base::lowerChar(b[i]);
+    if (x != y) return x < y ? -1 : 1;
+  }
+  return a.size() == b.size() ? 0 : (a.size() < b.size() ? -1 : 1);
+}
+
+bool sameValue(const Value& value, const Value& other) {
+  if (value.type != other.type) return false;
+  switch (value.type) {
     case ValueType::kInteger:
-      return a.integer == b.integer;
+      return value.integer == other.integer;
     case ValueType::kReal:
-      return a.real == b.real;
-    case ValueType::kCharacter:
-      return normalised(textOrEmpty(a)) == normalised(textOrEmpty(b));
+      return value.real == other.real;
     case ValueType::kPoint:
-      return a.point == b.point;
+      return value.point == other.point;
+    default:
+      return false;
+  }
+}
+
+// Whether the value, as text, equals `text` ignoring case.
+bool textEquals(const Value& value, std::wstring_view text) {
+  if (value.type == ValueType::kCharacter)
+    return base::equalsIgnoringCase(characterText(value), text);
+  return value.type != ValueType::kNone && base::equalsIgnoringCase(textOrEmpty(value), text);
+}
+
+bool pointBetween(const Value& value, std::wstring_view min_text, std::wstring_view max_text) {
+  Value low, high;
+  low.type = high.type = ValueType::kPoint;
+  try {
+    assign(low, makeValue(ValueType::kCharacter, min_text));
+    assign(high, makeValue(ValueType::kCharacter, max_text));
+  } catch (int) {
+    return false;
+  }
+  auto between = [](double v, double a, double b) { return a <= v && v <= b; };
+  return between(value.point.x, low.point.x, high.point.x) &&
+         between(value.point.y, low.point.y, high.point.y) &&
+         between(value.point.z, low.point.z, high.point.z);
+}
+
+bool inRange(const Value& value, const FieldRules& field) {
+  switch (value.type) {
+    case ValueType::kCharacter: {
+      std::wstring_view text = characterText(value);
+      return compareIgnoringCase(text, field.texts[0]) >= 0 &&
+             compareIgnoringCase(text, field.texts[1]) <= 0;
+    }
+    case ValueType::kInteger:
+      return field.integers[0] <= value.integer && value.integer <= field.integers[1];
+    case ValueType::kReal:
+      return field.reals[0] <= value.real && value.real <= field.reals[1];
+    case ValueType::kPoint:
+      return pointBetween(value, field.texts[0], field.texts[1]);
     case ValueType::kNone:
       return false;
   }
   return false;
 }
 
-// `text` read as a value of `type`; unset when it cannot be (a point without two commas).
-Value valueOfType(ValueType type, std::wstring_view text) {
-  Value out;
-  out.type = type;
-  try {
-    assign(out, makeValue(ValueType::kCharacter, text));
-  } catch (int) {
-    return {};
-  }
-  return out;
-}
-
-bool inRange(const Value& value, std::wstring_view min_text, std::wstring_view max_text) {
-  if (value.type == ValueType::kCharacter) {
-    std::wstring text = normalised(textOrEmpty(value));
-    return !(text < normalised(min_text)) && !(normalised(max_text) < text);
-  }
-  Value low = valueOfType(value.type, min_text);
-  Value high = valueOfType(value.type, max_text);
-  switch (value.type) {
-    case ValueType::kInteger:
-      return low.integer <= value.integer && value.integer <= high.integer;
-    case ValueType::kReal:
-      return low.real <= value.real && value.real <= high.real;
-    case ValueType::kPoint: {
-      if (low.type == ValueType::kNone || high.type == ValueType::kNone) return false;
-      auto between = [](double v, double a, double b) { return a <= v && v <= b; };
-      return between(value.point.x, low.point.x, high.point.x) &&
-             between(value.point.y, low.point.y, high.point.y) &&
-             between(value.point.z, low.point.z, high.point.z);
-    }
-    default:
-      return false;
-  }
-}
-
-bool fieldKeepsRules(const Value& value, const FieldDefinition& field, const TextExpander& expand) {
-  if ((field.flags & catalogue::kFieldNotEmpty) && textOrEmpty(value).empty()) return false;
+bool fieldKeepsRules(const Value& value, const FieldRules& field) {
+  if ((field.flags & catalogue::kFieldNotEmpty) && isEmptyText(value)) return false;
   switch (field.kind) {
     case ValueKind::kFree:
     case ValueKind::kDefault:
       return true;
     case ValueKind::kKey:
-      return value.type != ValueType::kNone &&
-             normalised(textOrEmpty(value)) == normalised(expand(field.value));
+      return !field.texts.empty() && textEquals(value, field.texts[0]);
     case ValueKind::kList:
-      for (const std::wstring& allowed : field.allowed) {
-        std::wstring text = expand(allowed);
-        if (value.type == ValueType::kCharacter ? normalised(textOrEmpty(value)) == normalised(text)
-                                                : sameValue(value, makeValue(value.type, text)))
-          return true;
+      for (size_t i = 0; i < field.texts.size(); ++i) {
+        switch (value.type) {
+          case ValueType::kCharacter:
+            if (textEquals(value, field.texts[i])) return true;
+            break;
+          case ValueType::kInteger:
+            if (value.integer == field.integers[i]) return true;
+            break;
+          case ValueType::kReal:
+            if (value.real == field.reals[i]) return true;
+            break;
+          default:
+            if (sameValue(value, makeValue(value.type, field.texts[i]))) return true;
+            break;
+        }
       }
       return false;
     case ValueKind::kRange:
-      return field.allowed.size() >= 2 && value.type != ValueType::kNone &&
-             inRange(value, expand(field.allowed[0]), expand(field.allowed[1]));
+      return field.texts.size() >= 2 && inRange(value, field);
   }
   return false;
 }
 
 }  // namespace
 
-bool recordKeepsRules(const TableRecord& record, const catalogue::TableDefinition& table,
-                      const TextExpander& expand, bool required_only) {
-  for (const FieldDefinition& field : table.fields) {
+std::vector<FieldRules> compileRules(const catalogue::TableDefinition& table,
+                                     const TextExpander& expand) {
+  std::vector<FieldRules> rules;
+  rules.reserve(table.fields.size());
+  for (const catalogue::FieldDefinition& field : table.fields) {
+    FieldRules& rule = rules.emplace_back();
+    rule.name = field.name;
+    rule.flags = field.flags;
+    rule.kind = field.kind;
+    if (field.kind == ValueKind::kKey) {
+      rule.texts.push_back(expand(field.value));
+    } else if (field.kind == ValueKind::kList || field.kind == ValueKind::kRange) {
+      for (const std::wstring& allowed : field.allowed) rule.texts.push_back(expand(allowed));
+    }
+    for (const std::wstring& text : rule.texts) {
+      rule.integers.push_back(base::wtoi(text));
+      rule.reals.push_back(base::wtof(text));
+    }
+  }
+  return rules;
+}
+
+bool recordKeepsRules(const TableRecord& record, const std::vector<FieldRules>& rules,
+                      bool required_only) {
+  for (size_t i = 0; i < rules.size(); ++i) {
+    const FieldRules& field = rules[i];
     if (required_only && !(field.flags & catalogue::kFieldRequired)) continue;
-    int index = findField(record.fields, field.name);
+    // Records are mostly stored in the order the class file declares: look there first.
+    int index =
+        i < record.fields.size() && base::equalsIgnoringCase(record.fields[i].name, field.name)
+            ? static_cast<int>(i)
+            : findField(record.fields, field.name);
     if (index < 0) return false;
-    if (!fieldKeepsRules(record.fields[index].value, field, expand)) return false;
+    if (!fieldKeepsRules(record.fields[index].value, field)) return false;
   }
   return true;
+}
+
+bool recordKeepsRules(const TableRecord& record, const catalogue::TableDefinition& table,
+                      const TextExpander& expand, bool required_only) {
+  return recordKeepsRules(record, compileRules(table, expand), required_only);
 }
 
 }  // namespace objdata

@@ -43,7 +43,7 @@ std::optional<std::vector<std::wstring>> classesToReplace(CommandContext& contex
                                                           const std::vector<host::ObjectId>& ids) {
   std::vector<std::wstring> names;
   for (host::ObjectId id : ids) {
-    for (const objdata::TableRecord& record : classifier.readRecords(id)) {
+    for (const objdata::TableRecord& record : classifier.records(id)) {
       const ObjectClass* cls = classifier.classOfRecord(record);
       if (cls && std::find(names.begin(), names.end(), cls->display_name) == names.end())
         names.push_back(cls->display_name);
@@ -114,7 +114,7 @@ void classifyCommand(CommandContext& context) {
       for (const std::wstring& old : replaced) classifier.removeClass(old, id);
       std::wstring old_block = blockNameOf(database, id);
       bool attach =
-          options.attach_records && !classifier.isClassifiedAs(classifier.readRecords(id), *cls);
+          options.attach_records && !classifier.isClassifiedAs(classifier.records(id), *cls);
       if (classifier.applyClass(*cls, id, options.assign_properties, attach, draw::ApplyMode::kAll))
         noteChangedBlock(*cls, old_block, blocks);
     }
@@ -126,7 +126,7 @@ void classifyCommand(CommandContext& context) {
   queueAttributeSync(context, blocks, /*regenerate=*/processed > 0);
 
   for (host::ObjectId id : *candidates) {
-    if (classifier.isClassifiedAs(classifier.readRecords(id), *cls)) classified.push_back(id);
+    if (classifier.isClassifiedAs(classifier.records(id), *cls)) classified.push_back(id);
   }
   context.editor().setImpliedSelection(classified);
   context.print(StringId::kCompletedCount, {processed});
@@ -148,6 +148,7 @@ void classifyAutoCommand(CommandContext& context) {
   ClassificationRun run(context, /*writes=*/*mode == 0);
   objdata::Classifier& classifier = run.classifier();
   auto allowed = [&](const ObjectClass& cls) { return cls.enabled || *undrawable == 1; };
+  const int precision = draw::linearPrecision(database);
   int classified = 0;
   std::set<std::wstring> blocks;
   try {
@@ -157,7 +158,7 @@ void classifyAutoCommand(CommandContext& context) {
         // The bound is one above mode 0's, as it has always been.
         const ObjectClass* best = nullptr;
         int32_t best_order = -INT_MAX;
-        for (const objdata::TableRecord& record : classifier.readRecords(id)) {
+        for (const objdata::TableRecord& record : classifier.records(id)) {
           const ObjectClass* cls = classifier.classOfRecord(record);
           if (cls && allowed(*cls) && cls->draw_order > best_order) {
             best = cls;
@@ -171,17 +172,17 @@ void classifyAutoCommand(CommandContext& context) {
         ++classified;
         noteChangedBlock(*best, old_block, blocks);
       } else {
-        std::wstring type = draw::objectTypeName(database, id);
+        draw::EntityConformity entity(database, id, precision);
         const ObjectClass* best = nullptr;
         int64_t best_order = INT_MIN;
         for (const auto& [key, cls] : run.catalogue().objects) {
-          if (!allowed(cls) || cls.draw_order <= best_order || !classFitsEntity(cls, type))
+          if (!allowed(cls) || cls.draw_order <= best_order || !classFitsEntity(cls, entity.type()))
             continue;
-          if (!draw::matchesClassProperties(database, id, cls.properties)) continue;
+          if (!entity.matches(cls.properties)) continue;
           best = &cls;
           best_order = cls.draw_order;
         }
-        if (!best || classifier.isClassifiedAs(classifier.readRecords(id), *best)) continue;
+        if (!best || classifier.isClassifiedAs(classifier.records(id), *best)) continue;
         if (classifier.applyClass(*best, id, false, true, draw::ApplyMode::kAll)) ++classified;
       }
     }

@@ -88,7 +88,7 @@ void restoreCommand(CommandContext& context) {
     auto candidates = prunedCandidates(context, picked, maintenance::EmptyPick::kNothing);
     if (!candidates) return;
     for (host::ObjectId id : *candidates) {
-      if (!classifier.isClassifiedAs(classifier.readRecords(id), *cls)) continue;
+      if (!classifier.isClassifiedAs(classifier.records(id), *cls)) continue;
       classifier.applyClass(*cls, id, true, false, apply_mode);
       ++restored;
     }
@@ -102,7 +102,7 @@ void restoreCommand(CommandContext& context) {
   maintenance::pruneCandidates(context.database(), *candidates);
   for (host::ObjectId id : *candidates) {
     std::vector<const catalogue::ObjectClass*> classes;
-    for (const objdata::TableRecord& record : classifier.readRecords(id)) {
+    for (const objdata::TableRecord& record : classifier.records(id)) {
       const catalogue::ObjectClass* cls = classifier.classOfRecord(record);
       if (cls && std::find(classes.begin(), classes.end(), cls) == classes.end())
         classes.push_back(cls);

@@ -31,7 +31,7 @@ void assertCommand(CommandContext& context) {
   ClassificationRun run(context, /*writes=*/false);
   objdata::Classifier& classifier = run.classifier();
   auto breaksRules = [&](host::ObjectId id) {
-    std::vector<objdata::TableRecord> records = classifier.readRecords(id);
+    std::span<const objdata::TableRecord> records = classifier.records(id);
     return std::any_of(records.begin(), records.end(), [&](const objdata::TableRecord& record) {
       const catalogue::ObjectClass* cls = classifier.classOfRecord(record);
       return cls && !classifier.isClassifiedAs(records, *cls, true, *check_all == 0);
@@ -61,7 +61,7 @@ void statCommand(CommandContext& context) {
   std::map<const catalogue::ObjectClass*, ClassCount> classes;
   int unclassified = 0;
   for (host::ObjectId id : *candidates) {
-    std::vector<objdata::TableRecord> records = classifier.readRecords(id);
+    std::span<const objdata::TableRecord> records = classifier.records(id);
     std::vector<const catalogue::ObjectClass*> counted;
     for (const objdata::TableRecord& record : records) {
       const catalogue::ObjectClass* cls = classifier.classOfRecord(record);
