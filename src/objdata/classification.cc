@@ -150,35 +150,41 @@ bool Classifier::isClassifiedAs(std::span<const TableRecord> records, const Obje
   return true;
 }
 
+const Classifier::NewRecord& Classifier::newRecordOf(const TableDefinition& table,
+                                                     const ObjectClass& cls) {
+  auto key = std::make_pair(&table, &cls);
+  if (auto it = new_records_.find(key); it != new_records_.end()) return it->second;
+  NewRecord made;
+  std::vector<StoredField> fields;
+  for (const FieldDefinition& field : table.fields)
+    fields.push_back({field.name, static_cast<ValueType>(field.type)});
+  if (ensureStoredTable(database_, tables_.id(), table.name, fields) != 1)
+    made.stored = tables_.find(table.name);
+  if (made.stored) {
+    TableRecord record{made.stored->name, {}};
+    for (const StoredField& field : made.stored->fields)
+      record.fields.push_back({field.name, std::nullopt, zeroOf(field.type)});
+    for (const FieldDefinition& field : table.fields) {
+      int index = findField(record.fields, field.name);
+      if (index < 0) continue;
+      std::wstring text = expand(field.value, cls);
+      // A field without a default keeps its zero: an empty text is no point.
+      if (text.empty() && field.kind == catalogue::ValueKind::kFree) continue;
+      try {
+        assign(record.fields[index].value, makeValue(static_cast<ValueType>(field.type), text));
+      } catch (int code) {
+        throw ConversionFailure{code, cls.display_name, table.name, field.name, text};
+      }
+    }
+    made.values = appendedValues(record);
+  }
+  return new_records_.emplace(key, std::move(made)).first->second;
+}
+
 bool Classifier::classifyWithTable(const TableDefinition& table, const ObjectClass& cls,
                                    host::ObjectId entity) {
-  std::wstring key = base::lowerCase(table.name);
-  if (!stored_.contains(key)) {
-    std::vector<StoredField> fields;
-    for (const FieldDefinition& field : table.fields)
-      fields.push_back({field.name, static_cast<ValueType>(field.type)});
-    if (ensureStoredTable(database_, tables_.id(), table.name, fields) == 1) return false;
-    stored_.insert(key);
-  }
-  const StoredTable* stored = tables_.find(table.name);
-  if (!stored) return false;
-
-  TableRecord record{stored->name, {}};
-  for (const StoredField& field : stored->fields)
-    record.fields.push_back({field.name, std::nullopt, zeroOf(field.type)});
-  for (const FieldDefinition& field : table.fields) {
-    int index = findField(record.fields, field.name);
-    if (index < 0) continue;
-    std::wstring text = expand(field.value, cls);
-    // A field without a default keeps its zero: an empty text is no point.
-    if (text.empty() && field.kind == catalogue::ValueKind::kFree) continue;
-    try {
-      assign(record.fields[index].value, makeValue(static_cast<ValueType>(field.type), text));
-    } catch (int code) {
-      throw ConversionFailure{code, cls.display_name, table.name, field.name, text};
-    }
-  }
-  return appendRecord(tables_, *stored, record, entity) == kStatusOk;
+  const NewRecord& made = newRecordOf(table, cls);
+  return made.stored && appendValues(tables_, *made.stored, made.values, entity) == kStatusOk;
 }
 
 bool Classifier::applyClass(const ObjectClass& cls, host::ObjectId entity, bool properties,

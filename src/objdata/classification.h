@@ -5,7 +5,6 @@
 #pragma once
 
 #include <map>
-#include <set>
 #include <span>
 #include <string>
 #include <string_view>
@@ -59,7 +58,8 @@ class Classifier {
   // Attaches one record of `table` made of the fields' defaults, storing the table's
   // definition first when the drawing lacks it. False when the definition could not be
   // stored. Throws ConversionFailure for a default its field cannot hold; nothing is
-  // attached then.
+  // attached then. The defaults are expanded once per run: records attached by one run
+  // carry the same date and time.
   bool classifyWithTable(const catalogue::TableDefinition& table, const catalogue::ObjectClass& cls,
                          host::ObjectId entity);
 
@@ -95,6 +95,14 @@ class Classifier {
     std::vector<FieldRules> fields;
   };
   const std::vector<TableRules>& rulesOf(const catalogue::ObjectClass& cls);
+  // The record classifyWithTable attaches, made once per table and class: the defaults'
+  // variables take their values when the run first needs them.
+  struct NewRecord {
+    const StoredTable* stored = nullptr;  // null: the table could not be stored
+    host::ResBufChain values;
+  };
+  const NewRecord& newRecordOf(const catalogue::TableDefinition& table,
+                               const catalogue::ObjectClass& cls);
   const std::vector<std::wstring>& keyFieldsOf(std::wstring_view table_name);
   const catalogue::ObjectClass* classNamed(const Value& value);
 
@@ -115,8 +123,8 @@ class Classifier {
   // The records of the last entity read by records().
   std::vector<TableRecord> records_;
   RecordCursor cursor_;
-  // Lower-case names of the tables this run made sure the drawing stores.
-  std::set<std::wstring, std::less<>> stored_;
+  std::map<std::pair<const catalogue::TableDefinition*, const catalogue::ObjectClass*>, NewRecord>
+      new_records_;
   std::map<const catalogue::ObjectClass*, bool> dependencies_;
 };
 

@@ -284,23 +284,33 @@ int appendRecord(TableDirectory& tables, const StoredTable& table, TableRecord& 
       record.fields.push_back({field.name, std::nullopt, zeroValue(field.type)});
     }
   }
+  if (!tables.database().isValid(entity)) return kStatusEntityNotOpened;
+  // Converted before anything is made, so that a failed conversion leaves the drawing as it was.
+  return appendValues(tables, table, appendedValues(record), entity);
+}
+
+host::ResBufChain appendedValues(const TableRecord& record) {
+  host::ResBufChain values;
+  values.reserve(record.fields.size());
+  for (const FieldValue& field : record.fields) values.push_back(appendedValue(field));
+  return values;
+}
+
+int appendValues(TableDirectory& tables, const StoredTable& table, const host::ResBufChain& values,
+                 host::ObjectId entity) {
   host::Database& db = tables.database();
   if (!db.isValid(entity)) return kStatusEntityNotOpened;
-
-  // Converted before anything is made, so that a failed conversion leaves the drawing as it was.
-  host::ResBufChain added;
-  added.reserve(record.fields.size());
-  for (const FieldValue& field : record.fields) added.push_back(appendedValue(field));
-
   auto dictionary = db.createExtensionDictionary(entity);
   if (!dictionary) return kStatusEntityNotOpened;
-  auto container = db.dictionaryGet(*dictionary, table.name);
-  if (!container) container = db.createXrecord(*dictionary, table.name);
+  if (auto container = db.dictionaryGet(*dictionary, table.name)) {
+    host::ResBufChain& all = tables.scratch();
+    if (!db.readXrecordInto(*container, all)) return kStatusNothing;
+    all.insert(all.end(), values.begin(), values.end());
+    return db.writeXrecord(*container, all) ? kStatusOk : kStatusNothing;
+  }
+  auto container = db.createXrecord(*dictionary, table.name);
   if (!container) return kStatusNothing;
-  auto values = db.readXrecord(*container);
-  if (!values) return kStatusNothing;
-  values->insert(values->end(), added.begin(), added.end());
-  return db.writeXrecord(*container, *values) ? kStatusOk : kStatusNothing;
+  return db.writeXrecord(*container, values) ? kStatusOk : kStatusNothing;
 }
 
 }  // namespace objdata

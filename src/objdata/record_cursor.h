@@ -39,6 +39,8 @@ class TableDirectory {
   const StoredTable* find(std::wstring_view name);
   // Whether an extension-dictionary entry keyed `name` is a record container.
   bool has(std::wstring_view name) { return find(name) != nullptr; }
+  // A chain for the record operations to read into, kept from one call to the next.
+  host::ResBufChain& scratch() { return scratch_; }
 
  private:
   host::Database& database_;
@@ -50,6 +52,7 @@ class TableDirectory {
   // The last table found: entities mostly carry the same few tables one after another.
   std::wstring last_name_;
   const StoredTable* last_ = nullptr;
+  host::ResBufChain scratch_;
 };
 
 struct RecordCursor {
@@ -114,6 +117,13 @@ int deleteRecord(TableDirectory& tables, RecordCursor& cursor);
 // entity does not exist. Throws kConversionFailed or kNotAPoint as the conversions do,
 // having written nothing.
 int appendRecord(TableDirectory& tables, const StoredTable& table, TableRecord& record,
+                 host::ObjectId entity);
+
+// The values appendRecord writes for `record`, one per field by the field's type (a Real
+// without its fraction). Throws as the conversions do.
+host::ResBufChain appendedValues(const TableRecord& record);
+// appendRecord for values converted already: one record for many entities is converted once.
+int appendValues(TableDirectory& tables, const StoredTable& table, const host::ResBufChain& values,
                  host::ObjectId entity);
 
 }  // namespace objdata
