@@ -1,0 +1,128 @@
+// The example job of the README, end to end: the bundled drawing and class file through
+// examples/demo.scr, then the saved drawing read back by ezdxf (tests/shell/check_records.py).
+#include <gtest/gtest.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
+#include <map>
+#include <string>
+#include <vector>
+
+#include "base/utf.h"
+#include "catalogue/catalogue.h"
+#include "headless/session.h"
+#include "test_paths.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+
+const std::string kExamples = std::string(TAXOR_SOURCE_DIR) + "/examples/";
+
+// Entities per class as TAXOR_STAT reports them, and as ezdxf must count them.
+const std::map<std::string, int> kClassCounts = {
+    {"Building", 6},     {"Building hatch", 6}, {"Centre line", 1},   {"House number", 6},
+    {"Manhole", 11},     {"Paving", 1},         {"Power cable", 9},   {"Road edge", 2},
+    {"Sewer pipe", 10},  {"Street lamp", 8},    {"Street name", 1},   {"Survey note", 1},
+    {"Tree", 24},        {"Water main", 10},    {"Water service", 6},
+};
+
+std::string json(const std::wstring& text) {
+  std::string out = "\"";
+  for (char c : base::toUtf8(text)) {
+    if (c == '"' || c == '\\') out += '\\';
+    out += c;
+  }
+  return out + "\"";
+}
+
+// {"class": {"TABLE": "KEY FIELD", ...}, ...} for every class of the catalogue.
+std::string classesJson(const catalogue::Catalogue& catalogue) {
+  std::string out = "{";
+  for (const auto& [lower, object] : catalogue.objects) {
+    if (out.size() > 1) out += ",";
+    out += json(object.display_name) + ":{";
+    for (size_t t = 0; t < object.tables.size(); ++t) {
+      std::wstring key;
+      for (const auto& field : object.tables[t].fields) {
+        if (field.kind == catalogue::ValueKind::kKey) key = field.name;
+      }
+      out += (t ? "," : "") + json(object.tables[t].name) + ":" + json(key);
+    }
+    out += "}";
+  }
+  return out + "}";
+}
+
+// Runs a command; returns its exit code and puts what it printed into `output`.
+int run(const std::string& command, std::string& output) {
+  FILE* pipe = popen((command + " 2>&1").c_str(), "r");
+  if (!pipe) return -1;
+  char buf[4096];
+  size_t n;
+  while ((n = fread(buf, 1, sizeof buf, pipe)) > 0) output.append(buf, n);
+  int status = pclose(pipe);
+  return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+}
+
+class ExampleJobTest : public ::testing::Test {
+ protected:
+  // What `taxor --classes examples/classes.txt --script examples/demo.scr` does.
+  void SetUp() override {
+    session_.run("TAXOR_LOAD\n" + kExamples + "classes.txt\n" +
+                 testing_paths::readFile(kExamples + "demo.scr"));
+  }
+
+  testing_session::Session session_{testing_paths::readFile(kExamples + "site.dxf")};
+};
+
+TEST_F(ExampleJobTest, TranscriptShowsWhatWasClassifiedAndWhatIsInvalid) {
+  const std::string out = session_.out();
+  EXPECT_EQ(session_.err(), "");
+  // All but the cable drawn on layer 0, and the two entities the drawing brought classified.
+  EXPECT_NE(out.find("\nCompleted: 100/103\n"), std::string::npos) << out;
+  // The records brought with the drawing: a water main of DN 125 and a manhole 9.6 m deep.
+  EXPECT_NE(out.find("\nSelected: 2Command: "), std::string::npos) << out;
+
+  std::string report = "TAXOR_STAT\nObjects: 103 (1 unclassified)\nClasses: 15\n";
+  std::vector<std::string> lines;
+  for (const auto& [name, count] : kClassCounts) {
+    lines.push_back("\t" + name + ": " + std::to_string(count) + " (0 invalid)\n");
+  }
+  std::sort(lines.begin(), lines.end());
+  for (const std::string& line : lines) report += line;
+  // Only the water main breaks a required field.
+  report += "\nInvalid definitions: 1\n";
+  EXPECT_NE(out.find(report), std::string::npos) << out;
+}
+
+TEST_F(ExampleJobTest, EzdxfReadsTheRecordsOfEveryClassifiedEntity) {
+  if (std::string ignored; run("/usr/bin/python3 -c 'import ezdxf'", ignored) != 0) {
+    GTEST_SKIP() << "/usr/bin/python3 cannot import ezdxf";
+  }
+  const fs::path saved =
+      fs::temp_directory_path() / ("taxor_example_job_" + std::to_string(::getpid()) + ".dxf");
+  const fs::path classes = fs::path(saved).replace_extension(".json");
+  ASSERT_TRUE(session_.drawing.save(saved.string()));
+  std::ofstream(classes) << classesJson(*session_.app->state().catalogue);
+
+  std::string output;
+  int status = run("/usr/bin/python3 " + std::string(TAXOR_SOURCE_DIR) +
+                       "/tests/shell/check_records.py " + saved.string() + " " +
+                       classes.string(),
+                   output);
+  fs::remove(saved);
+  fs::remove(classes);
+  std::string expected;
+  for (const auto& [name, count] : kClassCounts) {
+    expected += name + "\t" + std::to_string(count) + "\n";
+  }
+  EXPECT_EQ(status, 0) << output;
+  EXPECT_EQ(output, expected);
+}
+
+}  // namespace
