@@ -91,12 +91,13 @@ Status DxfDatabase::dictionaryEntriesInto(ObjectId dict,
   if (!d) return d.status();
   dxf::dictionaryEntries(drawing_, *d, entries_scratch_);
   size_t count = 0;
-  for (const dxf::DictionaryEntry& entry : entries_scratch_) {
+  for (dxf::DictionaryEntry& entry : entries_scratch_) {
     dxf::RecordId r = drawing_.byHandle(entry.value);
     // An entry naming nothing is dangling; callers can do nothing with it.
     if (r == dxf::kNoRecord) continue;
     if (count == entries.size()) entries.emplace_back();
-    entries[count].first.assign(entry.key);
+    // Swapped, not copied: the key buffer taken out is refilled by the next read.
+    entries[count].first.swap(entry.key);
     entries[count].second = toId(r);
     ++count;
   }
@@ -141,15 +142,16 @@ Result<host::ResBufChain> DxfDatabase::readXrecord(ObjectId xrecord) {
 
 namespace {
 
-// Sets `rb` from `v`, keeping the text buffer `rb` already holds when it can.
+// Sets `rb` from `v`. Texts are swapped rather than copied: the buffer `rb` held goes back
+// to the scratch values, to be filled by the next read.
 void toResBuf(dxf::TypedValue& v, host::ResBuf& rb) {
   rb.code = v.code;
   switch (v.type) {
     case dxf::TypedValue::Type::kText:
       if (auto* text = std::get_if<std::wstring>(&rb.value)) {
-        text->assign(v.text);
+        text->swap(v.text);
       } else {
-        rb.value = v.text;
+        rb.value = std::move(v.text);
       }
       break;
     case dxf::TypedValue::Type::kPoint:
@@ -183,25 +185,28 @@ Status DxfDatabase::writeXrecord(ObjectId xrecord, const host::ResBufChain& chai
   auto r = record(xrecord, "XRECORD");
   if (!r) return r.status();
   if (drawing_.type(*r) != "XRECORD") return Status::invalid("object is not an XRECORD");
-  std::vector<dxf::TypedValue> values;
-  values.reserve(chain.size());
-  for (const host::ResBuf& rb : chain) {
-    dxf::TypedValue v;
-    v.code = static_cast<int16_t>(rb.code);
+  std::vector<dxf::TypedValue>& values = values_scratch_;
+  values.resize(chain.size());
+  for (size_t i = 0; i < chain.size(); ++i) {
+    const host::ResBuf& rb = chain[i];
+    dxf::TypedValue& v = values[i];
     if (auto* text = std::get_if<std::wstring>(&rb.value)) {
-      v = dxf::TypedValue::ofText(*text);
+      v.type = dxf::TypedValue::Type::kText;
+      v.text.assign(*text);
     } else if (auto* point = std::get_if<host::Point3>(&rb.value)) {
-      v = dxf::TypedValue::ofPoint(point->x, point->y, point->z);
+      v.type = dxf::TypedValue::Type::kPoint;
+      v.xyz[0] = point->x, v.xyz[1] = point->y, v.xyz[2] = point->z;
     } else if (auto* real = std::get_if<double>(&rb.value)) {
-      v = dxf::TypedValue::ofReal(*real);
+      v.type = dxf::TypedValue::Type::kReal;
+      v.xyz[0] = *real;
     } else if (auto* integer = std::get_if<int32_t>(&rb.value)) {
-      v = dxf::TypedValue::ofInteger(*integer);
+      v.type = dxf::TypedValue::Type::kInteger;
+      v.integer = *integer;
     } else {
       v.type = dxf::TypedValue::Type::kRaw;
       v.raw = std::get<std::string>(rb.value);
     }
     v.code = static_cast<int16_t>(rb.code);
-    values.push_back(std::move(v));
   }
   dxf::writeXrecord(drawing_, *r, values);
   return Status::ok();
@@ -271,7 +276,7 @@ host::PropertyValue toHost(dxf::PropValue value) {
         } else if constexpr (std::is_same_v<T, dxf::EntityColor>) {
           return host::Color{v.index, v.rgb};
         } else {
-          return v;
+          return std::move(v);
         }
       },
       std::move(value));

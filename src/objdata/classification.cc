@@ -44,7 +44,7 @@ bool valueEqualsText(const Value& value, std::wstring_view text) {
     case ValueType::kReal:
       return value.real == base::wtof(text);
     case ValueType::kCharacter:
-      return value.text.value_or(L"") == text;
+      return (value.text ? std::wstring_view(*value.text) : std::wstring_view()) == text;
     default:
       return false;
   }

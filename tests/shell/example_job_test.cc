@@ -25,10 +25,10 @@ const std::string kExamples = std::string(TAXOR_SOURCE_DIR) + "/examples/";
 
 // Entities per class as TAXOR_STAT reports them, and as ezdxf must count them.
 const std::map<std::string, int> kClassCounts = {
-    {"Building", 6},     {"Building hatch", 6}, {"Centre line", 1},   {"House number", 6},
-    {"Manhole", 11},     {"Paving", 1},         {"Power cable", 9},   {"Road edge", 2},
-    {"Sewer pipe", 10},  {"Street lamp", 8},    {"Street name", 1},   {"Survey note", 1},
-    {"Tree", 24},        {"Water main", 10},    {"Water service", 6},
+    {"Building", 6},    {"Building hatch", 6}, {"Centre line", 1},   {"House number", 6},
+    {"Manhole", 11},    {"Paving", 1},         {"Power cable", 9},   {"Road edge", 2},
+    {"Sewer pipe", 10}, {"Street lamp", 8},    {"Street name", 1},   {"Survey note", 1},
+    {"Tree", 24},       {"Water main", 10},    {"Water service", 6},
 };
 
 std::string json(const std::wstring& text) {
@@ -112,8 +112,7 @@ TEST_F(ExampleJobTest, EzdxfReadsTheRecordsOfEveryClassifiedEntity) {
 
   std::string output;
   int status = run("/usr/bin/python3 " + std::string(TAXOR_SOURCE_DIR) +
-                       "/tests/shell/check_records.py " + saved.string() + " " +
-                       classes.string(),
+                       "/tests/shell/check_records.py " + saved.string() + " " + classes.string(),
                    output);
   fs::remove(saved);
   fs::remove(classes);
