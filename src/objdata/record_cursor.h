@@ -34,6 +34,8 @@ class TableDirectory {
 
   host::Database& database() { return database_; }
   host::ObjectId id() const { return dictionary_; }
+  // Takes the table dictionary made after this directory (when it had none).
+  void setId(host::ObjectId dictionary) { dictionary_ = dictionary; }
 
   // The stored table `name` (compared without regard to case); null when not stored.
   const StoredTable* find(std::wstring_view name);

@@ -6,20 +6,16 @@
 
 namespace shell {
 
-namespace {
-
-host::ObjectId tableDictionary(CommandContext& context, bool writes) {
-  if (writes) return objdata::getTableDictionary(context.host().document());
-  return objdata::findTableDictionary(context.database());
-}
-
-}  // namespace
-
-ClassificationRun::ClassificationRun(CommandContext& context, bool writes)
-    : catalogue_(context.state().catalogue),
-      tables_(context.database(), tableDictionary(context, writes)),
+ClassificationRun::ClassificationRun(CommandContext& context)
+    : context_(context),
+      catalogue_(context.state().catalogue),
+      tables_(context.database(), objdata::findTableDictionary(context.database())),
       environment_(objdata::templateEnvironment(context.host())),
       classifier_(context.database(), *catalogue_, tables_, environment_) {}
+
+void ClassificationRun::prepareWrites() {
+  if (tables_.id().isNull()) tables_.setId(objdata::getTableDictionary(context_.host().document()));
+}
 
 std::optional<std::vector<host::ObjectId>> selectCandidates(
     CommandContext& context, const std::vector<host::ObjectId>& picked_first,

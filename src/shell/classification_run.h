@@ -16,14 +16,19 @@ namespace shell {
 // The classifier of one command run over the current drawing and catalogue.
 class ClassificationRun {
  public:
-  // With `writes`, the drawing's table dictionary is made when missing; otherwise a drawing
-  // without one is read as storing no table, and is left unchanged.
-  ClassificationRun(CommandContext& context, bool writes);
+  // A drawing without a table dictionary is read as storing no table, and is left
+  // unchanged until prepareWrites.
+  explicit ClassificationRun(CommandContext& context);
+
+  // Makes the drawing's table dictionary when missing: called once the command is sure to
+  // attach records, so that a command that stops early leaves the drawing as it was.
+  void prepareWrites();
 
   objdata::Classifier& classifier() { return classifier_; }
   const catalogue::Catalogue& catalogue() const { return *catalogue_; }
 
  private:
+  CommandContext& context_;
   std::shared_ptr<const catalogue::Catalogue> catalogue_;
   objdata::TableDirectory tables_;
   objdata::TemplateEnvironment environment_;

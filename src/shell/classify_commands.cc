@@ -73,7 +73,7 @@ void classifyCommand(CommandContext& context) {
   std::vector<host::ObjectId> picked = context.editor().impliedSelection();
   std::optional<std::wstring> name = context.ask(true, context.text(StringId::kPromptObject));
   if (!name) return;
-  ClassificationRun run(context, /*writes=*/true);
+  ClassificationRun run(context);
   objdata::Classifier& classifier = run.classifier();
   const ObjectClass* cls = run.catalogue().findObject(*name);
   if (!cls) {
@@ -115,6 +115,7 @@ void classifyCommand(CommandContext& context) {
       std::wstring old_block = blockNameOf(database, id);
       bool attach =
           options.attach_records && !classifier.isClassifiedAs(classifier.records(id), *cls);
+      if (attach) run.prepareWrites();
       if (classifier.applyClass(*cls, id, options.assign_properties, attach, draw::ApplyMode::kAll))
         noteChangedBlock(*cls, old_block, blocks);
     }
@@ -145,7 +146,7 @@ void classifyAutoCommand(CommandContext& context) {
   maintenance::pruneCandidates(database, *candidates);
   if (candidates->empty()) return;
 
-  ClassificationRun run(context, /*writes=*/*mode == 0);
+  ClassificationRun run(context);
   objdata::Classifier& classifier = run.classifier();
   auto allowed = [&](const ObjectClass& cls) { return cls.enabled || *undrawable == 1; };
   const int precision = draw::linearPrecision(database);
@@ -183,6 +184,7 @@ void classifyAutoCommand(CommandContext& context) {
           best_order = cls.draw_order;
         }
         if (!best || classifier.isClassifiedAs(classifier.records(id), *best)) continue;
+        run.prepareWrites();
         if (classifier.applyClass(*best, id, false, true, draw::ApplyMode::kAll)) ++classified;
       }
     }

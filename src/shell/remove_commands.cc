@@ -30,7 +30,7 @@ void removeCommand(CommandContext& context) {
   if (!name) return;
   auto candidates = prunedCandidates(context, picked, maintenance::EmptyPick::kNothing);
   if (!candidates) return;
-  ClassificationRun run(context, /*writes=*/false);
+  ClassificationRun run(context);
   int removed = 0;
   for (host::ObjectId id : *candidates) {
     if (run.classifier().removeClass(*name, id)) ++removed;
@@ -42,7 +42,7 @@ void removeAllCommand(CommandContext& context) {
   std::vector<host::ObjectId> picked = context.editor().impliedSelection();
   auto candidates = prunedCandidates(context, picked, maintenance::EmptyPick::kModelSpace);
   if (!candidates) return;
-  ClassificationRun run(context, /*writes=*/false);
+  ClassificationRun run(context);
   objdata::Classifier& classifier = run.classifier();
   objdata::TableDirectory& tables = classifier.tables();
   int deleted = 0;
@@ -71,7 +71,7 @@ void restoreCommand(CommandContext& context) {
   std::optional<int> mode = context.askMode(StringId::kPromptRestoreMode, 0, 1);
   if (!mode) return;
   auto apply_mode = static_cast<draw::ApplyMode>(*mode);
-  ClassificationRun run(context, /*writes=*/false);
+  ClassificationRun run(context);
   objdata::Classifier& classifier = run.classifier();
   int restored = 0;
 

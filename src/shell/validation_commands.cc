@@ -28,7 +28,7 @@ void assertCommand(CommandContext& context) {
     context.print(StringId::kSelectedCount, {0});
     return;
   }
-  ClassificationRun run(context, /*writes=*/false);
+  ClassificationRun run(context);
   objdata::Classifier& classifier = run.classifier();
   auto breaksRules = [&](host::ObjectId id) {
     std::span<const objdata::TableRecord> records = classifier.records(id);
@@ -51,7 +51,7 @@ void assertCommand(CommandContext& context) {
 void statCommand(CommandContext& context) {
   auto candidates = validationCandidates(context);
   if (!candidates) return;
-  ClassificationRun run(context, /*writes=*/false);
+  ClassificationRun run(context);
   objdata::Classifier& classifier = run.classifier();
 
   struct ClassCount {

@@ -164,6 +164,8 @@ TEST_F(ClassificationCommandsTest, ClassifyRefusals) {
   }
   EXPECT_EQ(records(kPolyline), "");
   EXPECT_EQ(records(kLine), "");
+  // Nothing was attached, so the drawing did not even get its table dictionary.
+  EXPECT_TRUE(objdata::findTableDictionary(database()).isNull());
 }
 
 TEST_F(ClassificationCommandsTest, ChangeObjectReplacesTheChosenClass) {
