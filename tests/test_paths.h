@@ -1,4 +1,5 @@
-// Where tests find the shared corpus of real drawings.
+// Where tests find the shared corpus of real drawings, and the helpers that reach outside
+// the process.
 #pragma once
 
 #include <string>
@@ -11,5 +12,8 @@ std::string corpusDir();
 std::vector<std::string> corpusFiles();
 // Reads a whole file; empty when it cannot be read.
 std::string readFile(const std::string& path);
+// Runs a shell command; returns its exit code (-1 when it did not exit) and puts what it
+// printed, both streams, into `output`.
+int runCommand(const std::string& command, std::string& output);
 
 }  // namespace testing_paths

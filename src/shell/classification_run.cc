@@ -17,6 +17,20 @@ void ClassificationRun::prepareWrites() {
   if (tables_.id().isNull()) tables_.setId(objdata::getTableDictionary(context_.host().document()));
 }
 
+const catalogue::ObjectClass* classToApply(CommandContext& context, ClassificationRun& run,
+                                           std::wstring_view name) {
+  const catalogue::ObjectClass* cls = run.catalogue().findObject(name);
+  if (!cls) {
+    context.print(StringId::kErrorObjectNotFound);
+    return nullptr;
+  }
+  if (!run.classifier().loadDependencies(*cls)) {
+    context.print(StringId::kErrorUnableToLoadObjectDependencies);
+    return nullptr;
+  }
+  return cls;
+}
+
 std::optional<std::vector<host::ObjectId>> selectCandidates(
     CommandContext& context, const std::vector<host::ObjectId>& picked_first,
     maintenance::EmptyPick empty_pick) {

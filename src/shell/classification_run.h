@@ -35,6 +35,12 @@ class ClassificationRun {
   objdata::Classifier classifier_;
 };
 
+// The class named `name` (any case) with the resources it names loaded into the drawing.
+// Prints "object not found" or "unable to load object dependencies" and gives null
+// otherwise.
+const catalogue::ObjectClass* classToApply(CommandContext& context, ClassificationRun& run,
+                                           std::wstring_view name);
+
 // The pick-first set or an interactive selection (see maintenance::pickedOrSelected). Prints
 // "no objects selected" and gives nothing when the result is empty; gives nothing silently
 // when the user cancels.

@@ -75,15 +75,8 @@ void classifyCommand(CommandContext& context) {
   if (!name) return;
   ClassificationRun run(context);
   objdata::Classifier& classifier = run.classifier();
-  const ObjectClass* cls = run.catalogue().findObject(*name);
-  if (!cls) {
-    context.print(StringId::kErrorObjectNotFound);
-    return;
-  }
-  if (!classifier.loadDependencies(*cls)) {
-    context.print(StringId::kErrorUnableToLoadObjectDependencies);
-    return;
-  }
+  const ObjectClass* cls = classToApply(context, run, *name);
+  if (!cls) return;
   ClassifyOptions& options = context.state().classify_options;
   if (!askClassifyOptions(context, options)) return;
   if (!options.assign_properties && !options.attach_records) return;

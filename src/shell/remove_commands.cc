@@ -76,15 +76,8 @@ void restoreCommand(CommandContext& context) {
   int restored = 0;
 
   if (!name->empty()) {
-    const catalogue::ObjectClass* cls = run.catalogue().findObject(*name);
-    if (!cls) {
-      context.print(StringId::kErrorObjectNotFound);
-      return;
-    }
-    if (!classifier.loadDependencies(*cls)) {
-      context.print(StringId::kErrorUnableToLoadObjectDependencies);
-      return;
-    }
+    const catalogue::ObjectClass* cls = classToApply(context, run, *name);
+    if (!cls) return;
     auto candidates = prunedCandidates(context, picked, maintenance::EmptyPick::kNothing);
     if (!candidates) return;
     for (host::ObjectId id : *candidates) {

@@ -123,7 +123,8 @@ enum class StringId : int {
 };
 
 inline constexpr int kFirstStringId = 100;
-inline constexpr int kStringCount = static_cast<int>(StringId::kErrorConversion) - kFirstStringId + 1;
+inline constexpr int kStringCount =
+    static_cast<int>(StringId::kErrorConversion) - kFirstStringId + 1;
 
 // One argument of StringTable::format: an integer, a real or a wide text.
 class FormatArg {

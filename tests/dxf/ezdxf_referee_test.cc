@@ -1,7 +1,6 @@
 // Real drawings changed by this library are opened by an independent reader, ezdxf, which
 // must find every change where it belongs and no new problem (tests/dxf/referee.py).
 #include <gtest/gtest.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -112,23 +111,12 @@ std::vector<TypedValue> sampleValues(int n) {
           TypedValue::ofPoint(1, 2.5 + n, -3)};
 }
 
-// Runs a command; returns its exit code and puts what it printed into `output`.
-int run(const std::string& command, std::string& output) {
-  FILE* pipe = popen((command + " 2>&1").c_str(), "r");
-  if (!pipe) return -1;
-  char buf[4096];
-  size_t n;
-  while ((n = fread(buf, 1, sizeof buf, pipe)) > 0) output.append(buf, n);
-  int status = pclose(pipe);
-  return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-}
-
 constexpr const char* kPython = "/usr/bin/python3";
 
 bool ezdxfAvailable() {
   static const bool available = [] {
     std::string ignored;
-    return run(std::string(kPython) + " -c 'import ezdxf'", ignored) == 0;
+    return testing_paths::runCommand(std::string(kPython) + " -c 'import ezdxf'", ignored) == 0;
   }();
   return available;
 }
@@ -361,9 +349,10 @@ TEST_P(EzdxfReferee, FindsEveryChangeAndNoNewProblem) {
   std::ofstream(json_path) << expectations;
 
   std::string output;
-  int code = run(std::string(kPython) + " " + TAXOR_SOURCE_DIR + "/tests/dxf/referee.py '" +
-                     original + "' '" + changed.string() + "' '" + json_path.string() + "'",
-                 output);
+  int code = testing_paths::runCommand(std::string(kPython) + " " + TAXOR_SOURCE_DIR +
+                                           "/tests/dxf/referee.py '" + original + "' '" +
+                                           changed.string() + "' '" + json_path.string() + "'",
+                                       output);
   EXPECT_EQ(code, 0) << output;
   if (code == 0) {  // kept for a look when the referee objects
     fs::remove_all(dir);

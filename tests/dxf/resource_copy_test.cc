@@ -3,10 +3,8 @@
 #include "dxf/resource_copy.h"
 
 #include <gtest/gtest.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
-#include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -379,16 +377,6 @@ TEST(CopyResources, R12TargetGetsWhatItsFormatHolds) {
 // --- ezdxf, an independent reader, opens the result, finds no problem and every resource
 // (also those of .lin and .mln files).
 
-int run(const std::string& command, std::string& output) {
-  FILE* pipe = popen((command + " 2>&1").c_str(), "r");
-  if (!pipe) return -1;
-  char buf[4096];
-  size_t n;
-  while ((n = fread(buf, 1, sizeof buf, pipe)) > 0) output.append(buf, n);
-  int status = pclose(pipe);
-  return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-}
-
 constexpr const char* kEzdxfCheck = R"PY(
 import sys, ezdxf
 doc = ezdxf.readfile(sys.argv[1])
@@ -415,7 +403,7 @@ sys.exit(1 if problems else 0)
 
 TEST(CopyResources, EzdxfReadsAndAuditsTheResult) {
   std::string ignored;
-  if (run("/usr/bin/python3 -c 'import ezdxf'", ignored) != 0) {
+  if (testing_paths::runCommand("/usr/bin/python3 -c 'import ezdxf'", ignored) != 0) {
     GTEST_SKIP() << "/usr/bin/python3 cannot import ezdxf";
   }
   Document source = load("resources.dxf");
@@ -441,7 +429,7 @@ TEST(CopyResources, EzdxfReadsAndAuditsTheResult) {
     std::string script = (dir / "check.py").string();
     std::ofstream(script) << kEzdxfCheck;
     std::string output;
-    int code = run("/usr/bin/python3 " + script + " " + path, output);
+    int code = testing_paths::runCommand("/usr/bin/python3 " + script + " " + path, output);
     EXPECT_EQ(code, 0) << version << ":\n" << output;
     fs::remove_all(dir);
   }

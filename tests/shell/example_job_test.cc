@@ -1,11 +1,9 @@
 // The example job of the README, end to end: the bundled drawing and class file through
 // examples/demo.scr, then the saved drawing read back by ezdxf (tests/shell/check_records.py).
 #include <gtest/gtest.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include <algorithm>
-#include <cstdio>
 #include <filesystem>
 #include <fstream>
 #include <map>
@@ -58,17 +56,6 @@ std::string classesJson(const catalogue::Catalogue& catalogue) {
   return out + "}";
 }
 
-// Runs a command; returns its exit code and puts what it printed into `output`.
-int run(const std::string& command, std::string& output) {
-  FILE* pipe = popen((command + " 2>&1").c_str(), "r");
-  if (!pipe) return -1;
-  char buf[4096];
-  size_t n;
-  while ((n = fread(buf, 1, sizeof buf, pipe)) > 0) output.append(buf, n);
-  int status = pclose(pipe);
-  return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-}
-
 class ExampleJobTest : public ::testing::Test {
  protected:
   // What `taxor --classes examples/classes.txt --script examples/demo.scr` does.
@@ -101,7 +88,8 @@ TEST_F(ExampleJobTest, TranscriptShowsWhatWasClassifiedAndWhatIsInvalid) {
 }
 
 TEST_F(ExampleJobTest, EzdxfReadsTheRecordsOfEveryClassifiedEntity) {
-  if (std::string ignored; run("/usr/bin/python3 -c 'import ezdxf'", ignored) != 0) {
+  if (std::string ignored;
+      testing_paths::runCommand("/usr/bin/python3 -c 'import ezdxf'", ignored) != 0) {
     GTEST_SKIP() << "/usr/bin/python3 cannot import ezdxf";
   }
   const fs::path saved =
@@ -111,9 +99,10 @@ TEST_F(ExampleJobTest, EzdxfReadsTheRecordsOfEveryClassifiedEntity) {
   std::ofstream(classes) << classesJson(*session_.app->state().catalogue);
 
   std::string output;
-  int status = run("/usr/bin/python3 " + std::string(TAXOR_SOURCE_DIR) +
-                       "/tests/shell/check_records.py " + saved.string() + " " + classes.string(),
-                   output);
+  int status = testing_paths::runCommand("/usr/bin/python3 " + std::string(TAXOR_SOURCE_DIR) +
+                                             "/tests/shell/check_records.py " + saved.string() +
+                                             " " + classes.string(),
+                                         output);
   fs::remove(saved);
   fs::remove(classes);
   std::string expected;
