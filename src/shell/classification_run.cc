@@ -13,8 +13,13 @@ ClassificationRun::ClassificationRun(CommandContext& context)
       environment_(objdata::templateEnvironment(context.host())),
       classifier_(context.database(), *catalogue_, tables_, environment_) {}
 
-void ClassificationRun::prepareWrites() {
+bool ClassificationRun::prepareWrites() {
   if (tables_.id().isNull()) tables_.setId(objdata::getTableDictionary(context_.host().document()));
+  if (tables_.id().isNull()) {
+    context_.print(StringId::kErrorNoObjectData);
+    return false;
+  }
+  return true;
 }
 
 const catalogue::ObjectClass* classToApply(CommandContext& context, ClassificationRun& run,

@@ -21,8 +21,9 @@ class ClassificationRun {
   explicit ClassificationRun(CommandContext& context);
 
   // Makes the drawing's table dictionary when missing: called once the command is sure to
-  // attach records, so that a command that stops early leaves the drawing as it was.
-  void prepareWrites();
+  // attach records, so that a command that stops early leaves the drawing as it was. False,
+  // after saying so, when the drawing cannot keep records.
+  bool prepareWrites();
 
   objdata::Classifier& classifier() { return classifier_; }
   const catalogue::Catalogue& catalogue() const { return *catalogue_; }

@@ -108,7 +108,7 @@ void classifyCommand(CommandContext& context) {
       std::wstring old_block = blockNameOf(database, id);
       bool attach =
           options.attach_records && !classifier.isClassifiedAs(classifier.records(id), *cls);
-      if (attach) run.prepareWrites();
+      if (attach && !run.prepareWrites()) return;
       if (classifier.applyClass(*cls, id, options.assign_properties, attach, draw::ApplyMode::kAll))
         noteChangedBlock(*cls, old_block, blocks);
     }
@@ -177,7 +177,7 @@ void classifyAutoCommand(CommandContext& context) {
           best_order = cls.draw_order;
         }
         if (!best || classifier.isClassifiedAs(classifier.records(id), *best)) continue;
-        run.prepareWrites();
+        if (!run.prepareWrites()) return;
         if (classifier.applyClass(*best, id, false, true, draw::ApplyMode::kAll)) ++classified;
       }
     }

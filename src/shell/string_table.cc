@@ -49,8 +49,8 @@ namespace {
 // 191      the title of the TAXOR_STAT report box.
 // 192      the file-dialog filter of TAXOR_LOAD and TAXOR_TEMPLATE.
 // 193-194  the product name and version that TAXOR_ABOUT shows.
-// 195      a default or value that its field's type cannot hold (TAXOR_CLASSIFY,
-//          TAXOR_CLASSIFY_AUTO).
+// 195-196  TAXOR_CLASSIFY, TAXOR_CLASSIFY_AUTO: a default or value that its field's type
+//          cannot hold; a drawing whose format has no place for object data.
 constexpr const wchar_t* kBuiltInTexts[] = {
     L"Error: no file loaded.\n",
     L"Error: object not found.\n",
@@ -151,6 +151,8 @@ constexpr const wchar_t* kBuiltInTexts[] = {
     // The classifying commands.
     L"Error: the value '%s' does not fit field '%s' of table '%s' (class '%s'); correct the "
     L"class file. The command stopped; records written before it stay.\n",
+    L"Error: this drawing cannot keep object data; save it as DXF R2000 or later and run the "
+    L"command again.\n",
 };
 static_assert(std::size(kBuiltInTexts) == kStringCount, "one built-in text per identifier");
 

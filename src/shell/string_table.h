@@ -120,11 +120,13 @@ enum class StringId : int {
   kAboutVersion,
   // A value that its field cannot hold ended a classifying command.
   kErrorConversion,
+  // The drawing cannot keep records (no dictionaries in its format).
+  kErrorNoObjectData,
 };
 
 inline constexpr int kFirstStringId = 100;
 inline constexpr int kStringCount =
-    static_cast<int>(StringId::kErrorConversion) - kFirstStringId + 1;
+    static_cast<int>(StringId::kErrorNoObjectData) - kFirstStringId + 1;
 
 // One argument of StringTable::format: an integer, a real or a wide text.
 class FormatArg {

@@ -305,4 +305,17 @@ TEST_F(ClassificationCommandsTest, AValueItsStoredFieldCannotHoldEndsTheCommand)
   EXPECT_TRUE(dxf::Document::parse(session_.drawing.serialize(), "again.dxf"));
 }
 
+TEST(ClassificationCommandsR12Test, ADrawingWithoutDictionariesIsRefusedWithAReason) {
+  fs::path file = fs::temp_directory_path() / "taxor_classify_r12.txt";
+  std::ofstream(file) << kClasses;
+  testing_session::Session session(sample::r12Drawing());
+  session.run("TAXOR_LOAD\n" + file.string() + "\nTAXOR_CLASSIFY_AUTO\n0\n0\nALL\n\n");
+  fs::remove(file);
+  EXPECT_NE(session.out().find("Error: this drawing cannot keep object data; save it as DXF "
+                               "R2000 or later and run the command again.\n"),
+            std::string::npos)
+      << session.out();
+  EXPECT_EQ(session.out().find("Completed"), std::string::npos) << session.out();
+}
+
 }  // namespace

@@ -209,7 +209,7 @@ TEST(StringTableTest, RejectsBadEntriesNamingTheLine) {
       {"107\t%lf", "'%lf'"},
       {"115\t'%s' in %i", "'%s %i'"},  // swapped
       {"107\t50% von %i", "directives"},
-      {"196\tzu viel", "unknown identifier 196"},
+      {"197\tzu viel", "unknown identifier 197"},
       {"99\tzu wenig", "unknown identifier 99"},
       {"1x0\tText", "malformed identifier '1x0'"},
       {"\tText", "malformed identifier ''"},
