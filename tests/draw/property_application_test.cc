@@ -3,10 +3,13 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <numbers>
 
 #include "draw/object_types.h"
 #include "fakes/fake_database.h"
+#include "fakes/fake_host.h"
+#include "fakes/forwarding_host.h"
 
 namespace {
 
@@ -161,6 +164,24 @@ TEST(PropertyApplicationTest, RequiredResourcesAreTheDefaults) {
   DrawingProperties open = classOf({{L"layer", L"*"}, {L"textheight", L"2"}});
   open.linetype.mode = draw::ConstraintMode::kSingle;
   EXPECT_TRUE(draw::requiredResources(open).empty());
+}
+
+TEST(PropertyApplicationTest, PropertiesAlreadyHeldAreNotWrittenAgain) {
+  fakes::FakeHost target;
+  target.addLayer(L"Walls");
+  host::ObjectId wall = target.addEntity(
+      L"AcDbPolyline", {{P::kLayer, std::wstring(L"Walls")}, {P::kColor, host::Color{3}}});
+  fakes::ForwardingHost host(target, /*trace=*/true);
+  // Names compare in any case, as the layer table does.
+  const DrawingProperties wall_class = classOf({{L"layer", L"walls"}, {L"color", L"3"}});
+  auto writes = [&] {
+    return std::count(host.trace().begin(), host.trace().end(), "Database::setProperty");
+  };
+  ASSERT_TRUE(draw::applyDrawingProperties(host.database(), wall, wall_class, ApplyMode::kAll));
+  EXPECT_EQ(writes(), 0);
+  ASSERT_TRUE(target.database().setProperty(wall, P::kColor, host::Color{5}));
+  ASSERT_TRUE(draw::applyDrawingProperties(host.database(), wall, wall_class, ApplyMode::kAll));
+  EXPECT_EQ(writes(), 1);
 }
 
 }  // namespace
