@@ -50,11 +50,6 @@ bool valueEqualsText(const Value& value, std::wstring_view text) {
   }
 }
 
-std::vector<TableRecord> Classifier::readRecords(host::ObjectId entity) {
-  std::span<const TableRecord> read = records(entity);
-  return {read.begin(), read.end()};
-}
-
 std::span<const TableRecord> Classifier::records(host::ObjectId entity) {
   size_t count = 0;
   if (openCursor(tables_, cursor_, entity) == kStatusOk) {

@@ -37,10 +37,9 @@ class Classifier {
   const catalogue::Catalogue& catalogue() const { return catalogue_; }
   TableDirectory& tables() { return tables_; }
 
-  // Every record of `entity`, in walk order.
-  std::vector<TableRecord> readRecords(host::ObjectId entity);
-  // The same without copies: the records live in the classifier and stay valid until the
-  // next call of records or removeClass. For walks over many entities.
+  // Every record of `entity`, in walk order. The records live in the classifier, reused
+  // from one entity to the next, and stay valid until the next call of records or
+  // removeClass.
   std::span<const TableRecord> records(host::ObjectId entity);
 
   // The class that the record's key fields name (their values, lower-cased, looked up among

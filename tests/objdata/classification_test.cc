@@ -90,7 +90,7 @@ struct Drawing {
   // The entity's records as "TABLE:value,value|TABLE:...".
   std::string records(host::ObjectId entity) {
     std::wstring out;
-    for (const TableRecord& record : classifier().readRecords(entity)) {
+    for (const TableRecord& record : classifier().records(entity)) {
       out += (out.empty() ? L"" : L"|") + record.table_name + L":";
       for (size_t i = 0; i < record.fields.size(); ++i)
         out += (i ? L"," : L"") + objdata::textOrEmpty(record.fields[i].value);
@@ -293,7 +293,7 @@ TEST(ClassifierAttach, RecordOfExpandedDefaults) {
   objdata::readStoredTable(run.host.fakeDatabase(), run.dictionary, L"PIPES", again);
   EXPECT_EQ(again.xrecord, stored.xrecord);
   EXPECT_EQ(again.fields, stored.fields);
-  EXPECT_TRUE(run.classifier().isClassifiedAs(run.classifier().readRecords(first), pipe, true));
+  EXPECT_TRUE(run.classifier().isClassifiedAs(run.classifier().records(first), pipe, true));
 }
 
 TEST(ClassifierAttach, StoredFieldOfAnotherTypeThrowsAndAttachesNothing) {
