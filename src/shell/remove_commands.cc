@@ -8,12 +8,14 @@ namespace shell {
 
 namespace {
 
-// The candidates after pruning; prints "no objects selected" when none is left.
+// The candidates after pruning; prints "no objects selected" when none is left. `selected`,
+// when given, receives how many were selected before pruning.
 std::optional<std::vector<host::ObjectId>> prunedCandidates(
     CommandContext& context, const std::vector<host::ObjectId>& picked,
-    maintenance::EmptyPick empty_pick) {
+    maintenance::EmptyPick empty_pick, int* selected = nullptr) {
   auto candidates = selectCandidates(context, picked, empty_pick);
   if (!candidates) return std::nullopt;
+  if (selected) *selected = static_cast<int>(candidates->size());
   maintenance::pruneCandidates(context.database(), *candidates);
   if (candidates->empty()) {
     context.print(StringId::kErrorNoObjectsSelected);
@@ -78,14 +80,16 @@ void restoreCommand(CommandContext& context) {
   if (!name->empty()) {
     const catalogue::ObjectClass* cls = classToApply(context, run, *name);
     if (!cls) return;
-    auto candidates = prunedCandidates(context, picked, maintenance::EmptyPick::kNothing);
+    int selected = 0;
+    auto candidates =
+        prunedCandidates(context, picked, maintenance::EmptyPick::kNothing, &selected);
     if (!candidates) return;
     for (host::ObjectId id : *candidates) {
       if (!classifier.isClassifiedAs(classifier.records(id), *cls)) continue;
       classifier.applyClass(*cls, id, true, false, apply_mode);
       ++restored;
     }
-    context.print(StringId::kCompletedRatio, {restored, static_cast<int>(candidates->size())});
+    context.print(StringId::kCompletedRatio, {restored, selected});
     return;
   }
 
