@@ -122,20 +122,15 @@ class Matcher {
     return v && accepts(c, Scale3{v->x, v->y, v->z});
   }
 
-  bool acceptsColor(const std::vector<ColorSpec>& specs, P property) const {
-    if (specs.empty()) return true;
+  bool acceptsColor(const std::vector<ColorSpec>& accepted, P property) const {
+    if (accepted.empty()) return true;
     const host::PropertyValue& value = this->value(property);
     const auto* color = std::get_if<host::Color>(&value);
-    return std::any_of(specs.begin(), specs.end(), [&](const ColorSpec& spec) {
-      if (spec.empty()) return true;
+    return std::any_of(accepted.begin(), accepted.end(), [&](const ColorSpec& one) {
+      if (one.empty()) return true;
       if (!color) return false;
-      if (spec.size() == 1) return !color->rgb && color->index == spec[0];
-      if (spec.size() == 3) {
-        uint32_t rgb = static_cast<uint32_t>(spec[0] & 0xFF) << 16 |
-                       static_cast<uint32_t>(spec[1] & 0xFF) << 8 |
-                       static_cast<uint32_t>(spec[2] & 0xFF);
-        return color->rgb == rgb;
-      }
+      if (one.size() == 1) return !color->rgb && color->index == one[0];
+      if (one.size() == 3) return color->rgb == packedRgb(one);
       return false;
     });
   }

@@ -335,4 +335,9 @@ std::wstring formatColorSpec(const ColorSpec& color) {
   return {};
 }
 
+uint32_t packedRgb(const ColorSpec& color) {
+  return static_cast<uint32_t>(color[0] & 0xFF) << 16 |
+         static_cast<uint32_t>(color[1] & 0xFF) << 8 | static_cast<uint32_t>(color[2] & 0xFF);
+}
+
 }  // namespace draw

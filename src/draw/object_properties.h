@@ -122,4 +122,7 @@ bool isNumericText(std::wstring_view text);
 // an empty text for any other length.
 std::wstring formatColorSpec(const ColorSpec& color);
 
+// 0xRRGGBB of a three-value colour (each value taken modulo 256).
+uint32_t packedRgb(const ColorSpec& color);
+
 }  // namespace draw

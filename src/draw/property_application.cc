@@ -20,9 +20,9 @@ bool prescribed(const PropertyConstraint<T>& c) {
 }
 
 // The first colour that is not "any": the default of a colour list.
-const ColorSpec* defaultColor(const std::vector<ColorSpec>& specs) {
-  for (const ColorSpec& spec : specs) {
-    if (spec.size() == 1 || spec.size() == 3) return &spec;
+const ColorSpec* defaultColor(const std::vector<ColorSpec>& colors) {
+  for (const ColorSpec& color : colors) {
+    if (color.size() == 1 || color.size() == 3) return &color;
   }
   return nullptr;
 }
@@ -30,11 +30,9 @@ const ColorSpec* defaultColor(const std::vector<ColorSpec>& specs) {
 // A true colour goes to the host with the ByLayer index beside it: choosing a palette
 // approximation is the host's business, and the drawing readers report true colours the
 // same way, so what is applied reads back equal.
-host::Color hostColor(const ColorSpec& spec) {
-  if (spec.size() == 1) return host::Color{.index = spec[0]};
-  uint32_t rgb = static_cast<uint32_t>(spec[0] & 0xFF) << 16 |
-                 static_cast<uint32_t>(spec[1] & 0xFF) << 8 | static_cast<uint32_t>(spec[2] & 0xFF);
-  return host::Color{.index = 256, .rgb = rgb};
+host::Color hostColor(const ColorSpec& color) {
+  if (color.size() == 1) return host::Color{.index = color[0]};
+  return host::Color{.index = 256, .rgb = packedRgb(color)};
 }
 
 // Sets properties one after the other, keeping the first failure so that one missing name
@@ -61,8 +59,8 @@ class Applier {
     if (!s.isOk() && status_.isOk()) status_ = s.withContext(std::string("applying ") + key);
   }
 
-  void color(const char* key, P property, const std::vector<ColorSpec>& specs) {
-    if (const ColorSpec* spec = defaultColor(specs)) set(key, property, hostColor(*spec));
+  void color(const char* key, P property, const std::vector<ColorSpec>& colors) {
+    if (const ColorSpec* first = defaultColor(colors)) set(key, property, hostColor(*first));
   }
 
   void text(const char* key, P property, const PropertyConstraint<std::wstring>& c) {

@@ -19,7 +19,7 @@ enum class ApplyMode : int {
 };
 
 // Sets every property the class prescribes (set, and its default not the any-marker) to
-// the class's default. General: colour (first colour spec that is not "any"), layer,
+// the class's default. General: colour (the first colour listed that is not "any"), layer,
 // linetype, linetype scale, lineweight. By type, where the entity has it: closed
 // (polylines, 3-D polylines, splines, multilines), constant width and elevation
 // (polylines), block name and scale (block references), dimension style, multiline
