@@ -276,8 +276,7 @@ EntityConformity::EntityConformity(host::Database& database, host::ObjectId enti
 EntityConformity::~EntityConformity() = default;
 
 bool EntityConformity::matches(const DrawingProperties& properties) const {
-  const auto& types = properties.object_types;
-  if (type_.empty() || std::find(types.begin(), types.end(), type_) == types.end()) return false;
+  if (!listsType(properties, type_)) return false;
   const Matcher& m = *matcher_;
   return m.acceptsColor(properties.color, P::kColor) &&
          m.acceptsText(properties.layer, P::kLayer) &&

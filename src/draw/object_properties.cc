@@ -1,5 +1,6 @@
 #include "draw/object_properties.h"
 
+#include <algorithm>
 #include <optional>
 #include <span>
 #include <utility>
@@ -338,6 +339,11 @@ std::wstring formatColorSpec(const ColorSpec& color) {
 uint32_t packedRgb(const ColorSpec& color) {
   return static_cast<uint32_t>(color[0] & 0xFF) << 16 |
          static_cast<uint32_t>(color[1] & 0xFF) << 8 | static_cast<uint32_t>(color[2] & 0xFF);
+}
+
+bool listsType(const DrawingProperties& properties, std::wstring_view type) {
+  const auto& types = properties.object_types;
+  return !type.empty() && std::find(types.begin(), types.end(), type) != types.end();
 }
 
 }  // namespace draw

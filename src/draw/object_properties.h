@@ -101,6 +101,9 @@ struct DrawingProperties {
   bool operator==(const DrawingProperties&) const = default;
 };
 
+// Whether the class's type list names `type` (a canonical type name; empty names nothing).
+bool listsType(const DrawingProperties& properties, std::wstring_view type);
+
 // Applies one `obj_prop` line: `key` (any case) set to `value`, with `alternatives` the
 // optional fourth column. An empty `alternatives` gives one value; a list "a,b,c" adds
 // accepted values; "lower:upper" a range. Each value is trimmed, "*" means any (an

@@ -19,13 +19,6 @@ const TableDefinition* findTableOf(const ObjectClass& cls, std::wstring_view nam
   return nullptr;
 }
 
-Value zeroOf(ValueType type) {
-  Value value;
-  value.type = type;
-  if (type == ValueType::kCharacter) value.text = L"";
-  return value;
-}
-
 }  // namespace
 
 std::wstring textOrEmpty(const Value& value) {
@@ -156,9 +149,7 @@ const Classifier::NewRecord& Classifier::newRecordOf(const TableDefinition& tabl
   if (ensureStoredTable(database_, tables_.id(), table.name, fields) != 1)
     made.stored = tables_.find(table.name);
   if (made.stored) {
-    TableRecord record{made.stored->name, {}};
-    for (const StoredField& field : made.stored->fields)
-      record.fields.push_back({field.name, std::nullopt, zeroOf(field.type)});
+    TableRecord record = blankRecord(*made.stored);
     for (const FieldDefinition& field : table.fields) {
       int index = findField(record.fields, field.name);
       if (index < 0) continue;

@@ -120,13 +120,6 @@ host::ResBuf appendedValue(const FieldValue& field) {
   }
 }
 
-Value zeroValue(ValueType type) {
-  Value value;
-  value.type = type;
-  if (type == ValueType::kCharacter) value.text = std::wstring();
-  return value;
-}
-
 }  // namespace
 
 const StoredTable* TableDirectory::find(std::wstring_view name) {
@@ -276,14 +269,21 @@ int deleteRecord(TableDirectory& tables, RecordCursor& cursor) {
   return kStatusOk;
 }
 
+TableRecord blankRecord(const StoredTable& table) {
+  TableRecord record{table.name, {}};
+  record.fields.reserve(table.fields.size());
+  for (const StoredField& field : table.fields) {
+    Value zero;
+    zero.type = field.type;
+    if (field.type == ValueType::kCharacter) zero.text.emplace();
+    record.fields.push_back({field.name, std::nullopt, std::move(zero)});
+  }
+  return record;
+}
+
 int appendRecord(TableDirectory& tables, const StoredTable& table, TableRecord& record,
                  host::ObjectId entity) {
-  if (record.fields.empty()) {
-    record.table_name = table.name;
-    for (const StoredField& field : table.fields) {
-      record.fields.push_back({field.name, std::nullopt, zeroValue(field.type)});
-    }
-  }
+  if (record.fields.empty()) record = blankRecord(table);
   if (!tables.database().isValid(entity)) return kStatusEntityNotOpened;
   // Converted before anything is made, so that a failed conversion leaves the drawing as it was.
   return appendValues(tables, table, appendedValues(record), entity);

@@ -112,6 +112,10 @@ int updateRecord(TableDirectory& tables, RecordCursor& cursor, const TableRecord
 // nothing, when the container cannot be read or written.
 int deleteRecord(TableDirectory& tables, RecordCursor& cursor);
 
+// A record of `table` whose every field holds the zero of its type (an empty text for
+// Character): what a record is before its values are given.
+TableRecord blankRecord(const StoredTable& table);
+
 // Appends `record` to `entity`'s container of table `table` (both made when missing). An
 // empty record is first given the stored table's name and fields. Each value is written by
 // its field's type; a Real goes through the integer conversion on this path and so loses its

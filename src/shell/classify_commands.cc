@@ -14,12 +14,6 @@ namespace {
 
 using catalogue::ObjectClass;
 
-// Whether the entity's type is one of the class's types.
-bool classFitsEntity(const ObjectClass& cls, std::wstring_view type) {
-  const auto& types = cls.objectTypes();
-  return !type.empty() && std::find(types.begin(), types.end(), type) != types.end();
-}
-
 // Shows the options dialog; false on Cancel.
 bool askClassifyOptions(CommandContext& context, ClassifyOptions& options) {
   std::vector<host::CheckBox> boxes = {
@@ -102,7 +96,7 @@ void classifyCommand(CommandContext& context) {
   std::vector<host::ObjectId> classified;
   try {
     for (host::ObjectId id : *candidates) {
-      if (!classFitsEntity(*cls, draw::objectTypeName(database, id))) continue;
+      if (!draw::listsType(cls->properties, draw::objectTypeName(database, id))) continue;
       ++processed;
       for (const std::wstring& old : replaced) classifier.removeClass(old, id);
       std::wstring old_block = blockNameOf(database, id);
@@ -170,7 +164,8 @@ void classifyAutoCommand(CommandContext& context) {
         const ObjectClass* best = nullptr;
         int64_t best_order = INT_MIN;
         for (const auto& [key, cls] : run.catalogue().objects) {
-          if (!allowed(cls) || cls.draw_order <= best_order || !classFitsEntity(cls, entity.type()))
+          if (!allowed(cls) || cls.draw_order <= best_order ||
+              !draw::listsType(cls.properties, entity.type()))
             continue;
           if (!entity.matches(cls.properties)) continue;
           best = &cls;
