@@ -6,7 +6,37 @@ namespace {
 
 constexpr char32_t kReplacement = 0xFFFD;
 
+size_t utf16Units(wchar_t c) {
+  if constexpr (sizeof(wchar_t) == 2) {
+    return 1;
+  } else {
+    return static_cast<char32_t>(c) > 0xFFFF ? 2 : 1;
+  }
+}
+
 }  // namespace
+
+size_t utf16Length(std::wstring_view text) {
+  size_t units = 0;
+  for (wchar_t c : text) units += utf16Units(c);
+  return units;
+}
+
+size_t utf16Prefix(std::wstring_view text, size_t max_units) {
+  size_t units = 0;
+  size_t end = 0;
+  while (end < text.size() && units + utf16Units(text[end]) <= max_units) {
+    units += utf16Units(text[end++]);
+  }
+  if constexpr (sizeof(wchar_t) == 2) {
+    // The limit fell between the halves of a pair: the pair goes whole to what follows.
+    if (end > 0 && end < text.size() && text[end - 1] >= 0xD800 && text[end - 1] <= 0xDBFF &&
+        text[end] >= 0xDC00 && text[end] <= 0xDFFF) {
+      --end;
+    }
+  }
+  return end;
+}
 
 void appendWide(char32_t cp, std::wstring& out) {
   if constexpr (sizeof(wchar_t) == 2) {

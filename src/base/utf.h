@@ -19,6 +19,15 @@ void appendUtf8(char32_t cp, std::string& out);
 // Appends `cp` to wide text (as a surrogate pair where wchar_t is 16 bits).
 void appendWide(char32_t cp, std::wstring& out);
 
+// Lengths in UTF-16 code units, the unit in which the class file and the command line limit
+// text on every platform: a character beyond the Basic Multilingual Plane counts two, whether
+// wchar_t holds it whole or as a surrogate pair.
+size_t utf16Length(std::wstring_view text);
+// The number of wide characters at the start of `text` that take at most `max_units` UTF-16
+// code units. A character is never split: a surrogate pair that would cross the limit is left
+// out whole.
+size_t utf16Prefix(std::wstring_view text, size_t max_units);
+
 }  // namespace base
 
 namespace base {

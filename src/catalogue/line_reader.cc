@@ -21,9 +21,10 @@ bool LineReader::next(std::wstring_view& line) {
   if (pos_ >= text_.size()) return false;
   size_t end = text_.find(L'\n', pos_);
   end = end == std::wstring_view::npos ? text_.size() : end + 1;
-  end = std::min(end, pos_ + (kLineBufferSize - 1));
   line = text_.substr(pos_, end - pos_);
-  pos_ = end;
+  // The buffer holds UTF-16 units whatever wchar_t is here.
+  line = line.substr(0, base::utf16Prefix(line, kLineBufferSize - 1));
+  pos_ += line.size();
   return true;
 }
 

@@ -1,4 +1,4 @@
-// The lexical layer of the class file: lines as a 10240-character line buffer reads them,
+// The lexical layer of the class file: lines as a 10240-unit line buffer reads them,
 // comments, TAB-separated tokens and the backslash escape.
 #pragma once
 
@@ -9,7 +9,7 @@
 
 namespace catalogue {
 
-// Characters of the line buffer, the terminating zero included.
+// UTF-16 code units of the line buffer, the terminating zero included.
 inline constexpr size_t kLineBufferSize = 10240;
 
 // Decodes a UTF-8 class file as a text-mode read would: a leading byte-order mark is
@@ -17,8 +17,9 @@ inline constexpr size_t kLineBufferSize = 10240;
 std::wstring decodeClassFile(std::string_view utf8);
 
 // Hands out the lines of a decoded file as a read into the line buffer gets them: up to and
-// including the next LF, but at most kLineBufferSize - 1 characters, so a longer line comes
-// in pieces, each read (and counted) as a line of its own.
+// including the next LF, but at most kLineBufferSize - 1 UTF-16 units, so a longer line comes
+// in pieces, each read (and counted) as a line of its own. A piece never ends inside a
+// surrogate pair: the character goes whole to the next piece.
 class LineReader {
  public:
   explicit LineReader(std::wstring_view text) : text_(text) {}

@@ -20,6 +20,7 @@ namespace {
 using PM = ParseMessage;
 using Tokens = std::vector<std::wstring>;
 
+// Name limits count UTF-16 code units.
 constexpr size_t kMaxObjectName = 132;
 
 std::wstring trimName(std::wstring_view text) {
@@ -154,7 +155,7 @@ class Parser {
     if (object_ && !closeObject()) return false;
     object_.reset();
     table_.reset();
-    if ((t.size() != 4 && t.size() != 5) || t[1].size() > kMaxObjectName) {
+    if ((t.size() != 4 && t.size() != 5) || base::utf16Length(t[1]) > kMaxObjectName) {
       return fail(PM::kInvalidObjName);
     }
     ObjectClass object;
@@ -190,7 +191,7 @@ class Parser {
   // --- Tables.
 
   static bool isValidName(const std::wstring& name, size_t max) {
-    return name.size() <= max && !hasInvalidNameCharacter(name);
+    return base::utf16Length(name) <= max && !hasInvalidNameCharacter(name);
   }
 
   bool onVelName(const Tokens& t) {

@@ -34,6 +34,7 @@ SettingKind settingKindOf(const host::SysVar& current) {
     SettingKind operator()(double) const { return SettingKind::kReal; }
     SettingKind operator()(const std::wstring&) const { return SettingKind::kText; }
     SettingKind operator()(const host::Point3&) const { return SettingKind::kPoint3; }
+    SettingKind operator()(const host::Point2&) const { return SettingKind::kPoint2; }
   };
   return std::visit(Visitor{}, current.value);
 }
@@ -57,11 +58,14 @@ std::optional<SysVarSetting> makeSetting(std::wstring_view name, SettingKind kin
     case SettingKind::kPoint2:
     case SettingKind::kPoint3: {
       std::vector<std::wstring_view> parts = pointParts(value);
-      size_t wanted = kind == SettingKind::kPoint2 ? 2 : 3;
-      if (parts.size() != wanted) return std::nullopt;
-      host::Point3 p{base::wtof(parts[0]), base::wtof(parts[1]),
-                     wanted == 3 ? base::wtof(parts[2]) : 0.0};
-      setting.value = p;
+      bool flat = kind == SettingKind::kPoint2;
+      if (parts.size() != (flat ? 2u : 3u)) return std::nullopt;
+      double x = base::wtof(parts[0]), y = base::wtof(parts[1]);
+      if (flat) {
+        setting.value = host::Point2{x, y};
+      } else {
+        setting.value = host::Point3{x, y, base::wtof(parts[2])};
+      }
       break;
     }
     case SettingKind::kUnknown:
@@ -77,6 +81,7 @@ std::optional<host::SysVar> toSysVar(const SysVarSetting& setting) {
     std::optional<host::SysVar> operator()(int16_t v) const { return host::SysVar{v}; }
     std::optional<host::SysVar> operator()(double v) const { return host::SysVar{v}; }
     std::optional<host::SysVar> operator()(const host::Point3& v) const { return host::SysVar{v}; }
+    std::optional<host::SysVar> operator()(const host::Point2& v) const { return host::SysVar{v}; }
     std::optional<host::SysVar> operator()(const std::wstring& v) const { return host::SysVar{v}; }
   };
   return std::visit(Visitor{}, setting.value);

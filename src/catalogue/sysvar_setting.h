@@ -26,14 +26,15 @@ enum class SettingKind : uint32_t {
 struct SysVarSetting {
   std::wstring name;
   SettingKind kind = SettingKind::kUnknown;
-  // Empty for kUnknown; a Point3 with z = 0 for kPoint2.
-  std::variant<std::monostate, int32_t, int16_t, double, host::Point3, std::wstring> value;
+  // Empty for kUnknown; the alternative follows the kind (kPoint2 a Point2, kPoint3 a Point3).
+  std::variant<std::monostate, int32_t, int16_t, double, host::Point3, std::wstring, host::Point2>
+      value;
 
   bool operator==(const SysVarSetting&) const = default;
 };
 
-// The kind of a variable whose current value is `current`. The host reports two-dimensional
-// points as three-dimensional ones, so kPoint2 comes only from makeSetting's callers.
+// The kind of a variable whose current value is `current`: the host reports each variable
+// with its own result type, so a Point2 gives kPoint2 and a Point3 kPoint3.
 SettingKind settingKindOf(const host::SysVar& current);
 
 // The setting of variable `name` of kind `kind` to the text `value`: integers and reals read
@@ -43,7 +44,8 @@ SettingKind settingKindOf(const host::SysVar& current);
 std::optional<SysVarSetting> makeSetting(std::wstring_view name, SettingKind kind,
                                          std::wstring_view value);
 
-// The value to give the host for `setting`; nothing for kUnknown.
+// The value to give the host for `setting`, of the type the host reported for it (a Point2
+// for kPoint2); nothing for kUnknown.
 std::optional<host::SysVar> toSysVar(const SysVarSetting& setting);
 
 }  // namespace catalogue

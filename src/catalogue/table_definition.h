@@ -28,7 +28,7 @@ inline constexpr uint32_t kFieldRequired = 4;
 // The value of every key field: replaced by the class name when a record is made.
 inline constexpr std::wstring_view kKeyFieldTemplate = L"$(obj_name)";
 
-// Longest names the class file accepts.
+// Longest names the class file accepts, in UTF-16 code units.
 inline constexpr size_t kMaxFieldName = 31;
 inline constexpr size_t kMaxTableName = 25;
 

@@ -129,7 +129,9 @@ class Matcher {
     return std::any_of(accepted.begin(), accepted.end(), [&](const ColorSpec& one) {
       if (one.empty()) return true;
       if (!color) return false;
-      if (one.size() == 1) return !color->rgb && color->index == one[0];
+      // An entity with a true colour keeps the palette index nearest to it, and that index
+      // is what a class's colour index compares with.
+      if (one.size() == 1) return color->index == one[0];
       if (one.size() == 3) return color->rgb == packedRgb(one);
       return false;
     });

@@ -33,7 +33,7 @@ host::StringInput Console::readAnswer(bool allow_spaces, size_t max_length) {
     text.push_back(static_cast<wchar_t>(c));
   }
   if (echo_) prompt(text + L"\n");
-  if (text.size() > max_length) {
+  if (base::utf16Length(text) > max_length) {
     error(L"The answer is longer than " + std::to_wstring(max_length) + L" characters.\n");
     result.status = host::InputStatus::kError;
     return result;

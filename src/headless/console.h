@@ -27,7 +27,7 @@ class Console {
 
   // Reads one answer: it ends at a newline, or also at a blank unless `allow_spaces`.
   // kCancel at an Escape character or the end of the input; kError when the answer is
-  // longer than `max_length` characters (the whole answer is consumed either way).
+  // longer than `max_length` UTF-16 code units (the whole answer is consumed either way).
   host::StringInput readAnswer(bool allow_spaces, size_t max_length);
 
   InputStream& input() { return input_; }

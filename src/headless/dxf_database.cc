@@ -1,6 +1,7 @@
 #include "headless/dxf_database.h"
 
 #include <algorithm>
+#include <cctype>
 #include <charconv>
 
 #include "base/utf.h"
@@ -16,6 +17,7 @@
 #include "dxf/symbol_tables.h"
 #include "dxf/xrecord.h"
 #include "headless/entity_class.h"
+#include "headless/session_variables.h"
 
 namespace headless {
 
@@ -23,9 +25,7 @@ using base::Result;
 using base::Status;
 using host::ObjectId;
 
-DxfDatabase::DxfDatabase(dxf::Document& drawing) : drawing_(drawing) {
-  session_vars_["CMDECHO"] = host::SysVar{int16_t{1}};
-}
+DxfDatabase::DxfDatabase(dxf::Document& drawing) : drawing_(drawing) {}
 
 dxf::RecordId DxfDatabase::toRecord(ObjectId id) const {
   if (id.isNull() || id.value > drawing_.recordCount()) return dxf::kNoRecord;
@@ -365,22 +365,41 @@ Result<host::LayerState> DxfDatabase::layerState(std::wstring_view layer) {
   return out;
 }
 
-Result<host::SysVar> DxfDatabase::getVar(std::string_view name) {
+namespace {
+
+std::string upperName(std::string_view name) {
   std::string upper(name);
-  std::transform(upper.begin(), upper.end(), upper.begin(), ::toupper);
-  if (auto it = session_vars_.find(upper); it != session_vars_.end()) return it->second;
+  std::transform(upper.begin(), upper.end(), upper.begin(),
+                 [](unsigned char c) { return static_cast<char>(std::toupper(c)); });
+  return upper;
+}
+
+// A header point is two-dimensional when the drawing stores no z for it ($LIMMIN: 10 and 20).
+bool isFlatPoint(const std::vector<dxf::Tag>& tags) {
+  return tags.size() == 2 && tags[1].code == tags[0].code + 10;
+}
+
+}  // namespace
+
+Result<host::SysVar> DxfDatabase::getVar(std::string_view name) {
+  std::string upper = upperName(name);
   std::vector<dxf::Tag> tags = drawing_.headerVariable("$" + upper);
-  if (tags.empty()) return Status::notFound("unknown variable " + upper);
+  if (tags.empty()) {
+    if (auto it = session_vars_.find(upper); it != session_vars_.end()) return it->second;
+    if (const SessionVariable* variable = findSessionVariable(upper)) return variable->initial();
+    return Status::notFound("unknown variable " + upper);
+  }
   const dxf::Tag& first = tags.front();
   std::string_view text = drawing_.text(first);
   switch (dxf::valueKind(first.code)) {
     case dxf::ValueKind::kDouble: {
       if (first.code >= 10 && first.code <= 18 && tags.size() >= 2) {
-        host::Point3 p;
-        dxf::parseDouble(text, p.x);
-        dxf::parseDouble(drawing_.text(tags[1]), p.y);
-        if (tags.size() >= 3) dxf::parseDouble(drawing_.text(tags[2]), p.z);
-        return host::SysVar{p};
+        double x = 0, y = 0, z = 0;
+        dxf::parseDouble(text, x);
+        dxf::parseDouble(drawing_.text(tags[1]), y);
+        if (isFlatPoint(tags)) return host::SysVar{host::Point2{x, y}};
+        if (tags.size() >= 3) dxf::parseDouble(drawing_.text(tags[2]), z);
+        return host::SysVar{host::Point3{x, y, z}};
       }
       double v = 0;
       dxf::parseDouble(text, v);
@@ -404,18 +423,17 @@ Result<host::SysVar> DxfDatabase::getVar(std::string_view name) {
 }
 
 Status DxfDatabase::setVar(std::string_view name, const host::SysVar& value) {
-  std::string upper(name);
-  std::transform(upper.begin(), upper.end(), upper.begin(), ::toupper);
+  std::string upper = upperName(name);
   auto current = getVar(upper);
   if (!current) return current.status();
   if (current->value.index() != value.value.index()) {
     return Status::invalid("variable " + upper + " has another type");
   }
-  if (auto it = session_vars_.find(upper); it != session_vars_.end()) {
-    it->second = value;
+  std::vector<dxf::Tag> tags = drawing_.headerVariable("$" + upper);
+  if (tags.empty()) {
+    session_vars_[upper] = value;
     return Status::ok();
   }
-  std::vector<dxf::Tag> tags = drawing_.headerVariable("$" + upper);
   int code = tags.front().code;
   std::vector<dxf::Tag> out;
   std::visit(
@@ -424,7 +442,10 @@ Status DxfDatabase::setVar(std::string_view name, const host::SysVar& value) {
         if constexpr (std::is_same_v<T, host::Point3>) {
           out.push_back(drawing_.makeTag(code, v.x));
           out.push_back(drawing_.makeTag(code + 10, v.y));
-          if (tags.size() >= 3) out.push_back(drawing_.makeTag(code + 20, v.z));
+          out.push_back(drawing_.makeTag(code + 20, v.z));
+        } else if constexpr (std::is_same_v<T, host::Point2>) {
+          out.push_back(drawing_.makeTag(code, v.x));
+          out.push_back(drawing_.makeTag(code + 10, v.y));
         } else if constexpr (std::is_same_v<T, std::wstring>) {
           out.push_back(drawing_.makeTag(code, drawing_.codec().encode(v)));
         } else if constexpr (std::is_same_v<T, double>) {

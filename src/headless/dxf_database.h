@@ -55,6 +55,9 @@ class DxfDatabase : public host::Database {
   bool hasSymbol(host::SymbolTable table, std::wstring_view name) override;
   base::Result<host::LayerState> layerState(std::wstring_view layer) override;
   bool hasAttributeDefinitions(std::wstring_view block) override;
+  // A variable the drawing's header holds is read from and written to the header (a point
+  // stored without z is a Point2); one of session_variables.h the header lacks is kept in
+  // this object, for as long as it lives; any other name is kNotFound.
   base::Result<host::SysVar> getVar(std::string_view name) override;
   base::Status setVar(std::string_view name, const host::SysVar& value) override;
   void addReactor(host::DatabaseReactor* reactor) override;
@@ -75,7 +78,8 @@ class DxfDatabase : public host::Database {
 
   dxf::Document& drawing_;
   std::vector<host::DatabaseReactor*> reactors_;
-  // Variables a CAD session has that a DXF header does not keep (CMDECHO...).
+  // Session variables (session_variables.h) set since the drawing was opened; the others
+  // keep their initial values.
   std::map<std::string, host::SysVar, std::less<>> session_vars_;
   // Hatch patterns read from .pat files by importResources.
   std::vector<dxf::PatternDefinition> patterns_;

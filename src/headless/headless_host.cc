@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <cstdlib>
 #include <cwctype>
+#include <filesystem>
 
 #include "base/utf.h"
 #include "dxf/attributes.h"
@@ -27,6 +28,14 @@ std::wstring_view withoutPrefixes(std::wstring_view name) {
   return name;
 }
 
+// A CAD program names a document by its full path, however it was opened.
+std::wstring fullPath(const std::wstring& path) {
+  if (path.empty()) return path;
+  std::error_code error;
+  std::filesystem::path full = std::filesystem::absolute(std::filesystem::path(path), error);
+  return error ? path : full.lexically_normal().wstring();
+}
+
 }  // namespace
 
 HeadlessHost::HeadlessHost(dxf::Document& drawing, std::wstring file_name, InputStream& input,
@@ -35,7 +44,7 @@ HeadlessHost::HeadlessHost(dxf::Document& drawing, std::wstring file_name, Input
       database_(drawing),
       editor_(console_, database_),
       dialogs_(console_),
-      file_name_(std::move(file_name)) {
+      file_name_(fullPath(file_name)) {
   registerHostCommands();
 }
 

@@ -19,7 +19,7 @@ namespace headless {
 
 class HeadlessHost : public host::Host, public host::Document, public host::CommandStack {
  public:
-  // Works on `drawing` (named `file_name`) with commands read from `input`; everything
+  // Works on `drawing` (read from `file_name`, reported as its full path) with commands read from `input`; everything
   // must outlive the host. See Console for `echo` and `quiet`.
   HeadlessHost(dxf::Document& drawing, std::wstring file_name, InputStream& input,
                std::ostream& out, std::ostream& err, bool echo, bool quiet = false);

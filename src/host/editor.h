@@ -35,7 +35,8 @@ struct SelectionInput {
 
 class Editor {
  public:
-  // The longest answer getString accepts; a longer one is an error result.
+  // The longest answer getString accepts, in UTF-16 code units; a longer one is an error
+  // result.
   static constexpr size_t kMaxInput = 132;
 
   Editor() = default;
@@ -45,7 +46,7 @@ class Editor {
 
   // Shows `prompt` and reads an answer. With `allow_spaces` the answer is the rest of the
   // line; otherwise a blank ends it. kCancel on Escape or end of input; kError when the
-  // answer is longer than kMaxInput characters.
+  // answer is longer than kMaxInput UTF-16 code units.
   virtual StringInput getString(bool allow_spaces, std::wstring_view prompt) = 0;
   virtual PointInput getPoint(std::wstring_view prompt) = 0;
   // Prints text as it stands (callers end lines with "\n").

@@ -23,6 +23,12 @@ struct Point3 {
   bool operator==(const Point3&) const = default;
 };
 
+// A point in the plane, as two-dimensional system variables (LIMMIN, SNAPBASE...) hold it.
+struct Point2 {
+  double x = 0, y = 0;
+  bool operator==(const Point2&) const = default;
+};
+
 // A colour as the host keeps it: an index (0 ByBlock, 256 ByLayer, 1..255 the palette,
 // -1 none where a property allows it) or a true colour.
 struct Color {
@@ -54,10 +60,11 @@ struct ResBuf {
 };
 using ResBufChain = std::vector<ResBuf>;
 
-// A system variable's value; the alternative held is the variable's result type
-// (short, long, real, text, point).
+// A system variable's value; the alternative held is the variable's result type (short,
+// long, real, text, three-dimensional point, two-dimensional point). A host reports each
+// variable with its own type: a two-dimensional point is never given as a Point3.
 struct SysVar {
-  std::variant<int16_t, int32_t, double, std::wstring, Point3> value;
+  std::variant<int16_t, int32_t, double, std::wstring, Point3, Point2> value;
   bool operator==(const SysVar&) const = default;
 };
 

@@ -27,7 +27,10 @@ void pruneCandidates(host::Database& database, std::vector<host::ObjectId>& cand
     auto [it, inserted] = usable_layers.try_emplace(*layer, false);
     if (inserted) {
       auto state = database.layerState(*layer);
-      it->second = state && !state->frozen && !state->off && !state->locked && !state->hidden;
+      // CAD programs create a layer the table lacks when they load the drawing, with every
+      // switch at its default: its entities are as usable as any.
+      if (!state) it->second = state.status().code() == base::Code::kNotFound;
+      else it->second = !state->frozen && !state->off && !state->locked && !state->hidden;
     }
     return it->second;
   };

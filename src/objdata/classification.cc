@@ -154,8 +154,6 @@ const Classifier::NewRecord& Classifier::newRecordOf(const TableDefinition& tabl
       int index = findField(record.fields, field.name);
       if (index < 0) continue;
       std::wstring text = expand(field.value, cls);
-      // A field without a default keeps its zero: an empty text is no point.
-      if (text.empty() && field.kind == catalogue::ValueKind::kFree) continue;
       try {
         assign(record.fields[index].value, makeValue(static_cast<ValueType>(field.type), text));
       } catch (int code) {
@@ -173,8 +171,9 @@ bool Classifier::classifyWithTable(const TableDefinition& table, const ObjectCla
   return made.stored && appendValues(tables_, *made.stored, made.values, entity) == kStatusOk;
 }
 
-bool Classifier::applyClass(const ObjectClass& cls, host::ObjectId entity, bool properties,
-                            bool records, draw::ApplyMode mode) {
+Classifier::Applied Classifier::applyClass(const ObjectClass& cls, host::ObjectId entity,
+                                           bool properties, bool records, draw::ApplyMode mode) {
+  if (!loadDependencies(cls)) return Applied::kResourcesMissing;
   bool ok = true;
   if (properties) ok = draw::applyDrawingProperties(database_, entity, cls.properties, mode).isOk();
   if (records) {
@@ -182,7 +181,7 @@ bool Classifier::applyClass(const ObjectClass& cls, host::ObjectId entity, bool 
       if (!classifyWithTable(table, cls, entity)) ok = false;
     }
   }
-  return ok;
+  return ok ? Applied::kYes : Applied::kFailed;
 }
 
 bool Classifier::loadDependencies(const ObjectClass& cls) {

@@ -62,10 +62,12 @@ class Classifier {
   bool classifyWithTable(const catalogue::TableDefinition& table, const catalogue::ObjectClass& cls,
                          host::ObjectId entity);
 
+  enum class Applied { kYes, kFailed, kResourcesMissing };
   // Gives `entity` the class: its drawing properties (when `properties`, in `mode`) and one
-  // record per table (when `records`). False when a property could not be applied or a
+  // record per table (when `records`). Nothing is done when the resources the class names
+  // cannot be loaded into the drawing; kFailed when a property could not be applied or a
   // table could not be stored.
-  bool applyClass(const catalogue::ObjectClass& cls, host::ObjectId entity, bool properties,
+  Applied applyClass(const catalogue::ObjectClass& cls, host::ObjectId entity, bool properties,
                   bool records, draw::ApplyMode mode);
 
   // loadClassDependencies, once per class and run.

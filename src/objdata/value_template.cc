@@ -61,25 +61,30 @@ bool replaceAll(std::wstring& text, std::wstring_view name, const std::wstring& 
   return true;
 }
 
-std::tm localNow() {
-  // Converting to local time reads the time zone file each call; within one second the
-  // answer is the same, and a command filling many records asks many times a second.
-  // Commands run on one thread, so the cache and localtime's shared result are safe here.
-  static std::time_t cached_at = -1;
-  static std::tm cached{};
-  std::time_t now = std::time(nullptr);
-  if (now != cached_at) {
-    cached = *std::localtime(&now);
-    cached_at = now;
+// Local time now, cached for the second it stands for: converting to local time reads the
+// time zone each call, and a command filling many records asks many times a second. Each
+// command run has its own clock, so runs on other threads share nothing.
+class LocalClock {
+ public:
+  std::tm operator()() {
+    std::time_t now = std::time(nullptr);
+    if (now != cached_at_) {
+      localtime_r(&now, &cached_);
+      cached_at_ = now;
+    }
+    return cached_;
   }
-  return cached;
-}
+
+ private:
+  std::time_t cached_at_ = -1;
+  std::tm cached_{};
+};
 
 }  // namespace
 
 TemplateEnvironment templateEnvironment(host::Host& host) {
   return {host.document().fileName(), orUnknown(host.computerName()), orUnknown(host.userName()),
-          localNow};
+          LocalClock()};
 }
 
 std::wstring expandTemplates(std::wstring text, std::wstring_view class_name,

@@ -1,5 +1,10 @@
 #include "shell/application.h"
 
+#include <exception>
+#include <new>
+#include <string>
+
+#include "base/utf.h"
 #include "shell/command_table.h"
 #include "shell/load_commands.h"
 
@@ -23,6 +28,21 @@ class ResourceScope {
 constexpr int kCommandFlags =
     host::kCommandUsePickSet | host::kCommandRedraw | host::kCommandNoPaperSpace;
 
+// What the exception being handled says, for the user.
+std::wstring describeCurrentException() {
+  try {
+    throw;
+  } catch (const std::bad_alloc&) {
+    return L"out of memory";
+  } catch (const std::exception& e) {
+    return base::fromUtf8(e.what());
+  } catch (int code) {
+    return L"a value could not be converted (code " + std::to_wstring(code) + L")";
+  } catch (...) {
+    return L"an unexpected fault";
+  }
+}
+
 }  // namespace
 
 base::Status Application::initialize() {
@@ -41,15 +61,22 @@ void Application::run(const CommandSpec& command) {
     context.print(StringId::kErrorNoFileLoaded);
     return;
   }
-  command.handler(context);
+  // A fault ends this command only: the drawing and the session stay usable.
+  try {
+    command.handler(context);
+  } catch (...) {
+    context.print(StringId::kErrorCommandFailed, {command.name, describeCurrentException()});
+  }
 }
 
 void Application::unload() {
   {
-    // The lists of the palettes that exist are written for the file they belong to.
+    // The lists of the palettes that exist are written for the file they belong to,
+    // favorites first.
     ResourceScope resources(host_);
     CommandContext context(host_, state_, strings_, L"");
-    saveClassLists(context);
+    saveFavoritesList(context);
+    saveRecentList(context);
   }
   state_.catalogue.reset();
   host_.commands().removeGroup(kCommandGroup);

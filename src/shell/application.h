@@ -19,8 +19,8 @@ class Application {
 
   // Registers the commands of the command table, in table order, in the group "TAXOR".
   base::Status initialize();
-  // The unload sequence: the recent and favorites lists that exist are written, the
-  // catalogue is released, then the command group removed.
+  // The unload sequence: the favorites and then the recent list are written where they
+  // exist, the catalogue is released, then the command group removed.
   void unload();
 
   ProcessState& state() { return state_; }

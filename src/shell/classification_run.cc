@@ -13,13 +13,25 @@ ClassificationRun::ClassificationRun(CommandContext& context)
       environment_(objdata::templateEnvironment(context.host())),
       classifier_(context.database(), *catalogue_, tables_, environment_) {}
 
-bool ClassificationRun::prepareWrites() {
+bool ClassificationRun::makeTableDictionary() {
   if (tables_.id().isNull()) tables_.setId(objdata::getTableDictionary(context_.host().document()));
-  if (tables_.id().isNull()) {
+  return !tables_.id().isNull();
+}
+
+bool ClassificationRun::prepareWrites() {
+  if (!makeTableDictionary()) {
     context_.print(StringId::kErrorNoObjectData);
     return false;
   }
   return true;
+}
+
+bool ClassificationRun::applyClass(const catalogue::ObjectClass& cls, host::ObjectId entity,
+                                   bool properties, bool records, draw::ApplyMode mode) {
+  auto applied = classifier_.applyClass(cls, entity, properties, records, mode);
+  if (applied == objdata::Classifier::Applied::kResourcesMissing)
+    context_.print(StringId::kErrorUnableToLoadClassDependencies, {cls.display_name});
+  return applied == objdata::Classifier::Applied::kYes;
 }
 
 const catalogue::ObjectClass* classToApply(CommandContext& context, ClassificationRun& run,

@@ -20,10 +20,18 @@ class ClassificationRun {
   // unchanged until prepareWrites.
   explicit ClassificationRun(CommandContext& context);
 
-  // Makes the drawing's table dictionary when missing: called once the command is sure to
-  // attach records, so that a command that stops early leaves the drawing as it was. False,
-  // after saying so, when the drawing cannot keep records.
+  // Makes the drawing's table dictionary when missing. False when the drawing cannot keep
+  // one (DXF R12).
+  bool makeTableDictionary();
+  // makeTableDictionary, called once the command is sure to attach records, so that a
+  // command that stops early leaves the drawing as it was. False, after saying so, when the
+  // drawing cannot keep records.
   bool prepareWrites();
+
+  // Gives `entity` the class as the classifier does; when the class's resources cannot be
+  // loaded, says so for each entity so that none goes unnoticed.
+  bool applyClass(const catalogue::ObjectClass& cls, host::ObjectId entity, bool properties,
+                  bool records, draw::ApplyMode mode);
 
   objdata::Classifier& classifier() { return classifier_; }
   const catalogue::Catalogue& catalogue() const { return *catalogue_; }

@@ -84,6 +84,14 @@ void classifyCommand(CommandContext& context) {
     return;
   }
 
+  // The table dictionary is made by every run that gets this far; a drawing that cannot
+  // keep one can still take the class's properties.
+  if (!options.attach_records) {
+    run.makeTableDictionary();
+  } else if (!run.prepareWrites()) {
+    return;
+  }
+
   std::vector<std::wstring> replaced;
   if (options.replace_classes) {
     auto chosen = classesToReplace(context, classifier, *candidates);
@@ -102,8 +110,7 @@ void classifyCommand(CommandContext& context) {
       std::wstring old_block = blockNameOf(database, id);
       bool attach =
           options.attach_records && !classifier.isClassifiedAs(classifier.records(id), *cls);
-      if (attach && !run.prepareWrites()) return;
-      if (classifier.applyClass(*cls, id, options.assign_properties, attach, draw::ApplyMode::kAll))
+      if (run.applyClass(*cls, id, options.assign_properties, attach, draw::ApplyMode::kAll))
         noteChangedBlock(*cls, old_block, blocks);
     }
   } catch (const objdata::ConversionFailure& failure) {
@@ -154,9 +161,7 @@ void classifyAutoCommand(CommandContext& context) {
           }
         }
         if (!best) continue;
-        if (!classifier.loadDependencies(*best) ||
-            !classifier.applyClass(*best, id, true, false, draw::ApplyMode::kAll))
-          continue;
+        if (!run.applyClass(*best, id, true, false, draw::ApplyMode::kAll)) continue;
         ++classified;
         noteChangedBlock(*best, old_block, blocks);
       } else {
@@ -173,7 +178,7 @@ void classifyAutoCommand(CommandContext& context) {
         }
         if (!best || classifier.isClassifiedAs(classifier.records(id), *best)) continue;
         if (!run.prepareWrites()) return;
-        if (classifier.applyClass(*best, id, false, true, draw::ApplyMode::kAll)) ++classified;
+        if (run.applyClass(*best, id, false, true, draw::ApplyMode::kAll)) ++classified;
       }
     }
   } catch (const objdata::ConversionFailure& failure) {

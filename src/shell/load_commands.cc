@@ -65,27 +65,29 @@ void reloadCommand(CommandContext& context) {
   if (state.class_file.empty()) return;
   context.editor().setImpliedSelection({});
   if (state.catalogue) {
-    saveClassLists(context);
+    saveRecentList(context);
+    saveFavoritesList(context);
     state.catalogue.reset();
   }
   parseCurrentFile(context);
 }
 
-void saveClassLists(CommandContext& context) {
+void saveRecentList(CommandContext& context) {
   ProcessState& state = context.state();
-  if (!state.catalogue) return;
-  if (state.recent_list && state.recent_list->loaded) {
-    std::wstring path = catalogue::recentFilePath(state.class_file);
-    if (!catalogue::writeRecentFile(path, *state.recent_list)) {
-      context.print(StringId::kWarnUnableToOpenList, {path});
-    }
+  if (!state.catalogue || !state.recent_list || !state.recent_list->loaded) return;
+  std::wstring path = catalogue::recentFilePath(state.class_file);
+  if (!catalogue::writeRecentFile(path, *state.recent_list)) {
+    context.print(StringId::kWarnUnableToOpenList, {path});
   }
-  if (state.favorites_list) {
-    std::wstring path = catalogue::favoritesFilePath(state.class_file);
-    if (catalogue::writeFavoritesFile(path, *state.favorites_list) ==
-        catalogue::WriteResult::kFailed) {
-      context.print(StringId::kWarnUnableToOpenList, {state.favorites_list->path});
-    }
+}
+
+void saveFavoritesList(CommandContext& context) {
+  ProcessState& state = context.state();
+  if (!state.catalogue || !state.favorites_list) return;
+  std::wstring path = catalogue::favoritesFilePath(state.class_file);
+  if (catalogue::writeFavoritesFile(path, *state.favorites_list) ==
+      catalogue::WriteResult::kFailed) {
+    context.print(StringId::kWarnUnableToOpenList, {state.favorites_list->path});
   }
 }
 

@@ -20,10 +20,11 @@ void loadCommand(CommandContext& context);
 // are not read again.
 void reloadCommand(CommandContext& context);
 
-// Writes the recent and favorites lists that exist for the current class file, warning of a
-// file that cannot be written. Does nothing while no catalogue is loaded. Used by reload and
-// at unload.
-void saveClassLists(CommandContext& context);
+// Each writes its list for the current class file when the list exists, warning of a file
+// that cannot be written; nothing while no catalogue is loaded. Reload writes the recent list
+// first, unload the favorites list.
+void saveRecentList(CommandContext& context);
+void saveFavoritesList(CommandContext& context);
 
 // The text of a parser message, as the string table words it.
 std::wstring diagnosticText(const StringTable& strings, const catalogue::Diagnostic& diagnostic);

@@ -86,7 +86,7 @@ void restoreCommand(CommandContext& context) {
     if (!candidates) return;
     for (host::ObjectId id : *candidates) {
       if (!classifier.isClassifiedAs(classifier.records(id), *cls)) continue;
-      classifier.applyClass(*cls, id, true, false, apply_mode);
+      run.applyClass(*cls, id, true, false, apply_mode);
       ++restored;
     }
     context.print(StringId::kCompletedRatio, {restored, selected});
@@ -105,8 +105,7 @@ void restoreCommand(CommandContext& context) {
         classes.push_back(cls);
     }
     for (const catalogue::ObjectClass* cls : classes) {
-      if (classifier.loadDependencies(*cls))
-        classifier.applyClass(*cls, id, true, false, apply_mode);
+      run.applyClass(*cls, id, true, false, apply_mode);
     }
     ++restored;
   }

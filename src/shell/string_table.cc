@@ -7,6 +7,8 @@
 #include <optional>
 #include <string>
 
+#include "base/utf.h"
+
 namespace shell {
 namespace {
 
@@ -153,6 +155,8 @@ constexpr const wchar_t* kBuiltInTexts[] = {
     L"class file. The command stopped; records written before it stay.\n",
     L"Error: this drawing cannot keep object data; save it as DXF R2000 or later and run the "
     L"command again.\n",
+    L"Error: %s stopped: %s. What it changed before stays; the drawing can be saved and the "
+    L"next command run.\n",
 };
 static_assert(std::size(kBuiltInTexts) == kStringCount, "one built-in text per identifier");
 
@@ -259,12 +263,17 @@ std::wstring printOne(const std::wstring& pattern, T value) {
   }
 }
 
+// Widths and precisions count UTF-16 code units, as a wide printf does where wchar_t is
+// UTF-16; a precision never splits a character.
 std::wstring padText(const Directive& d, std::wstring text) {
-  if (d.precision.size() > 1) text = text.substr(0, std::stoul(d.precision.substr(1)));
+  if (d.precision.size() > 1) {
+    text.resize(base::utf16Prefix(text, std::stoul(d.precision.substr(1))));
+  }
   if (d.precision == L".") text.clear();
   std::size_t width = d.width.empty() ? 0 : std::stoul(d.width);
-  if (text.size() >= width) return text;
-  std::wstring pad(width - text.size(), L' ');
+  std::size_t length = base::utf16Length(text);
+  if (length >= width) return text;
+  std::wstring pad(width - length, L' ');
   return d.flags.find(L'-') != std::wstring::npos ? text + pad : pad + text;
 }
 

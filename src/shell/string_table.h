@@ -122,11 +122,13 @@ enum class StringId : int {
   kErrorConversion,
   // The drawing cannot keep records (no dictionaries in its format).
   kErrorNoObjectData,
+  // A command ended by a fault it did not handle itself.
+  kErrorCommandFailed,
 };
 
 inline constexpr int kFirstStringId = 100;
 inline constexpr int kStringCount =
-    static_cast<int>(StringId::kErrorNoObjectData) - kFirstStringId + 1;
+    static_cast<int>(StringId::kErrorCommandFailed) - kFirstStringId + 1;
 
 // One argument of StringTable::format: an integer, a real or a wide text.
 class FormatArg {

@@ -6,7 +6,9 @@
 
 #include <filesystem>
 #include <fstream>
+#include <functional>
 #include <sstream>
+#include <string>
 
 #include "base/utf.h"
 #include "catalogue/catalogue.h"
@@ -86,6 +88,78 @@ TEST_F(LoadCommandsTest, LoadMakesTheFileCurrentAndPrintsTheParsersMessages) {
   EXPECT_TRUE(state().catalogue->empty());
 }
 
+// What a class file's text decides in a catalogue, as text.
+std::string describe(const catalogue::Catalogue& catalogue) {
+  std::wstring out;
+  std::function<void(const catalogue::Group&)> group = [&](const catalogue::Group& g) {
+    out += L"group " + g.name + L"|" + g.text.value_or(L"-") + L"|" + std::to_wstring(g.flag);
+    for (const std::wstring& member : g.members) out += L" " + member;
+    out += L"\n";
+    for (const catalogue::Group& child : g.children) group(child);
+  };
+  group(catalogue.tree);
+  for (const auto& [key, cls] : catalogue.objects) {
+    out += L"class " + key + L"|" + cls.display_name + L"|" + std::to_wstring(cls.enabled) + L"|" +
+           std::to_wstring(cls.draw_order) + L"|" + cls.icon + L"|";
+    for (const std::wstring& type : cls.objectTypes()) out += type + L",";
+    out += L"\n";
+    for (const catalogue::TableDefinition& table : cls.tables) {
+      out += L" table " + table.name + L"\n";
+      for (const catalogue::FieldDefinition& f : table.fields) {
+        out += L"  " + f.name + L"|" + f.description + L"|" +
+               std::to_wstring(static_cast<int>(f.type)) + L"|" + std::to_wstring(f.flags) + L"|" +
+               std::to_wstring(static_cast<int>(f.kind)) + L"|" + f.value + L"|";
+        for (const std::wstring& allowed : f.allowed) out += allowed + L",";
+        out += L"\n";
+      }
+    }
+  }
+  return base::toUtf8(out);
+}
+
+TEST_F(LoadCommandsTest, ByteOrderMarkAndCrLfLoadAsWithout) {
+  // Values at the ends of lines, a warning that names its line, one at the end of the file.
+  const char* lines[] = {
+      "class\tNetwork\t1\tWater and sewer",
+      "define\tnet\tWater main",
+      "obj_name\t$(net)\t1\t7\tIcons/Line.png",
+      "obj_type\tLine",
+      "obj_prop\tcolour\t1",
+      "vel_name\tPIPES",
+      "vel_key\tCLASS",
+      "vel_fld\tDN\tDiameter\tinteger\t100\t80,100",
+      "vel_fld\tNOTE\tNote\tcharacter\tnone",
+      "vel_key\tCLASS2",
+      "/class",
+  };
+  std::string expected_out;
+  std::string expected_catalogue;
+  for (const char* bom : {"", "\xEF\xBB\xBF"}) {
+    for (const char* eol : {"\n", "\r\n"}) {
+      SCOPED_TRACE(std::string(*bom ? "BOM " : "") + (eol[0] == '\r' ? "CRLF" : "LF"));
+      std::string text = bom;
+      for (const char* line : lines) text += std::string(line) + eol;
+      std::wstring file = write("classes.txt", text);
+      host_.fileAnswers({file});
+      std::string out = run(L"TAXOR_LOAD");
+      ASSERT_NE(state().catalogue, nullptr);
+      std::string catalogue = describe(*state().catalogue);
+      if (expected_out.empty()) {
+        EXPECT_EQ(out, "Text files (*.txt) file name: " + base::toUtf8(file) +
+                           "\n5: warning: invalid 'obj_prop' definition\n"
+                           "11: warning: table 'PIPES' ill-formed\n");
+        EXPECT_NE(catalogue.find("class water main|Water main|1|7|Icons/Line.png|Line,\n"),
+                  std::string::npos)
+            << catalogue;
+        expected_out = out;
+        expected_catalogue = catalogue;
+      }
+      EXPECT_EQ(out, expected_out);
+      EXPECT_EQ(catalogue, expected_catalogue);
+    }
+  }
+}
+
 TEST_F(LoadCommandsTest, ListsAreReadByLoadAndWrittenByReload) {
   // The palettes exist.
   state().recent_list = std::make_unique<catalogue::RecentList>();
@@ -117,14 +191,22 @@ TEST_F(LoadCommandsTest, ListsAreReadByLoadAndWrittenByReload) {
   EXPECT_EQ(state().recent_list->entries[0].counter, 5);  // not read again
 }
 
-TEST_F(LoadCommandsTest, UnwritableListsAreWarnedOf) {
+TEST_F(LoadCommandsTest, UnwritableListsAreWarnedOfInTheOrderTheyAreWritten) {
   state().recent_list = std::make_unique<catalogue::RecentList>();
   state().recent_list->loaded = true;
+  state().favorites_list = std::make_unique<catalogue::FavoritesList>();
   std::wstring file = write("classes.txt", kPipe);
-  fs::create_directories(dir_ / "classes.txt.recent");  // a folder cannot be written as a file
+  // A folder cannot be written as a file.
+  fs::create_directories(dir_ / "classes.txt.recent");
+  fs::create_directories(dir_ / "classes.txt.favorites");
   host_.fileAnswers({file});
   run(L"TAXOR_LOAD");
-  EXPECT_EQ(run(L"TAXOR_RELOAD"), "warning: unable to open '" + base::toUtf8(file) + ".recent'\n");
+  const std::string recent = "warning: unable to open '" + base::toUtf8(file) + ".recent'\n";
+  const std::string favorites = "warning: unable to open '" + base::toUtf8(file) + ".favorites'\n";
+  EXPECT_EQ(run(L"TAXOR_RELOAD"), recent + favorites);
+  size_t before = host_.transcript().size();
+  app_.unload();
+  EXPECT_EQ(base::toUtf8(host_.transcript().substr(before)), favorites + recent);
 }
 
 }  // namespace

@@ -4,6 +4,8 @@
 
 #include <filesystem>
 #include <fstream>
+#include <string>
+#include <vector>
 
 #include "catalogue/parse_testing.h"
 #include "catalogue/resource_files.h"
@@ -122,21 +124,29 @@ TEST_F(ResourceFolder, PathErrorsAndTokenCounts) {
     std::string text;
     std::string messages;
   };
-  const Case cases[] = {
+  std::vector<Case> cases = {
       {"layer\tnothing/*.dwg\nobj_name\tPipe\t1\t1\n",
        "error: invalid path: '" + u8("nothing/*.dwg") + "'\n"},
       {"pattern\tlib/*.dwg\n", ""},  // matches only drawings: nothing added, nothing said
       {"linetype\tlib/notes.txt\n", ""},
       {"blockreference\tlib/old.dwg.dwt.bak\n", ""},
-      {"layer\n", "1: error: invalid 'layer' definition\n"},
-      {"font\ta\tb\n", "1: error: invalid 'font' definition\n"},
-      {"blockreferencefile\n", "1: error: invalid 'blockreferencefile' definition\n"},
   };
+  // Every resource keyword takes exactly one token; a class before it would be kept otherwise.
+  const std::string pipe = "obj_name\tPipe\t1\t1\nobj_type\tLine\n";
+  for (std::string keyword : {"blockreference", "blockreferencefile", "dimension", "font", "layer",
+                              "layout", "linetype", "mleader", "mline", "pattern", "textstyle"}) {
+    const std::string error = "3: error: invalid '" + keyword + "' definition\n";
+    cases.push_back({pipe + keyword + "\n", error});
+    cases.push_back({pipe + keyword + "\tlib/a.dwg\tlib/b.dxf\n", error});
+  }
   for (const Case& c : cases) {
     Fixture fixture;
     auto result = fixture.parse(c.text, path("classes.txt"));
     EXPECT_EQ(messageTexts(result), c.messages) << c.text;
     EXPECT_EQ(result.ok, c.messages.empty()) << c.text;
+    if (!result.ok) {
+      EXPECT_TRUE(result.catalogue.empty()) << c.text;
+    }
     EXPECT_TRUE(fixture.host.imports.empty());
   }
 }

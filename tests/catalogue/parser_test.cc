@@ -33,6 +33,9 @@ std::string lineClass(const std::string& name, const std::string& table = "T") {
   return "obj_name\t" + name + "\t1\t1\nobj_type\tLine\nvel_name\t" + table + "\nvel_key\tCLASS\n";
 }
 
+// U+1F600 in UTF-8: one character, two UTF-16 units.
+const std::string kBeyondBmp = "\xF0\x9F\x98\x80";
+
 struct Case {
   const char* name;
   std::string text;
@@ -128,8 +131,6 @@ TEST(ParserTest, ClassesAndTypes) {
        "obj_type\tLine\n",
        "4: error: redefinition of 'PIPE'\n", nullptr},
       {"obj_name with three tokens", "obj_name\tPipe\t1\n",
-       "1: error: invalid 'obj_name' definition\n", nullptr},
-      {"a name of 133 characters", "obj_name\t" + std::string(133, 'n') + "\t1\t1\n",
        "1: error: invalid 'obj_name' definition\n", nullptr},
       {"an unknown keyword, shown lower-cased", "obj_name\tPipe\t1\t1\nobj_type\tLine\nFOO\tx\n",
        "3: error: invalid syntax: 'foo'\n", nullptr},
@@ -229,9 +230,6 @@ TEST(ParserTest, TablesAndFields) {
        lineClass("Pipe", "Lines") + "vel_fld\tX\tX\tinteger\n" + lineClass("Duct", "LINES") +
            "vel_fld\tX\tX\treal\nobj_name\tCable\t1\t1\n",
        "11: error: conflicting definitions for table 'LINES'\n", nullptr},
-      {"a table name of 26 characters",
-       "obj_name\tPipe\t1\t1\nobj_type\tLine\nvel_name\t" + std::string(26, 't') + "\n",
-       "3: error: invalid 'vel_name' definition\n", nullptr},
       {"a table name with a blank", "obj_name\tPipe\t1\t1\nobj_type\tLine\nvel_name\tMy table\n",
        "3: error: invalid 'vel_name' definition\n", nullptr},
       {"a table before any class", "vel_name\tT\n", "1: error: 'obj_name' undefined\n", nullptr},
@@ -250,6 +248,39 @@ TEST(ParserTest, TablesAndFields) {
       {"a field of three tokens", lineClass("Pipe") + "vel_fld\tA\tA\n",
        "5: error: invalid 'vel_fld' definition\n", nullptr},
   });
+}
+
+// Names are limited in UTF-16 code units: a character beyond the Basic Multilingual Plane
+// counts two.
+TEST(ParserTest, NameLimitsCountUtf16Units) {
+  struct Limit {
+    const char* keyword;
+    size_t units;
+    std::function<std::string(const std::string&)> file;
+    const char* refused;
+  };
+  const Limit limits[] = {
+      {"obj_name", 132, [](const std::string& n) { return lineClass(n); },
+       "1: error: invalid 'obj_name' definition\n"},
+      {"vel_name", 25, [](const std::string& n) { return lineClass("Pipe", n); },
+       "3: error: invalid 'vel_name' definition\n"},
+      {"vel_key", 31,
+       [](const std::string& n) {
+         return "obj_name\tPipe\t1\t1\nobj_type\tLine\nvel_name\tT\nvel_key\t" + n + "\n";
+       },
+       "4: error: invalid 'vel_key' definition\n"},
+      {"vel_fld", 31,
+       [](const std::string& n) { return lineClass("Pipe") + "vel_fld\t" + n + "\tD\tinteger\n"; },
+       "5: error: invalid 'vel_fld' definition\n"},
+  };
+  std::vector<Case> cases;
+  for (const Limit& limit : limits) {
+    std::string longest = std::string(limit.units - 2, 'n') + kBeyondBmp;
+    cases.push_back({limit.keyword, limit.file(longest), "", nullptr});
+    // One more: as many characters as the limit allows units, so one unit too many.
+    cases.push_back({limit.keyword, limit.file("n" + longest), limit.refused, nullptr});
+  }
+  runCases(cases);
 }
 
 TEST(ParserTest, Macros) {
@@ -300,6 +331,13 @@ TEST(ParserTest, LongLinesAreReadInPieces) {
        "#" + std::string(10238, 'x') + "bogus\n", "2: error: invalid syntax: 'bogus'\n", nullptr},
       {"a line of exactly 10239 characters leaves its newline as a line",
        "#" + std::string(10238, 'x') + "\nbogus\n", "3: error: invalid syntax: 'bogus'\n", nullptr},
+      // A character beyond the BMP takes two of the buffer's UTF-16 units and is never split.
+      {"a character beyond the BMP fills the last two units",
+       "#" + std::string(10236, 'x') + kBeyondBmp + "bogus\n",
+       "2: error: invalid syntax: 'bogus'\n", nullptr},
+      {"a character beyond the BMP that would cross the end goes to the next piece",
+       "#" + std::string(10237, 'x') + kBeyondBmp + "bogus\n",
+       "2: error: invalid syntax: '" + kBeyondBmp + "bogus'\n", nullptr},
   });
 }
 
@@ -308,17 +346,20 @@ TEST(ParserTest, Variables) {
   fixture.fake.setVar("LUPREC", host::SysVar{int16_t{4}});
   fixture.fake.setVar("TEXTSIZE", host::SysVar{2.5});
   fixture.fake.setVar("INSBASE", host::SysVar{host::Point3{}});
+  fixture.fake.setVar("LIMMIN", host::SysVar{host::Point2{}});
   fixture.fake.setVar("CLAYER", host::SysVar{std::wstring(L"0")});
   auto result = fixture.parse(
       "variable\tluprec\t2\nvariable\tNOSUCH\t1\nvariable\tINSBASE\t1, 2 ,3\n"
+      "variable\tLIMMIN\t4,5\n"
       "obj_name\tPipe\t1\t1\nobj_type\tLine\nvariable\tTEXTSIZE\t0.5\nvariable\tCLAYER\tWATER\n");
   EXPECT_EQ(messageTexts(result), "2: warning: invalid variable 'NOSUCH'\n");
   ASSERT_TRUE(result.ok);
   using catalogue::SettingKind;
   const auto& globals = result.catalogue.global_settings;
-  ASSERT_EQ(globals.size(), 2u);
+  ASSERT_EQ(globals.size(), 3u);
   EXPECT_EQ(globals[0].kind, SettingKind::kShort);
   EXPECT_EQ(globals[1].kind, SettingKind::kPoint3);
+  EXPECT_EQ(globals[2].kind, SettingKind::kPoint2);
   const auto& own = object(result.catalogue, L"pipe").settings;
   ASSERT_EQ(own.size(), 2u);
   EXPECT_EQ(own[0].kind, SettingKind::kReal);
@@ -327,13 +368,19 @@ TEST(ParserTest, Variables) {
   EXPECT_EQ(fixture.fake.database().getVar("LUPREC")->value, (host::SysVar{int16_t{2}}.value));
   EXPECT_EQ(fixture.fake.database().getVar("INSBASE")->value,
             (host::SysVar{host::Point3{1, 2, 3}}.value));
+  EXPECT_EQ(fixture.fake.database().getVar("LIMMIN")->value,
+            (host::SysVar{host::Point2{4, 5}}.value));
   EXPECT_EQ(fixture.fake.database().getVar("TEXTSIZE")->value, (host::SysVar{2.5}.value));
 
-  Fixture bad_point;
-  bad_point.fake.setVar("INSBASE", host::SysVar{host::Point3{}});
-  auto refused = bad_point.parse("variable\tINSBASE\t1,2\n");
-  EXPECT_EQ(messageTexts(refused), "1: error: invalid 'variable' definition\n");
-  EXPECT_FALSE(refused.ok);
+  // A point must have as many parts as the variable's kind.
+  for (const char* line : {"variable\tINSBASE\t1,2\n", "variable\tLIMMIN\t1,2,3\n"}) {
+    Fixture bad_point;
+    bad_point.fake.setVar("INSBASE", host::SysVar{host::Point3{}});
+    bad_point.fake.setVar("LIMMIN", host::SysVar{host::Point2{}});
+    auto refused = bad_point.parse(line);
+    EXPECT_EQ(messageTexts(refused), "1: error: invalid 'variable' definition\n") << line;
+    EXPECT_FALSE(refused.ok) << line;
+  }
 }
 
 TEST(ParserTest, FileThatCannotBeReadGivesAnEmptyCatalogueSilently) {

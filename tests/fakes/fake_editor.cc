@@ -2,6 +2,8 @@
 
 #include <cwchar>
 
+#include "base/utf.h"
+
 namespace fakes {
 
 namespace {
@@ -67,7 +69,7 @@ host::StringInput FakeEditor::readAnswer(bool allow_spaces) {
     answer.text.resize(blank);
   }
   transcript_ += answer.text + L"\n";
-  if (answer.text.size() > kMaxInput) {
+  if (base::utf16Length(answer.text) > kMaxInput) {
     result.status = host::InputStatus::kError;
     return result;
   }

@@ -4,6 +4,8 @@
 
 #include <gtest/gtest.h>
 
+#include "base/utf.h"
+
 namespace {
 
 using fakes::Answer;
@@ -22,8 +24,10 @@ TEST(FakeEditorTest, GetStringTakesTheScriptedAnswers) {
     std::wstring text;
     std::wstring transcript;
   };
-  const std::wstring longest(host::Editor::kMaxInput, L'y');
-  const std::wstring too_long(host::Editor::kMaxInput + 1, L'x');
+  // U+1F600 counts two UTF-16 units: too_long has kMaxInput characters, one unit too many.
+  const std::wstring longest =
+      std::wstring(host::Editor::kMaxInput - 2, L'y') + base::fromUtf8("\xF0\x9F\x98\x80");
+  const std::wstring too_long = L"x" + longest;
   const Case cases[] = {
       {false, {L"1"}, InputStatus::kNormal, L"1", L"Name: 1\n"},
       {false, {L""}, InputStatus::kNormal, L"", L"Name: \n"},

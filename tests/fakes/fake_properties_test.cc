@@ -227,6 +227,7 @@ TEST(FakeDatabaseTest, SystemVariablesKeepTheirType) {
       {"LUPREC", host::SysVar{std::wstring(L"2")}, Code::kInvalid, four},
       {"INSBASE", host::SysVar{Point3{1, 2, 0}}, Code::kOk, host::SysVar{Point3{1, 2, 0}}},
       {"insbase", host::SysVar{int16_t{1}}, Code::kInvalid, origin},
+      {"insbase", host::SysVar{host::Point2{1, 2}}, Code::kInvalid, origin},
       {"MaxSort", host::SysVar{int32_t{900}}, Code::kOk, host::SysVar{int32_t{900}}},
       {"DWGNAME", host::SysVar{std::wstring(L"b.dwg")}, Code::kOk,
        host::SysVar{std::wstring(L"b.dwg")}},

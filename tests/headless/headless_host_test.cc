@@ -1,6 +1,8 @@
 // The headless command line, driven with scripted input and checked by its transcript.
 #include <gtest/gtest.h>
 
+#include <filesystem>
+
 #include "base/utf.h"
 #include "dxf/sample_drawing.h"
 #include "headless/session.h"
@@ -65,7 +67,9 @@ TEST(HeadlessHostTest, StringInputEndsAsTheCallerAsks) {
     host::InputStatus status;
     std::wstring text;
   };
-  const std::string long_answer(133, 'x');
+  // 132 characters, one of them beyond the BMP: 133 UTF-16 units, one too many.
+  const std::string beyond_bmp = "\xF0\x9F\x98\x80";  // U+1F600
+  const std::string longest = std::string(130, 'y') + beyond_bmp;
   const Case cases[] = {
       {false, "two words\n", host::InputStatus::kNormal, L"two"},
       {true, "two words\n", host::InputStatus::kNormal, L"two words"},
@@ -75,8 +79,8 @@ TEST(HeadlessHostTest, StringInputEndsAsTheCallerAsks) {
        "abc\n",
        host::InputStatus::kCancel, L""},
       {true, "", host::InputStatus::kCancel, L""},
-      {false, long_answer + "\n", host::InputStatus::kError, L""},
-      {false, std::string(132, 'y') + "\n", host::InputStatus::kNormal, std::wstring(132, L'y')},
+      {false, "y" + longest + "\n", host::InputStatus::kError, L""},
+      {false, longest + "\n", host::InputStatus::kNormal, base::fromUtf8(longest)},
       {true, "Potrubí\n", host::InputStatus::kNormal, L"Potrubí"},
   };
   for (const Case& c : cases) {
@@ -88,35 +92,24 @@ TEST(HeadlessHostTest, StringInputEndsAsTheCallerAsks) {
   }
 }
 
-// The yes/no and mode prompts: an empty answer keeps the default, others are read as
-// _wtoi reads them and clamped, and the result is the next default.
-TEST(HeadlessHostTest, ModePromptsClampAndRemember) {
+// The switch prompts as the commands' tests leave them out: each command keeps its own
+// default for the same prompt, a cancel keeps the default, and answers are read as _wtoi
+// reads them.
+TEST(HeadlessHostTest, ModePromptDefaultsAreKeptPerCommand) {
   Session session(sample::drawing());
   shell::CommandContext context(*session.host, session.app->state(), shell::StringTable::builtIn(),
                                 L"TAXOR_SEL");
-  struct Step {
-    const char* answer;
-    int expected;
-  };
-  const Step steps[] = {{"\n", 1}, {"5\n", 1}, {"-3\n", 0}, {"\n", 0}, {"1abc\n", 1}, {"x\n", 0}};
-  for (const Step& step : steps) {
-    session.input.addText(step.answer);
-    std::optional<int> got = context.askMode(shell::StringId::kPromptUseProperties, 1, 1);
-    ASSERT_TRUE(got.has_value()) << step.answer;
-    EXPECT_EQ(*got, step.expected) << step.answer;
-  }
-  EXPECT_NE(session.out().find("Use properties? [0/1]<1>: 5\n"), std::string::npos);
-  EXPECT_NE(session.out().find("Use properties? [0/1]<0>: \n"), std::string::npos);
-  // Another command keeps its own default for the same prompt.
   shell::CommandContext other(*session.host, session.app->state(), shell::StringTable::builtIn(),
                               L"TAXOR_SEL_EXT");
-  session.input.addText("\n");
-  EXPECT_EQ(other.askMode(shell::StringId::kPromptUseProperties, 1, 1), 1);
-  // A cancel gives nothing and keeps the remembered value.
-  session.input.addText("\x1b");
-  EXPECT_FALSE(context.askMode(shell::StringId::kPromptUseProperties, 1, 1).has_value());
-  session.input.addText("\n");
-  EXPECT_EQ(context.askMode(shell::StringId::kPromptUseProperties, 1, 1), 0);
+  auto ask = [&](shell::CommandContext& c, const char* answer) {
+    session.input.addText(answer);
+    return c.askMode(shell::StringId::kPromptUseProperties, 1, 1);
+  };
+  EXPECT_EQ(ask(context, "-3\n"), 0);
+  EXPECT_EQ(ask(other, "\n"), 1);
+  EXPECT_FALSE(ask(context, "\x1b").has_value());
+  EXPECT_EQ(ask(context, ""), 0);  // the rest of the Escape's line: an empty answer
+  EXPECT_EQ(ask(context, "1abc\n"), 1);
 }
 
 TEST(HeadlessHostTest, QueuedTextRunsBeforeTheRestOfTheInput) {
@@ -198,6 +191,12 @@ TEST(HeadlessHostTest, DialogsBecomePromptsWithDefaults) {
 
   session.input.addText("\n");
   EXPECT_FALSE(session.host->dialogs().openFile(L"Classes", {L"txt"}, L"").has_value());
+}
+
+TEST(HeadlessHostTest, TheDocumentIsNamedByItsFullPath) {
+  Session session(sample::drawing());  // opened as "test.dxf"
+  EXPECT_EQ(session.host->document().fileName(),
+            (std::filesystem::current_path() / "test.dxf").wstring());
 }
 
 }  // namespace

@@ -282,7 +282,8 @@ TEST(ClassifierAttach, RecordOfExpandedDefaults) {
   objdata::StoredTable stored;
   ASSERT_EQ(objdata::readStoredTable(run.host.fakeDatabase(), run.dictionary, L"PIPES", stored),
             objdata::kStatusOk);
-  ASSERT_TRUE(run.classifier().applyClass(pipe, second, false, true, draw::ApplyMode::kAll));
+  ASSERT_EQ(run.classifier().applyClass(pipe, second, false, true, draw::ApplyMode::kAll),
+            objdata::Classifier::Applied::kYes);
 
   for (host::ObjectId entity : {first, second})
     EXPECT_EQ(run.records(entity), "PIPES:Pipe,100,ann,Pipe-main,,0");

@@ -4,129 +4,26 @@
 
 #include <filesystem>
 #include <fstream>
+#include <map>
+#include <vector>
 
 #include "base/utf.h"
 #include "dxf/sample_drawing.h"
 #include "headless/session.h"
 #include "objdata/record_cursor.h"
+#include "shell/commands_fixture.h"
 
 namespace {
 
 namespace fs = std::filesystem;
+using commands_fixture::classify;
+using commands_fixture::kArc;
+using commands_fixture::kCircle;
+using commands_fixture::kClasses;
+using commands_fixture::kLine;
+using commands_fixture::kPolyline;
 
-// Walls and partitions are polylines on layer Walls that only their colour tells apart;
-// cables are lines.
-constexpr const char* kClasses =
-    "obj_name\tWall\t1\t10\n"
-    "obj_type\tPolyline\n"
-    "obj_prop\tlayer\tWalls\n"
-    "obj_prop\tcolor\t1\t*\n"
-    "vel_name\tWALLS\n"
-    "vel_key\tCLASS\n"
-    "vel_fld\tHEIGHT\tHeight\trequired real\t2.5\t2:3\n"
-    "vel_fld\tMATERIAL\tMaterial\tcharacter\tbrick\tbrick,concrete\n"
-    "vel_fld\tNOTE\tNote\tcharacter\n"
-    "\n"
-    "obj_name\tPartition\t1\t10\n"
-    "obj_type\tPolyline\n"
-    "obj_prop\tlayer\tWalls\n"
-    "obj_prop\tcolor\t2\t*\n"
-    "vel_name\tWALLS\n"
-    "vel_key\tCLASS\n"
-    "vel_fld\tHEIGHT\tHeight\trequired real\t2.5\t2:3\n"
-    "vel_fld\tMATERIAL\tMaterial\tcharacter\tbrick\tbrick,concrete\n"
-    "vel_fld\tNOTE\tNote\tcharacter\n"
-    "\n"
-    "obj_name\tCable\t1\t5\n"
-    "obj_type\tLine\n"
-    "vel_name\tCABLES\n"
-    "vel_key\tCLASS\n"
-    "vel_fld\tKIND\tKind\tcharacter\tpower\n";
-
-constexpr const char* kPolyline = "101";  // layer Walls, colour 3
-constexpr const char* kLine = "100";      // layer 0
-constexpr const char* kCircle = "103";
-
-class ClassificationCommandsTest : public ::testing::Test {
- protected:
-  void SetUp() override {
-    dir_ = fs::temp_directory_path() /
-           ("taxor_classify_" +
-            std::string(::testing::UnitTest::GetInstance()->current_test_info()->name()));
-    fs::create_directories(dir_);
-    writeClasses(kClasses);
-  }
-  void TearDown() override { fs::remove_all(dir_); }
-
-  void writeClasses(const std::string& text) { std::ofstream(dir_ / "classes.txt") << text; }
-
-  // Loads the class file, runs `script`, and returns what the commands printed after
-  // loading.
-  std::string run(const std::string& script) {
-    if (!loaded_) {
-      session_.run("TAXOR_LOAD\n" + (dir_ / "classes.txt").string() + "\n");
-      loaded_ = true;
-    }
-    // Commands that select leave a pick-first set behind; each script starts without one.
-    session_.run("AI_DESELECT\n");
-    size_t before = session_.out().size();
-    session_.run(script);
-    return session_.out().substr(before);
-  }
-
-  host::ObjectId id(const char* handle) {
-    return session_.host->dxfDatabase().idForHandle(base::fromUtf8(handle));
-  }
-  host::Database& database() { return session_.host->dxfDatabase(); }
-
-  // The records of an entity as "TABLE:value,value|TABLE:..." for short comparisons.
-  std::string records(const char* handle) {
-    objdata::TableDirectory tables(database(), objdata::findTableDictionary(database()));
-    objdata::RecordCursor cursor;
-    std::string out;
-    if (objdata::openCursor(tables, cursor, id(handle)) != objdata::kStatusOk) return out;
-    for (; !objdata::cursorDone(cursor); objdata::nextRecord(tables, cursor)) {
-      objdata::TableRecord record;
-      objdata::readRecord(tables, cursor, record);
-      if (!out.empty()) out += "|";
-      out += base::toUtf8(record.table_name) + ":";
-      for (size_t i = 0; i < record.fields.size(); ++i) {
-        out += (i ? "," : "") + base::toUtf8(objdata::asText(record.fields[i].value));
-      }
-    }
-    return out;
-  }
-
-  // Overwrites field `field` of the entity's first record of `table`.
-  void setField(const char* handle, const wchar_t* table, const wchar_t* field,
-                std::wstring_view text) {
-    objdata::TableDirectory tables(database(), objdata::findTableDictionary(database()));
-    objdata::RecordCursor cursor;
-    cursor.table_filter = table;
-    ASSERT_EQ(objdata::openCursor(tables, cursor, id(handle)), objdata::kStatusOk);
-    objdata::TableRecord record;
-    ASSERT_EQ(objdata::readRecord(tables, cursor, record), objdata::kStatusOk);
-    int index = objdata::findField(record.fields, field);
-    ASSERT_GE(index, 0);
-    objdata::assign(record.fields[index].value,
-                    objdata::makeValue(objdata::ValueType::kCharacter, text));
-    ASSERT_EQ(objdata::updateRecord(tables, cursor, record), objdata::kStatusOk);
-  }
-
-  int color(const char* handle) {
-    return std::get<host::Color>(database().getProperty(id(handle), host::EntityProperty::kColor))
-        .index;
-  }
-
-  fs::path dir_;
-  testing_session::Session session_{sample::drawing()};
-  bool loaded_ = false;
-};
-
-// Answers to the classification dialog: assign properties, attach records, change object.
-std::string classify(const char* handle, const char* name, const char* boxes = "1\n1\n1\n") {
-  return std::string("AI_DESELECT\nTAXOR_CLASSIFY\n") + name + "\n" + boxes + handle + "\n\n";
-}
+class ClassificationCommandsTest : public commands_fixture::CommandsTest {};
 
 TEST_F(ClassificationCommandsTest, ClassifyTwiceAttachesOneSetOfRecords) {
   std::string first = run(classify(kPolyline, "wall"));
@@ -146,13 +43,14 @@ TEST_F(ClassificationCommandsTest, ClassifyRefusals) {
   struct Case {
     std::string script;
     std::string expected;
+    bool past_selection;  // the run makes the drawing's table dictionary
   };
   const Case cases[] = {
-      {classify(kPolyline, "Pipe"), "Error: object not found.\n"},
+      {classify(kPolyline, "Pipe"), "Error: object not found.\n", false},
+      {std::string("TAXOR_CLASSIFY\nWall\n0\n0\n0\n"), "", false},
+      {std::string("TAXOR_CLASSIFY\nWall\n1\n1\n1\n\n"), "Error: no objects selected.\n", false},
       // A line is no polyline: selected, but not processed.
-      {classify(kLine, "Wall"), "Completed: 0\n"},
-      {std::string("TAXOR_CLASSIFY\nWall\n0\n0\n0\n"), ""},
-      {std::string("TAXOR_CLASSIFY\nWall\n1\n1\n1\n\n"), "Error: no objects selected.\n"},
+      {classify(kLine, "Wall"), "Completed: 0\n", true},
   };
   for (const Case& c : cases) {
     std::string out = run(c.script);
@@ -161,11 +59,10 @@ TEST_F(ClassificationCommandsTest, ClassifyRefusals) {
     } else {
       EXPECT_NE(out.find(c.expected), std::string::npos) << c.script << "\n" << out;
     }
+    EXPECT_EQ(objdata::findTableDictionary(database()).isNull(), !c.past_selection) << c.script;
   }
   EXPECT_EQ(records(kPolyline), "");
   EXPECT_EQ(records(kLine), "");
-  // Nothing was attached, so the drawing did not even get its table dictionary.
-  EXPECT_TRUE(objdata::findTableDictionary(database()).isNull());
 }
 
 TEST_F(ClassificationCommandsTest, ChangeObjectReplacesTheChosenClass) {
@@ -198,27 +95,111 @@ TEST_F(ClassificationCommandsTest, AutoClassifyByClassesTakesTheFirstRecordOnATi
   EXPECT_EQ(records(kPolyline), "WALLS:Wall,2.0,brick,|WALLS:Partition,2.0,brick,");
 }
 
-TEST_F(ClassificationCommandsTest, AssertFindsBrokenRulesOfTheFieldsAsked) {
-  run(classify(kPolyline, "Wall") + classify(kLine, "Cable"));
+// Hidden is disabled by its group; Above's exact colour fits no entity here. The two lowest
+// draw orders sit at the starting bounds of the two modes.
+constexpr const char* kRankedClasses =
+    "class\tRetired\t0\n"
+    "obj_name\tHidden\t1\t100\nobj_type\tLine\nobj_prop\tcolor\t1\t*\n"
+    "vel_name\tMARKS\nvel_key\tCLASS\n"
+    "/class\n"
+    "obj_name\tAbove\t1\t-2147483646\nobj_type\tLine\nobj_prop\tcolor\t4\n"
+    "vel_name\tMARKS\nvel_key\tCLASS\n"
+    "obj_name\tLow\t1\t-2147483647\nobj_type\tLine\nobj_prop\tcolor\t2\t*\n"
+    "vel_name\tMARKS\nvel_key\tCLASS\n"
+    "obj_name\tLowest\t1\t-2147483648\nobj_type\tCircle\nobj_prop\tcolor\t3\t*\n"
+    "vel_name\tMARKS\nvel_key\tCLASS\n";
+
+TEST_F(ClassificationCommandsTest, AutoClassifyChoosesAllowedClassesAboveTheStartingBound) {
+  writeClasses(kRankedClasses);
+  const std::map<std::string, int> colors = {
+      {"Hidden", 1}, {"Low", 2}, {"Lowest", 3}, {"Above", 4}};
   struct Case {
+    int mode;
+    int undrawable;
+    const char* handle;
+    std::vector<const char*> carried;  // classes attached beforehand, in order
+    const char* chosen;                // null: none
+  };
+  const Case cases[] = {
+      // By properties the bound is -2147483648, and only a greater draw order passes it.
+      {0, 0, kLine, {}, "Low"},
+      {0, 1, kLine, {}, "Hidden"},
+      {0, 1, kCircle, {}, nullptr},
+      // By classes the bound is -2147483647.
+      {1, 1, kLine, {"Low"}, nullptr},
+      {1, 1, kCircle, {"Lowest"}, nullptr},
+      {1, 0, kLine, {"Hidden", "Above"}, "Above"},
+      {1, 1, kLine, {"Above", "Hidden"}, "Hidden"},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(std::to_string(c.mode) + " " + std::to_string(c.undrawable) + " " + c.handle);
+    run("TAXOR_REMOVE_ALL\nALL\n\n");
+    for (const char* cls : c.carried) run(classify(c.handle, cls, "0\n1\n0\n"));
+    setColor(c.handle, 7);
+    std::string out = run("TAXOR_CLASSIFY_AUTO\n" + std::to_string(c.mode) + "\n" +
+                          std::to_string(c.undrawable) + "\n" + c.handle + "\n\n");
+    EXPECT_NE(out.find(std::string("Completed: ") + (c.chosen ? "1" : "0") + "/1\n"),
+              std::string::npos)
+        << out;
+    if (c.mode == 0) {
+      EXPECT_EQ(records(c.handle), c.chosen ? std::string("MARKS:") + c.chosen : "");
+    } else {
+      EXPECT_EQ(color(c.handle), c.chosen ? colors.at(c.chosen) : 7);
+    }
+  }
+}
+
+// The conformity tolerance is 0.1 to the power of the drawing's LUPREC.
+TEST_F(ClassificationCommandsTest, AutoClassifyMatchesNumbersWithinTheDrawingsPrecision) {
+  writeClasses(
+      "obj_name\tScaled\t1\t1\nobj_type\tPolyline\nobj_prop\tlinetypescale\t2.001\n"
+      "vel_name\tSCALED\nvel_key\tCLASS\n"
+      "obj_name\tHeading\t1\t1\nobj_type\tText\nobj_prop\ttextheight\t3.001\n"
+      "vel_name\tHEADINGS\nvel_key\tCLASS\n");
+  struct Case {
+    const char* luprec;
+    const char* expected;
+  };
+  // The polyline's linetype scale is 2, the text's height 3.
+  for (const Case& c : {Case{"2", "Completed: 2/2\n"}, Case{"6", "Completed: 0/2\n"}}) {
+    restart(sample::toDxf(
+        commands_fixture::insertLines(sample::readCompact("sample_drawing.txt"), "0 ENDSEC",
+                                      std::string("9 $LUPREC\n70 ") + c.luprec + "\n")));
+    std::string out = run(std::string("TAXOR_CLASSIFY_AUTO\n0\n0\n") + kPolyline + " " +
+                          commands_fixture::kText + "\n\n");
+    EXPECT_NE(out.find(c.expected), std::string::npos) << c.luprec << "\n" << out;
+  }
+}
+
+TEST_F(ClassificationCommandsTest, AssertFindsBrokenRulesOfTheFieldsAsked) {
+  run(classify(kPolyline, "Wall") + classify(kLine, "Cable") + classify(kArc, "Marker"));
+  struct Case {
+    const char* handle;
+    const wchar_t* table;
     const wchar_t* field;
     const wchar_t* value;
     const char* required_only;  // selected with "check non-required fields" 0
     const char* all_fields;     // and with 1
   };
   const Case cases[] = {
-      {L"MATERIAL", L"brick", "Selected: 0", "Selected: 0"},
-      {L"MATERIAL", L"wood", "Selected: 0", "Selected: 1"},
-      {L"HEIGHT", L"3.0", "Selected: 0", "Selected: 0"},
-      {L"HEIGHT", L"3.5", "Selected: 1", "Selected: 1"},
+      {kPolyline, L"WALLS", L"MATERIAL", L"brick", "Selected: 0", "Selected: 0"},
+      {kPolyline, L"WALLS", L"MATERIAL", L"wood", "Selected: 0", "Selected: 1"},
+      {kPolyline, L"WALLS", L"HEIGHT", L"3.0", "Selected: 0", "Selected: 0"},
+      {kPolyline, L"WALLS", L"HEIGHT", L"3.5", "Selected: 1", "Selected: 1"},
+      // Templates in allowed values and bounds are expanded as the defaults were.
+      {kArc, L"MARKERS", L"OWNER", L"nobody", "Selected: 0", "Selected: 0"},
+      {kArc, L"MARKERS", L"OWNER", L"somebody", "Selected: 0", "Selected: 1"},
+      {kArc, L"MARKERS", L"LABEL", L"Marker-m", "Selected: 0", "Selected: 0"},
+      {kArc, L"MARKERS", L"LABEL", L"Marker-x", "Selected: 0", "Selected: 1"},
+      {kArc, L"MARKERS", L"UNTIL", L"2999", "Selected: 0", "Selected: 0"},
+      {kArc, L"MARKERS", L"UNTIL", L"1999", "Selected: 0", "Selected: 1"},
   };
   for (const Case& c : cases) {
-    setField(kPolyline, L"WALLS", c.field, c.value);
-    EXPECT_NE(run("TAXOR_ASSERT\n0\nALL\n\n").find(c.required_only), std::string::npos)
-        << base::toUtf8(c.value);
-    EXPECT_NE(run("TAXOR_ASSERT\n1\nALL\n\n").find(c.all_fields), std::string::npos)
-        << base::toUtf8(c.value);
-    setField(kPolyline, L"WALLS", c.field, c.field == std::wstring(L"HEIGHT") ? L"2.5" : L"brick");
+    SCOPED_TRACE(base::toUtf8(std::wstring(c.field) + L" = " + c.value));
+    std::wstring held = setField(c.handle, c.table, c.field, c.value);
+    EXPECT_NE(run("TAXOR_ASSERT\n0\nALL\n\n").find(c.required_only), std::string::npos);
+    EXPECT_NE(run("TAXOR_ASSERT\n1\nALL\n\n").find(c.all_fields), std::string::npos);
+    setField(c.handle, c.table, c.field, held);
   }
 }
 
@@ -274,38 +255,100 @@ TEST_F(ClassificationCommandsTest, RestoreAppliesTheCarriedClassesAgain) {
   EXPECT_NE(out.find("Completed: 0/" + all + "\n"), std::string::npos) << out;
   EXPECT_EQ(color(kPolyline), 6);
   out = run("TAXOR_RESTORE\n\n1\nALL\n\n");
-  EXPECT_NE(out.find("Mode [0 (all)/1 (default)]<0>: 1"), std::string::npos) << out;
   EXPECT_NE(out.find("Completed: " + all + "/" + all + "\n"), std::string::npos) << out;
   EXPECT_EQ(color(kPolyline), 1);
-  EXPECT_NE(run("TAXOR_RESTORE\nWall\n\nALL\n\n").find("Mode [0 (all)/1 (default)]<1>: "),
-            std::string::npos);
 }
 
 TEST_F(ClassificationCommandsTest, AValueItsStoredFieldCannotHoldEndsTheCommand) {
+  // Another program stored table BEACONS with a point where the class file has a text.
+  struct Case {
+    const char* field;  // the class file's AT field
+    const char* message;
+  };
+  const Case cases[] = {
+      {"vel_fld\tAT\tPosition\tcharacter\tnorth\n",
+       "Error: the value 'north' does not fit field 'AT' of table 'BEACONS' (class 'Beacon')"},
+      // No default is no point either: nothing is made up for it.
+      {"vel_fld\tAT\tPosition\tcharacter\n",
+       "Error: the value '' does not fit field 'AT' of table 'BEACONS' (class 'Beacon')"},
+      {"vel_fld\tAT\tPosition\tinteger\n",
+       "Error: the value '' does not fit field 'AT' of table 'BEACONS' (class 'Beacon')"},
+  };
+  for (const Case& c : cases) {
+    writeClasses(std::string(kClasses) +
+                 "\nobj_name\tBeacon\t1\t1\n"
+                 "obj_type\tLine\n"
+                 "vel_name\tCABLES\n"
+                 "vel_key\tCLASS\n"
+                 "vel_fld\tKIND\tKind\tcharacter\tpower\n"
+                 "vel_name\tBEACONS\n"
+                 "vel_key\tCLASS\n" +
+                 c.field);
+    restart(sample::drawing());
+    run("");
+    ASSERT_EQ(
+        objdata::ensureStoredTable(
+            database(), objdata::getTableDictionary(*session().host), L"BEACONS",
+            {{L"CLASS", objdata::ValueType::kCharacter}, {L"AT", objdata::ValueType::kPoint}}),
+        2);
+    std::string out = run(classify(kLine, "Beacon"));
+    EXPECT_NE(out.find(c.message), std::string::npos) << out;
+    EXPECT_EQ(out.find("Completed"), std::string::npos) << out;
+    // The first table's record was written and stays; the drawing is still whole.
+    EXPECT_EQ(records(kLine), "CABLES:Beacon,power");
+    EXPECT_TRUE(dxf::Document::parse(session().drawing.serialize(), "again.dxf"));
+  }
+}
+
+TEST_F(ClassificationCommandsTest, AClassWhoseResourcesCannotBeLoadedIsNeverApplied) {
+  // The line lies on layer Ghost, which the layer table lacks, and which the class Ghost line
+  // asks for while no file provides it.
+  std::string compact = sample::readCompact("sample_drawing.txt");
+  const std::string on_layer_0 = "5 100\n330 1F\n100 AcDbEntity\n8 0\n";
+  ASSERT_NE(compact.find(on_layer_0), std::string::npos);
+  compact.replace(compact.find(on_layer_0), on_layer_0.size(),
+                  "5 100\n330 1F\n100 AcDbEntity\n8 Ghost\n");
+  restart(sample::toDxf(compact));
   writeClasses(std::string(kClasses) +
-               "\nobj_name\tBeacon\t1\t1\n"
+               "\nobj_name\tGhost line\t1\t20\n"
                "obj_type\tLine\n"
+               "obj_prop\tlayer\tGhost\n"
+               "obj_prop\tcolor\t3\t*\n"
                "vel_name\tCABLES\n"
                "vel_key\tCLASS\n"
-               "vel_fld\tKIND\tKind\tcharacter\tpower\n"
-               "vel_name\tBEACONS\n"
-               "vel_key\tCLASS\n"
-               "vel_fld\tAT\tPosition\tcharacter\tnorth\n");
-  run("");
-  // Another program stored the table since, with a point where the class file has a text.
-  ASSERT_EQ(objdata::ensureStoredTable(
-                database(), objdata::getTableDictionary(*session_.host), L"BEACONS",
-                {{L"CLASS", objdata::ValueType::kCharacter}, {L"AT", objdata::ValueType::kPoint}}),
-            2);
-  std::string out = run(classify(kLine, "Beacon"));
-  EXPECT_NE(out.find("Error: the value 'north' does not fit field 'AT' of table 'BEACONS' "
-                     "(class 'Beacon')"),
-            std::string::npos)
-      << out;
-  EXPECT_EQ(out.find("Completed"), std::string::npos) << out;
-  // The first table's record was written and stays; the drawing is still whole.
-  EXPECT_EQ(records(kLine), "CABLES:Beacon,power");
-  EXPECT_TRUE(dxf::Document::parse(session_.drawing.serialize(), "again.dxf"));
+               "vel_fld\tKIND\tKind\tcharacter\tghost\n");
+  const std::string refused = "error: unable to load dependecies for object 'Ghost line'\n";
+  const std::string line = std::string(kLine) + "\n\n";
+
+  // By properties the line is a Ghost line (the higher draw order), which cannot be applied.
+  std::string out = run("TAXOR_CLASSIFY_AUTO\n0\n0\n" + line);
+  EXPECT_NE(out.find(refused + "Completed: 0/1\n"), std::string::npos) << out;
+  EXPECT_EQ(records(kLine), "");
+
+  // An entity on a layer the table lacks is a candidate like any other.
+  out = run(classify(kLine, "Cable", "1\n1\n0\n"));
+  EXPECT_NE(out.find("Completed: 1\n"), std::string::npos) << out;
+  EXPECT_EQ(records(kLine), "CABLES:Cable,power");
+
+  // A record of Ghost line, written by someone else, makes it the class of mode 1 and of
+  // TAXOR_RESTORE, which still refuse it and leave the colour alone.
+  setField(kLine, L"CABLES", L"CLASS", L"Ghost line");
+  ASSERT_TRUE(database().setProperty(id(kLine), host::EntityProperty::kColor, host::Color{6}));
+  struct Case {
+    std::string script;
+    std::string expected;
+  };
+  const Case cases[] = {
+      {"TAXOR_CLASSIFY_AUTO\n1\n0\n" + line, refused + "Completed: 0/1\n"},
+      {"TAXOR_RESTORE\n\n0\n" + line, refused + "Completed: 1/1\n"},
+      {"TAXOR_RESTORE\nGhost line\n0\n", "Error: unable to load object dependencies.\n"},
+  };
+  for (const Case& c : cases) {
+    out = run(c.script);
+    EXPECT_NE(out.find(c.expected), std::string::npos) << c.script << "\n" << out;
+  }
+  EXPECT_EQ(color(kLine), 6);
+  EXPECT_EQ(records(kLine), "CABLES:Ghost line,power");
 }
 
 TEST(ClassificationCommandsR12Test, ADrawingWithoutDictionariesIsRefusedWithAReason) {

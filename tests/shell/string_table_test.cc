@@ -110,6 +110,8 @@ TEST(StringTableTest, FormatsEachDirectiveKind) {
       {L"'%s'", {L"Wall"}, L"'Wall'"},
       {L"'%ls'", {L"Straße"}, L"'Straße'"},
       {L"[%6s][%-6s][%.2s]", {L"ab", L"ab", L"abcdef"}, L"[    ab][ab    ][ab]"},
+      // U+1F600 counts two UTF-16 units and is not split.
+      {L"[%4s][%.3s]", {L"a\U0001F600", L"ab\U0001F600"}, L"[ a\U0001F600][ab]"},
       {L"%lf", {2.5}, L"2.500000"},
       {L"%.2lf", {3.14159}, L"3.14"},
       {L"%.0lf", {2.7}, L"3"},
@@ -209,7 +211,7 @@ TEST(StringTableTest, RejectsBadEntriesNamingTheLine) {
       {"107\t%lf", "'%lf'"},
       {"115\t'%s' in %i", "'%s %i'"},  // swapped
       {"107\t50% von %i", "directives"},
-      {"197\tzu viel", "unknown identifier 197"},
+      {"198\tzu viel", "unknown identifier 198"},
       {"99\tzu wenig", "unknown identifier 99"},
       {"1x0\tText", "malformed identifier '1x0'"},
       {"\tText", "malformed identifier ''"},

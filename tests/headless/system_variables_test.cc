@@ -1,0 +1,125 @@
+// System variables of the headless host: `variable` lines of a class file loaded on the
+// command line, set in the drawing's header or in the session, each with its own kind.
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <filesystem>
+#include <fstream>
+#include <optional>
+#include <string>
+
+#include "base/status.h"
+#include "dxf/sample_drawing.h"
+#include "headless/dxf_database.h"
+#include "headless/session.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+using base::Code;
+using host::Point2;
+using host::Point3;
+using host::SysVar;
+
+// The sample drawing with a two-dimensional ($LIMMIN) and a three-dimensional ($INSBASE)
+// point in its header.
+std::string drawingWithPoints() {
+  std::string compact = sample::readCompact("sample_drawing.txt");
+  const std::string anchor = "9 $DWGCODEPAGE\n3 ANSI_1252\n";
+  size_t at = compact.find(anchor);
+  if (at == std::string::npos) return {};
+  compact.insert(at + anchor.size(),
+                 "9 $LIMMIN\n10 0.0\n20 0.0\n9 $INSBASE\n10 0.0\n20 0.0\n30 0.0\n");
+  return sample::toDxf(compact);
+}
+
+template <typename T>
+Code codeOf(const T& result) {
+  if constexpr (std::is_same_v<T, base::Status>) {
+    return result.code();
+  } else {
+    return result ? Code::kOk : result.status().code();
+  }
+}
+
+TEST(SystemVariablesTest, ClassFileSettingsHaveTheVariablesKinds) {
+  struct Case {
+    const char* line;
+    const char* messages;
+    const char* variable;  // read back after the load; nullptr: unknown
+    SysVar expected;       // its value in the session
+    bool in_header;        // also its value in the saved and reopened drawing
+  };
+  const char* const kInvalid = "1: error: invalid 'variable' definition\n";
+  const Case cases[] = {
+      {"variable\tLIMMIN\t1,2\n", "", "LIMMIN", {Point2{1, 2}}, true},
+      {"variable\tLIMMIN\t1,2,3\n", kInvalid, "LIMMIN", {Point2{0, 0}}, true},
+      {"variable\tINSBASE\t1,2\n", kInvalid, "INSBASE", {Point3{0, 0, 0}}, true},
+      {"variable\tINSBASE\t4, 5 ,6\n", "", "INSBASE", {Point3{4, 5, 6}}, true},
+      {"variable\tpickbox\t5\n", "", "PICKBOX", {int16_t{5}}, false},
+      {"variable\tSNAPBASE\t7,8\n", "", "SNAPBASE", {Point2{7, 8}}, false},
+      {"variable\tNOSUCH\t1\n", "1: warning: invalid variable 'NOSUCH'\n", nullptr, {}, false},
+  };
+  const fs::path file =
+      fs::temp_directory_path() / ("taxor_variables_" + std::to_string(::getpid()) + ".txt");
+  for (const Case& c : cases) {
+    std::ofstream(file, std::ios::binary) << c.line;
+    testing_session::Session session(drawingWithPoints());
+    session.run("TAXOR_LOAD\n" + file.string() + "\n");
+    EXPECT_NE(session.out().find(file.string() + "\n" + c.messages + "Command: "),
+              std::string::npos)
+        << c.line << session.out();
+    headless::DxfDatabase& database = session.host->dxfDatabase();
+    if (!c.variable) {
+      EXPECT_EQ(codeOf(database.getVar("NOSUCH")), Code::kNotFound);
+      continue;
+    }
+    auto got = database.getVar(c.variable);
+    ASSERT_TRUE(got) << c.line;
+    EXPECT_EQ(got->value, c.expected.value) << c.line;
+    auto reopened = dxf::Document::parse(session.drawing.serialize(), "saved.dxf");
+    ASSERT_TRUE(reopened) << c.line;
+    headless::DxfDatabase saved(*reopened);
+    auto kept = saved.getVar(c.variable);
+    if (c.in_header) {
+      ASSERT_TRUE(kept) << c.line;
+      EXPECT_EQ(kept->value, c.expected.value) << c.line;
+    } else {
+      // A session variable is not written into the drawing; a new session starts afresh.
+      EXPECT_EQ(reopened->headerVariable(std::string("$") + c.variable).size(), 0u) << c.line;
+    }
+  }
+  fs::remove(file);
+}
+
+TEST(SystemVariablesTest, AValueOfAnotherKindIsRefused) {
+  auto drawing = dxf::Document::parse(drawingWithPoints(), "test.dxf");
+  ASSERT_TRUE(drawing);
+  headless::DxfDatabase database(*drawing);
+  struct Case {
+    const char* name;
+    SysVar value;
+    Code expected;
+  };
+  const Case cases[] = {
+      {"LIMMIN", {Point3{1, 2, 0}}, Code::kInvalid},
+      {"LIMMIN", {Point2{1, 2}}, Code::kOk},
+      {"INSBASE", {Point2{1, 2}}, Code::kInvalid},
+      {"PICKBOX", {int32_t{5}}, Code::kInvalid},
+      {"SNAPBASE", {Point3{1, 2, 0}}, Code::kInvalid},
+      {"HPNAME", {std::wstring(L"ANSI37")}, Code::kOk},
+      {"NOSUCH", {int16_t{1}}, Code::kNotFound},
+  };
+  for (const Case& c : cases) {
+    auto before = database.getVar(c.name);
+    EXPECT_EQ(codeOf(database.setVar(c.name, c.value)), c.expected) << c.name;
+    auto after = database.getVar(c.name);
+    if (c.expected == Code::kOk) {
+      EXPECT_EQ(after->value, c.value.value) << c.name;
+    } else if (before) {
+      EXPECT_EQ(after->value, before->value) << c.name;
+    }
+  }
+}
+
+}  // namespace
