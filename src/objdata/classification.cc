@@ -1,5 +1,7 @@
 #include "objdata/classification.h"
 
+#include <algorithm>
+
 #include "base/crt_numbers.h"
 #include "base/text_case.h"
 #include "objdata/class_dependencies.h"
@@ -120,22 +122,45 @@ const std::vector<Classifier::TableRules>& Classifier::rulesOf(const ObjectClass
 }
 
 bool Classifier::isClassifiedAs(std::span<const TableRecord> records, const ObjectClass& cls,
-                                bool validate, bool required_only) {
-  if (records.empty()) return false;
+                                bool validate, bool required_only,
+                                std::vector<Finding>* findings) {
+  if (records.empty() && !findings) return false;
+  bool classified = !records.empty();
   for (const TableRules& table : rulesOf(cls)) {
-    if (table.key.field.empty()) return false;
+    // A table without a key field cannot name the class: no record of it ever counts.
+    const TableRecord* first_named = nullptr;
     bool carried = false;
-    for (const TableRecord& record : records) {
+    for (const TableRecord& record : table.key.field.empty() ? std::span<const TableRecord>()
+                                                             : records) {
       if (!base::equalsIgnoringCase(record.table_name, table.table->name)) continue;
       int index = findField(record.fields, table.key.field);
       if (index < 0 || !valueEqualsText(record.fields[index].value, table.key.value)) continue;
+      if (!first_named) first_named = &record;
       if (validate && !recordKeepsRules(record, table.fields, required_only)) continue;
       carried = true;
       break;
     }
-    if (!carried) return false;
+    if (carried) continue;
+    classified = false;
+    if (!findings) return false;
+    std::vector<FieldFinding> broken;
+    if (first_named) checkRecord(*first_named, table.fields, required_only, &broken);
+    if (broken.empty()) broken.push_back({BrokenRule::kNoRecord, {}, {}});
+    for (FieldFinding& finding : broken)
+      findings->push_back({&cls, table.table->name, std::move(finding)});
   }
-  return true;
+  return classified;
+}
+
+void Classifier::findBrokenRules(std::span<const TableRecord> records, bool required_only,
+                                 std::vector<Finding>& findings) {
+  std::vector<const ObjectClass*> checked;
+  for (const TableRecord& record : records) {
+    const ObjectClass* cls = classOfRecord(record);
+    if (!cls || std::find(checked.begin(), checked.end(), cls) != checked.end()) continue;
+    checked.push_back(cls);
+    isClassifiedAs(records, *cls, true, required_only, &findings);
+  }
 }
 
 const Classifier::NewRecord& Classifier::newRecordOf(const TableDefinition& table,

@@ -27,6 +27,13 @@ struct ConversionFailure {
   std::wstring value;  // the default, expanded
 };
 
+// A rule of a class that an entity's records break.
+struct Finding {
+  const catalogue::ObjectClass* cls = nullptr;
+  std::wstring table;
+  FieldFinding broken;
+};
+
 class Classifier {
  public:
   // Everything given must outlive the classifier.
@@ -51,8 +58,17 @@ class Classifier {
   // names `cls`; with `validate`, one that also keeps the rules of the table's fields (with
   // `required_only`, of its required fields only). No records: false; a class without
   // tables: true.
+  // With `findings`, what makes the answer false is appended there: per table of the class
+  // that no record keeps, kNoRecord when no record of it names the class, else the rules
+  // the first record naming the class breaks.
   bool isClassifiedAs(std::span<const TableRecord> records, const catalogue::ObjectClass& cls,
-                      bool validate = false, bool required_only = false);
+                      bool validate = false, bool required_only = false,
+                      std::vector<Finding>* findings = nullptr);
+
+  // The rules that `records` break, checked against each class they name (each class once,
+  // in the order the records name them). Empty when the records keep every rule.
+  void findBrokenRules(std::span<const TableRecord> records, bool required_only,
+                       std::vector<Finding>& findings);
 
   // Attaches one record of `table` made of the fields' defaults, storing the table's
   // definition first when the drawing lacks it. False when the definition could not be

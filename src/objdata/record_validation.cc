@@ -1,5 +1,7 @@
 #include "objdata/record_validation.h"
 
+#include <optional>
+
 #include "base/crt_numbers.h"
 #include "base/text_case.h"
 #include "objdata/classification.h"
@@ -88,36 +90,44 @@ bool inRange(const Value& value, const FieldRules& field) {
   return false;
 }
 
-bool fieldKeepsRules(const Value& value, const FieldRules& field) {
-  if ((field.flags & catalogue::kFieldNotEmpty) && isEmptyText(value)) return false;
+bool inList(const Value& value, const FieldRules& field) {
+  for (size_t i = 0; i < field.texts.size(); ++i) {
+    switch (value.type) {
+      case ValueType::kCharacter:
+        if (textEquals(value, field.texts[i])) return true;
+        break;
+      case ValueType::kInteger:
+        if (value.integer == field.integers[i]) return true;
+        break;
+      case ValueType::kReal:
+        if (value.real == field.reals[i]) return true;
+        break;
+      default:
+        if (sameValue(value, makeValue(value.type, field.texts[i]))) return true;
+        break;
+    }
+  }
+  return false;
+}
+
+// The rule the value breaks, or nothing.
+std::optional<BrokenRule> brokenRule(const Value& value, const FieldRules& field) {
+  if ((field.flags & catalogue::kFieldNotEmpty) && isEmptyText(value)) return BrokenRule::kEmpty;
   switch (field.kind) {
     case ValueKind::kFree:
     case ValueKind::kDefault:
-      return true;
+      return std::nullopt;
     case ValueKind::kKey:
-      return !field.texts.empty() && textEquals(value, field.texts[0]);
+      if (!field.texts.empty() && textEquals(value, field.texts[0])) return std::nullopt;
+      return BrokenRule::kWrongKey;
     case ValueKind::kList:
-      for (size_t i = 0; i < field.texts.size(); ++i) {
-        switch (value.type) {
-          case ValueType::kCharacter:
-            if (textEquals(value, field.texts[i])) return true;
-            break;
-          case ValueType::kInteger:
-            if (value.integer == field.integers[i]) return true;
-            break;
-          case ValueType::kReal:
-            if (value.real == field.reals[i]) return true;
-            break;
-          default:
-            if (sameValue(value, makeValue(value.type, field.texts[i]))) return true;
-            break;
-        }
-      }
-      return false;
+      if (inList(value, field)) return std::nullopt;
+      return BrokenRule::kNotAllowed;
     case ValueKind::kRange:
-      return field.texts.size() >= 2 && inRange(value, field);
+      if (field.texts.size() >= 2 && inRange(value, field)) return std::nullopt;
+      return BrokenRule::kOutOfRange;
   }
-  return false;
+  return BrokenRule::kNotAllowed;
 }
 
 }  // namespace
@@ -144,8 +154,9 @@ std::vector<FieldRules> compileRules(const catalogue::TableDefinition& table,
   return rules;
 }
 
-bool recordKeepsRules(const TableRecord& record, const std::vector<FieldRules>& rules,
-                      bool required_only) {
+bool checkRecord(const TableRecord& record, const std::vector<FieldRules>& rules,
+                 bool required_only, std::vector<FieldFinding>* findings) {
+  bool kept = true;
   for (size_t i = 0; i < rules.size(); ++i) {
     const FieldRules& field = rules[i];
     if (required_only && !(field.flags & catalogue::kFieldRequired)) continue;
@@ -154,10 +165,15 @@ bool recordKeepsRules(const TableRecord& record, const std::vector<FieldRules>& 
         i < record.fields.size() && base::equalsIgnoringCase(record.fields[i].name, field.name)
             ? static_cast<int>(i)
             : findField(record.fields, field.name);
-    if (index < 0) return false;
-    if (!fieldKeepsRules(record.fields[index].value, field)) return false;
+    std::optional<BrokenRule> broken =
+        index < 0 ? BrokenRule::kFieldMissing : brokenRule(record.fields[index].value, field);
+    if (!broken) continue;
+    kept = false;
+    if (!findings) return false;
+    findings->push_back(
+        {*broken, field.name, index < 0 ? std::wstring() : textOrEmpty(record.fields[index].value)});
   }
-  return true;
+  return kept;
 }
 
 bool recordKeepsRules(const TableRecord& record, const catalogue::TableDefinition& table,

@@ -31,13 +31,37 @@ struct FieldRules {
 std::vector<FieldRules> compileRules(const catalogue::TableDefinition& table,
                                      const TextExpander& expand);
 
-// Whether `record` keeps the rules of every field (only the required fields with
+// A rule a record breaks.
+enum class BrokenRule : uint8_t {
+  kNoRecord,      // the entity carries no record of the table that names the class
+  kFieldMissing,  // the drawing's table has no such field
+  kEmpty,         // a not-empty field is empty
+  kWrongKey,      // a key field does not name the class
+  kNotAllowed,    // a list field holds none of its allowed values
+  kOutOfRange,    // a range field lies outside its minimum and maximum
+};
+
+// One rule broken by one field of a record (no field for kNoRecord).
+struct FieldFinding {
+  BrokenRule rule = BrokenRule::kNoRecord;
+  std::wstring field;
+  std::wstring value;  // the field's value as text; empty when unset
+};
+
+// Checks `record` against the rules of every field (only the required fields with
 // `required_only`): the field is stored; a not-empty field's text is not empty; a key field
 // holds its value; a list field one of its allowed values; a range field lies between its
 // minimum and maximum, both included. Texts compare without regard to case; numbers and
 // points as values of the record's type. Default-only and free fields take any value.
-bool recordKeepsRules(const TableRecord& record, const std::vector<FieldRules>& rules,
-                      bool required_only);
+// True when every rule is kept. With `findings`, every broken rule is appended to it;
+// without, the check stops at the first.
+bool checkRecord(const TableRecord& record, const std::vector<FieldRules>& rules,
+                 bool required_only, std::vector<FieldFinding>* findings = nullptr);
+
+inline bool recordKeepsRules(const TableRecord& record, const std::vector<FieldRules>& rules,
+                             bool required_only) {
+  return checkRecord(record, rules, required_only);
+}
 
 // The same, compiling the rules of `table` first.
 bool recordKeepsRules(const TableRecord& record, const catalogue::TableDefinition& table,

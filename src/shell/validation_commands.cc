@@ -30,16 +30,12 @@ void assertCommand(CommandContext& context) {
   }
   ClassificationRun run(context);
   objdata::Classifier& classifier = run.classifier();
-  auto breaksRules = [&](host::ObjectId id) {
-    std::span<const objdata::TableRecord> records = classifier.records(id);
-    return std::any_of(records.begin(), records.end(), [&](const objdata::TableRecord& record) {
-      const catalogue::ObjectClass* cls = classifier.classOfRecord(record);
-      return cls && !classifier.isClassifiedAs(records, *cls, true, *check_all == 0);
-    });
-  };
+  std::vector<objdata::Finding> findings;
   std::vector<host::ObjectId>& ids = *candidates;
   for (size_t i = 0; i < ids.size();) {
-    if (breaksRules(ids[i]))
+    findings.clear();
+    classifier.findBrokenRules(classifier.records(ids[i]), *check_all == 0, findings);
+    if (!findings.empty())
       ++i;
     else
       maintenance::removeBySwap(ids, i);
@@ -60,8 +56,11 @@ void statCommand(CommandContext& context) {
   };
   std::map<const catalogue::ObjectClass*, ClassCount> classes;
   int unclassified = 0;
+  std::vector<objdata::Finding> findings;
   for (host::ObjectId id : *candidates) {
     std::span<const objdata::TableRecord> records = classifier.records(id);
+    findings.clear();
+    classifier.findBrokenRules(records, true, findings);
     std::vector<const catalogue::ObjectClass*> counted;
     for (const objdata::TableRecord& record : records) {
       const catalogue::ObjectClass* cls = classifier.classOfRecord(record);
@@ -70,7 +69,9 @@ void statCommand(CommandContext& context) {
       counted.push_back(cls);
       ClassCount& count = classes[cls];
       ++count.entities;
-      if (!classifier.isClassifiedAs(records, *cls, true, true)) ++count.invalid;
+      if (std::any_of(findings.begin(), findings.end(),
+                      [&](const objdata::Finding& finding) { return finding.cls == cls; }))
+        ++count.invalid;
     }
     if (counted.empty()) ++unclassified;
   }

@@ -183,6 +183,26 @@ TEST(ClassifierValidation, EachFieldRule) {
               c.valid_required_only);
     // Membership alone never looks at the other fields.
     EXPECT_TRUE(run.classifier().isClassifiedAs(std::vector{record}, pipe));
+    // The findings name what is wrong where.
+    std::vector<objdata::Finding> findings;
+    run.classifier().findBrokenRules(std::vector{record}, false, findings);
+    if (c.valid) {
+      EXPECT_TRUE(findings.empty());
+      continue;
+    }
+    ASSERT_EQ(findings.size(), 1u);
+    EXPECT_EQ(findings[0].cls, &pipe);
+    EXPECT_EQ(findings[0].table, L"PIPES");
+    EXPECT_EQ(findings[0].broken.field, c.field);
+    EXPECT_EQ(findings[0].broken.value, c.value ? objdata::textOrEmpty(*c.value) : L"");
+    using objdata::BrokenRule;
+    std::wstring_view field = c.field;
+    BrokenRule rule = !c.value                                       ? BrokenRule::kFieldMissing
+                      : field == L"NAME"                             ? BrokenRule::kEmpty
+                      : field == L"DEPTH" || field == L"LENGTH" || field == L"ZONE"
+                          ? BrokenRule::kOutOfRange
+                          : BrokenRule::kNotAllowed;
+    EXPECT_EQ(findings[0].broken.rule, rule);
   }
 }
 
