@@ -8,6 +8,7 @@
 #include <sstream>
 #include <string>
 
+#include "catalogue/binding.h"
 #include "catalogue/parser.h"
 #include "drawing_generator.h"
 #include "dxf/document.h"
@@ -70,14 +71,17 @@ void BM_ParseClassFile(benchmark::State& state) {
   std::ostringstream out, err;
   headless::HeadlessHost host(*drawing, L"empty.dxf", input, out, err, false, true);
   size_t classes = 0;
+  catalogue::HostEnvironment environment(host);
   for (auto _ : state) {
-    catalogue::ParseResult result =
-        catalogue::parseClassText(text, L"/generated/classes.txt", host);
+    // As loading does it: the parse, then binding to the drawing.
+    catalogue::Binding result = catalogue::bindCatalogue(
+        catalogue::parseClassDefinitions(text, L"/generated/classes.txt", environment),
+        host.database());
     if (!result.ok || !result.messages.empty()) {
       state.SkipWithError("the generated file did not parse cleanly");
       break;
     }
-    classes = result.catalogue.objects.size();
+    classes = result.catalogue->objects.size();
     benchmark::DoNotOptimize(classes);
   }
   state.SetBytesProcessed(static_cast<int64_t>(state.iterations() * text.size()));

@@ -30,18 +30,18 @@ const TableEntry* Catalogue::findTable(std::wstring_view name) const {
 
 const Group* Catalogue::findGroup(std::wstring_view name) const { return findGroupIn(tree, name); }
 
-bool Catalogue::hasResource(uint32_t kind, std::wstring_view name) const {
+bool DrawingResources::hasResource(uint32_t kind, std::wstring_view name) const {
   auto table = resource_tables.find(kind);
   return table != resource_tables.end() && table->second.contains(base::lowerCase(name));
 }
 
-const ResourceMap& Catalogue::resources(uint32_t kind) const {
+const ResourceMap& DrawingResources::resources(uint32_t kind) const {
   static const ResourceMap kNone;
   auto table = resource_tables.find(kind);
   return table == resource_tables.end() ? kNone : table->second;
 }
 
-bool Catalogue::isLoadedFile(std::wstring_view path) const {
+bool DrawingResources::isLoadedFile(std::wstring_view path) const {
   return std::any_of(loaded_files.begin(), loaded_files.end(), [&](const std::wstring& file) {
     return base::equalsIgnoringCase(file, path);
   });
@@ -49,8 +49,8 @@ bool Catalogue::isLoadedFile(std::wstring_view path) const {
 
 bool Catalogue::empty() const {
   return objects.empty() && tables.empty() && tree.children.empty() && tree.members.empty() &&
-         global_settings.empty() && resource_tables.empty() && block_files.empty() &&
-         loaded_files.empty();
+         global_settings.empty() && block_files.empty() && needed_resources.empty() &&
+         imports.empty();
 }
 
 void Catalogue::clear() {

@@ -1,7 +1,9 @@
 // The in-memory form of one class-definition file: the classification tree, the object
-// classes, the table index, the global settings and the resources imported for the classes.
-// Built whole by the parser and never edited afterwards; names are looked up without regard
-// to case through lower-case keys, while display forms keep their case.
+// classes, the table index, the global settings and the resource files the classes draw on.
+// Built whole by the parser and never edited afterwards, so that one catalogue serves any
+// number of drawings and threads; what binding it to a drawing brings is kept apart, in
+// DrawingResources. Names are looked up without regard to case through lower-case keys,
+// while display forms keep their case.
 #pragma once
 
 #include <cstdint>
@@ -14,7 +16,7 @@
 #include "catalogue/sysvar_setting.h"
 #include "catalogue/table_definition.h"
 #include "draw/object_properties.h"
-#include "objdata/stored_table.h"
+#include "host/resources.h"
 
 namespace catalogue {
 
@@ -46,9 +48,6 @@ struct ObjectClass {
 
 // One entry of the table index.
 struct TableEntry {
-  // The definition the current drawing stored when the catalogue was built; nothing when
-  // the drawing stored none.
-  std::optional<objdata::StoredTable> stored;
   // Lower-case names of the classes that use the table, in order of first use.
   std::vector<std::wstring> objects;
 };
@@ -59,6 +58,27 @@ struct ResourceEntry {
   std::wstring file;  // full path of that file
 };
 using ResourceMap = std::map<std::wstring, ResourceEntry>;  // by lower-case name
+
+// A file named by a resource keyword, with the host::ResourceKind bits it serves.
+struct ResourceFile {
+  std::wstring path;  // full path
+  uint32_t mask = 0;
+  bool operator==(const ResourceFile&) const = default;
+};
+
+// What binding a catalogue to one drawing brought into that drawing.
+struct DrawingResources {
+  // Whether a resource of `kind` (one host::ResourceKind bit) named `name` in any case was
+  // made available.
+  bool hasResource(uint32_t kind, std::wstring_view name) const;
+  const ResourceMap& resources(uint32_t kind) const;
+  bool isLoadedFile(std::wstring_view path) const;
+
+  // Resources by host::ResourceKind bit.
+  std::map<uint32_t, ResourceMap> resource_tables;
+  // Files whose resources were loaded, in load order.
+  std::vector<std::wstring> loaded_files;
+};
 
 // A drawing declared with `blockreferencefile`: a block by itself.
 struct BlockFile {
@@ -76,13 +96,7 @@ class Catalogue {
   // The first group, depth first from the root, whose lower-cased name equals `name`
   // exactly (so a name given in upper case finds nothing); null when there is none.
   const Group* findGroup(std::wstring_view name) const;
-  // Whether a resource of `kind` (one host::ResourceKind bit) named `name` in any case was
-  // made available.
-  bool hasResource(uint32_t kind, std::wstring_view name) const;
-  const ResourceMap& resources(uint32_t kind) const;
-  bool isLoadedFile(std::wstring_view path) const;
-
-  // True when no class, group, table, setting or resource was loaded.
+  // True when no class, group, table, setting or resource file was loaded.
   bool empty() const;
   // Empties every container; the class-file path stays.
   void clear();
@@ -97,12 +111,14 @@ class Catalogue {
   Group tree;
   // Settings declared before the first class, applied once when loading succeeds.
   std::vector<SysVarSetting> global_settings;
-  // Resources by host::ResourceKind bit.
-  std::map<uint32_t, ResourceMap> resource_tables;
-  // Block files by lower-case full path.
+  // The block files that serve a needed block, by lower-case full path.
   std::map<std::wstring, BlockFile> block_files;
-  // Files whose resources were loaded, in load order.
-  std::vector<std::wstring> loaded_files;
+  // The resource names the classes need and no block file serves, by kind (see
+  // neededResources): what is imported and what a drawing is warned to lack.
+  host::ResourceNames needed_resources;
+  // The files to import into each drawing, in order, each with the kinds it serves that
+  // some class needs (always its layouts).
+  std::vector<ResourceFile> imports;
 };
 
 }  // namespace catalogue

@@ -40,22 +40,35 @@ bool isDrawable(const ObjectClass& object) {
   return object.objectTypes().front() != draw::kTypeNotDrawable;
 }
 
+// What comparing `table` with a stored definition looks at: the field names and types.
+TableDefinition shapeOf(const TableDefinition& table) {
+  TableDefinition shape{table.name, {}};
+  shape.fields.reserve(table.fields.size());
+  for (const FieldDefinition& field : table.fields) {
+    FieldDefinition& f = shape.fields.emplace_back();
+    f.name = field.name;
+    f.type = field.type;
+  }
+  return shape;
+}
+
 class Parser {
  public:
-  Parser(host::Host& host, const std::wstring& class_file) : host_(host) {
-    result_.catalogue.class_file = class_file;
-    stack_.push_back(&result_.catalogue.tree);
-    table_dictionary_ = objdata::findTableDictionary(host_.database());
+  Parser(ParseEnvironment& environment, const std::wstring& class_file)
+      : environment_(environment) {
+    catalogue_.class_file = class_file;
+    stack_.push_back(&catalogue_.tree);
   }
 
-  ParseResult run(std::wstring_view text) {
+  ParsedClasses run(std::wstring_view text) {
     result_.ok = readLines(text) && finish();
-    if (!result_.ok) result_.catalogue.clear();
+    if (!result_.ok) catalogue_.clear();
+    result_.catalogue = std::make_shared<const Catalogue>(std::move(catalogue_));
     return std::move(result_);
   }
 
  private:
-  Catalogue& catalogue() { return result_.catalogue; }
+  Catalogue& catalogue() { return catalogue_; }
 
   void report(PM message, int line, std::wstring argument = {}) {
     result_.messages.push_back({message, line, std::move(argument)});
@@ -233,12 +246,9 @@ class Parser {
     if (!isWellFormed(table)) {
       report(PM::kWarnTableIllFormed, line_, table.name);
     } else {
-      objdata::StoredTable stored;
-      if (objdata::readStoredTable(host_.database(), table_dictionary_, table.name, stored) ==
-              objdata::kStatusOk &&
-          !matchesStoredTable(table, stored)) {
-        return fail(PM::kTableMismatch, table.name);
-      }
+      // Whether the table agrees with a drawing's stored one is known only when binding;
+      // a mismatch there ends the report here.
+      result_.table_checks.push_back({shapeOf(table), line_, result_.messages.size()});
     }
     if (collected_.add(table) == TableCollection::Result::kConflict) {
       return fail(PM::kConflictingTables, table.name);
@@ -271,7 +281,7 @@ class Parser {
 
   bool onVariable(const Tokens& t) {
     if (t.size() != 3) return fail(PM::kInvalidVariable);
-    auto current = host_.database().getVar(base::toUtf8(t[1]));
+    auto current = environment_.getVar(base::toUtf8(t[1]));
     if (!current) {
       report(PM::kWarnInvalidVariable, line_, t[1]);
       return true;
@@ -300,7 +310,7 @@ class Parser {
     }
     for (const std::wstring& file : files) {
       if (rule.shape_fonts && hasExtension(file, L".shx")) {
-        if (!addToSupportPath(host_, file)) {
+        if (!addToSupportPath(environment_, file)) {
           // The file goes on being read for its messages, but nothing of it is kept.
           report(PM::kUnableToLoad, 0, file);
           failed_ = true;
@@ -332,39 +342,24 @@ class Parser {
       return false;
     }
     if (object_ && !closeObject()) return false;
-    if (!loadResources(catalogue(), dependencies_, host_.database(), result_.messages)) {
-      return false;
-    }
-    for (const SysVarSetting& setting : catalogue().global_settings) {
-      if (auto value = toSysVar(setting)) {
-        (void)host_.database().setVar(base::toUtf8(setting.name), *value);
-      }
-    }
+    planResources(catalogue(), dependencies_);
     buildTableIndex();
     return true;
   }
 
   void buildTableIndex() {
-    host::ObjectId dictionary = objdata::findTableDictionary(host_.database());
     for (const auto& [key, object] : catalogue().objects) {
       for (const TableDefinition& table : object.tables) {
-        auto [entry, created] = catalogue().tables.try_emplace(base::lowerCase(table.name));
-        if (created) {
-          objdata::StoredTable stored;
-          if (objdata::readStoredTable(host_.database(), dictionary, table.name, stored) ==
-              objdata::kStatusOk) {
-            entry->second.stored = std::move(stored);
-          }
-        }
+        auto entry = catalogue().tables.try_emplace(base::lowerCase(table.name)).first;
         std::vector<std::wstring>& users = entry->second.objects;
         if (std::find(users.begin(), users.end(), key) == users.end()) users.push_back(key);
       }
     }
   }
 
-  host::Host& host_;
-  ParseResult result_;
-  host::ObjectId table_dictionary_;
+  ParseEnvironment& environment_;
+  Catalogue catalogue_;
+  ParsedClasses result_;
   MacroTable macros_;
   TableCollection collected_;
   DependencyTable dependencies_;
@@ -384,19 +379,34 @@ class Parser {
 
 }  // namespace
 
-ParseResult parseClassText(std::string_view utf8, const std::wstring& path, host::Host& host) {
-  std::wstring text = decodeClassFile(utf8);
-  return Parser(host, path).run(text);
+base::Result<host::SysVar> HostEnvironment::getVar(std::string_view name) const {
+  return host_.database().getVar(name);
 }
 
-ParseResult parseClassFile(const std::wstring& path, host::Host& host) {
+std::optional<std::wstring> HostEnvironment::getEnv(std::wstring_view name) const {
+  return host_.getEnv(name);
+}
+
+bool HostEnvironment::setEnv(std::wstring_view name, std::wstring_view value) {
+  return host_.setEnv(name, value);
+}
+
+ParsedClasses parseClassDefinitions(std::string_view utf8, const std::wstring& path,
+                                    ParseEnvironment& environment) {
+  std::wstring text = decodeClassFile(utf8);
+  return Parser(environment, path).run(text);
+}
+
+ParsedClasses readClassDefinitions(const std::wstring& path, ParseEnvironment& environment) {
   std::optional<std::string> bytes = readFileBytes(path);
   if (!bytes) {
-    ParseResult result;
-    result.catalogue.class_file = path;
+    Catalogue empty;
+    empty.class_file = path;
+    ParsedClasses result;
+    result.catalogue = std::make_shared<const Catalogue>(std::move(empty));
     return result;
   }
-  return parseClassText(*bytes, path, host);
+  return parseClassDefinitions(*bytes, path, environment);
 }
 
 }  // namespace catalogue

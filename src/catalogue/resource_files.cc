@@ -6,6 +6,7 @@
 
 #include "base/text_case.h"
 #include "base/utf.h"
+#include "catalogue/parser.h"
 #include "host/resources.h"
 
 namespace catalogue {
@@ -146,16 +147,16 @@ std::wstring blockNameOf(std::wstring_view path) {
   return std::wstring(name.substr(0, name.size() >= 4 ? name.size() - 4 : 0));
 }
 
-bool addToSupportPath(host::Host& host, std::wstring_view path) {
+bool addToSupportPath(ParseEnvironment& environment, std::wstring_view path) {
   std::ifstream file(nativePath(path), std::ios::binary);
   if (!file) return false;
   std::wstring folder = folderOf(path);
   // An unset value is an empty one: the folder is then the first entry.
-  std::wstring value = host.getEnv(L"ACAD").value_or(L"");
+  std::wstring value = environment.getEnv(L"ACAD").value_or(L"");
   if (value.find(folder) != std::wstring::npos) return true;
   if (!value.empty() && value.back() != L';') value += L';';
   value += folder + L";";
-  return host.setEnv(L"ACAD", value);
+  return environment.setEnv(L"ACAD", value);
 }
 
 }  // namespace catalogue

@@ -12,9 +12,10 @@
 #include <vector>
 
 #include "catalogue/parse_message.h"
-#include "host/host.h"
 
 namespace catalogue {
+
+class ParseEnvironment;
 
 struct ResourceKeyword {
   std::wstring_view keyword;
@@ -59,10 +60,10 @@ std::filesystem::path nativePath(std::wstring_view path);
 // The bytes of the file at `path`; nothing when it is not a readable file (a folder, say).
 std::optional<std::string> readFileBytes(std::wstring_view path);
 
-// Makes the folder of the shape font `path` known to the host: the file must open for
-// reading, and the folder is appended to the environment value "ACAD" (with ";" around it)
-// unless the value already holds it. Returns false when the file cannot be read or the
-// value cannot be written.
-bool addToSupportPath(host::Host& host, std::wstring_view path);
+// Makes the folder of the shape font `path` known to the host through `environment`: the
+// file must open for reading, and the folder is appended to the environment value "ACAD"
+// (with ";" around it) unless the value already holds it. Returns false when the file
+// cannot be read or the value cannot be written.
+bool addToSupportPath(ParseEnvironment& environment, std::wstring_view path);
 
 }  // namespace catalogue

@@ -57,8 +57,7 @@ host::ResourceNames neededResources(const Catalogue& catalogue) {
   return names;
 }
 
-bool loadResources(Catalogue& catalogue, const DependencyTable& dependencies,
-                   host::Database& database, std::vector<Diagnostic>& messages) {
+void planResources(Catalogue& catalogue, const DependencyTable& dependencies) {
   host::ResourceNames needed = neededResources(catalogue);
 
   std::map<std::wstring, BlockFile> block_files_in_use;
@@ -81,18 +80,26 @@ bool loadResources(Catalogue& catalogue, const DependencyTable& dependencies,
     for (uint32_t kind = 1; kind <= host::kResourceTextStyles; kind <<= 1) {
       if (kind != host::kResourceLayouts && !needed.contains(kind)) mask &= ~kind;
     }
-    if (mask == 0) continue;
-    auto provided = database.importResources(file.path, mask, needed);
+    if (mask != 0) catalogue.imports.push_back({file.path, mask});
+  }
+  catalogue.needed_resources = std::move(needed);
+}
+
+bool loadResources(const Catalogue& catalogue, host::Database& database,
+                   std::vector<Diagnostic>& messages, DrawingResources& loaded) {
+  const host::ResourceNames& needed = catalogue.needed_resources;
+  for (const ResourceFile& file : catalogue.imports) {
+    auto provided = database.importResources(file.path, file.mask, needed);
     if (!provided) {
       messages.push_back({ParseMessage::kUnableToLoad, 0, file.path});
       return false;
     }
     for (const auto& [kind, names] : *provided) {
-      ResourceMap& table = catalogue.resource_tables[kind];
+      ResourceMap& table = loaded.resource_tables[kind];
       for (const std::wstring& name : names)
         table.try_emplace(base::lowerCase(name), ResourceEntry{name, file.path});
     }
-    catalogue.loaded_files.push_back(file.path);
+    loaded.loaded_files.push_back(file.path);
   }
 
   for (const Check& check : kChecks) {

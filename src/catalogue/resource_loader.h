@@ -1,6 +1,6 @@
-// The end-of-file resource steps of the parser: which resources the classes need, which
-// declared files serve them, importing them into the drawing, and warning of names the
-// drawing still lacks.
+// The end-of-file resource steps: which resources the classes need and which declared files
+// serve them (part of the parse), then importing them into a drawing and warning of names
+// the drawing still lacks (part of binding the catalogue to that drawing).
 #pragma once
 
 #include <cstdint>
@@ -27,15 +27,16 @@ using DependencyTable = std::map<std::wstring, DependencyFile>;
 // text style. Empty names and "*" are left out.
 host::ResourceNames neededResources(const Catalogue& catalogue);
 
-// Runs the steps in order: lists the needed names (a needed block that a block file provides
-// is served by that file, which is kept in the catalogue's block files; the others are
-// dropped); clears in each file the bits of kinds nobody needs (never the layout bit) and
-// drops files left with none; imports each remaining file into `database`, filing the names
-// it provided into the catalogue's resources and its path into the loaded files; then warns
-// of each needed name the drawing does not have.
-// Returns false after "unable to load" for a file the host cannot import; the catalogue is
-// then incomplete and the caller empties it.
-bool loadResources(Catalogue& catalogue, const DependencyTable& dependencies,
-                   host::Database& database, std::vector<Diagnostic>& messages);
+// Plans the resources of the finished `catalogue`: lists the needed names (a needed block
+// that a block file provides is served by that file, which is kept in the catalogue's block
+// files; the others are dropped); clears in each file the bits of kinds nobody needs (never
+// the layout bit) and keeps the files left with some as the catalogue's imports.
+void planResources(Catalogue& catalogue, const DependencyTable& dependencies);
+
+// Imports each of the catalogue's files into `database`, filing the names it provided and
+// its path into `loaded`; then warns of each needed name the drawing does not have.
+// Returns false after "unable to load" for a file the host cannot import.
+bool loadResources(const Catalogue& catalogue, host::Database& database,
+                   std::vector<Diagnostic>& messages, DrawingResources& loaded);
 
 }  // namespace catalogue

@@ -127,10 +127,14 @@ bool synchronizeInsert(Document& doc, RecordId insert, const std::vector<Definit
   RecordId after = seqend != kNoRecord ? doc.next(seqend)
                    : attribs.empty()   ? doc.next(insert)
                                        : doc.next(attribs.back());
-  for (RecordId a : attribs) doc.unlink(a);
-  if (seqend != kNoRecord) doc.unlink(seqend);
+  // Kept attributes and the SEQEND are moved, not erased and added again: they stay the
+  // same objects.
+  for (RecordId a : attribs) {
+    if (std::find(wanted.begin(), wanted.end(), a) == wanted.end()) doc.unlink(a);
+  }
   RecordEdit edit(doc, insert);
   if (wanted.empty()) {
+    if (seqend != kNoRecord) doc.unlink(seqend);
     int at = edit.find(66);
     if (at >= 0) edit.erase(static_cast<size_t>(at));
     edit.commit();
@@ -138,9 +142,18 @@ bool synchronizeInsert(Document& doc, RecordId insert, const std::vector<Definit
   }
   edit.setInSubclass("AcDbBlockReference", 66, "1");
   edit.commit();
-  for (RecordId a : wanted) doc.insertBefore(after, a);
-  if (seqend == kNoRecord) seqend = doc.newRecord(seqendFor(doc, insert));
-  doc.insertBefore(after, seqend);
+  for (RecordId a : wanted) {
+    if (std::find(attribs.begin(), attribs.end(), a) != attribs.end()) {
+      doc.moveBefore(after, a);
+    } else {
+      doc.insertBefore(after, a);
+    }
+  }
+  if (seqend == kNoRecord) {
+    doc.insertBefore(after, doc.newRecord(seqendFor(doc, insert)));
+  } else {
+    doc.moveBefore(after, seqend);
+  }
   return true;
 }
 

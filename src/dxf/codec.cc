@@ -209,10 +209,8 @@ struct Codec::Impl {
   Converter decoder;  // code page -> UTF-32LE
   Converter encoder;  // UTF-32LE -> code page
 
-  // Mutable caches below make an Impl (shared by copies of a Codec) single-threaded.
-  mutable std::array<Converter, kEscapePages.size()> escape_decoders;
-  mutable std::string buf;
-  mutable std::string pending_utf32;
+  // The two converters keep iconv's conversion state, so a codec, like the drawing it
+  // belongs to, is used from one thread at a time; it keeps no other state between calls.
 
   // Sets the tables up for iconv encoding `iconv_name`; false if iconv lacks it.
   bool init(std::string_view iconv_name);
@@ -306,6 +304,7 @@ void Codec::Impl::decodeText(std::string_view bytes, std::wstring& out, bool& cl
           i += lead[static_cast<unsigned char>(bytes[i])] ? 2 : 1;
         }
         i = std::min(i, bytes.size());
+        std::string buf;
         clean &= decodeWith(decoder.get(), bytes.substr(start, i - start), out, buf);
       }
       return;
@@ -336,13 +335,12 @@ size_t Codec::Impl::decodeEscape(std::string_view s, std::wstring& out, bool& cl
   if (s.size() >= 8 && s[1] == 'M' && s[2] == '+' && s[3] >= '1' && s[3] <= '5') {
     int32_t code = hex4(s.substr(4));
     if (code < 0x8000) return 0;  // not a double-byte character
-    Converter& cd = escape_decoders[s[3] - '1'];
-    if (!cd.isOpen()) {
-      cd = Converter("UTF-32LE", std::string(kEscapePages[s[3] - '1']).c_str());
-      if (!cd.isOpen()) return 0;
-    }
+    // Such escapes are rare: their converter is opened for each.
+    Converter cd("UTF-32LE", std::string(kEscapePages[s[3] - '1']).c_str());
+    if (!cd.isOpen()) return 0;
     const char pair[2] = {static_cast<char>(code >> 8), static_cast<char>(code & 0xFF)};
     std::wstring text;
+    std::string buf;
     if (!decodeWith(cd.get(), std::string_view(pair, 2), text, buf) || text.size() != 1) {
       out.push_back(static_cast<wchar_t>(kReplacement));
       clean = false;
@@ -357,7 +355,7 @@ size_t Codec::Impl::decodeEscape(std::string_view s, std::wstring& out, bool& cl
 void Codec::Impl::encodeMultiByte(std::string_view utf32, std::string& out) const {
   iconv_t cd = encoder.get();
   iconv(cd, nullptr, nullptr, nullptr, nullptr);
-  buf.resize(utf32.size() + 16);
+  std::string buf(utf32.size() + 16, '\0');
   char* inp = const_cast<char*>(utf32.data());  // iconv's prototype lacks const
   size_t in_left = utf32.size();
   while (true) {
@@ -458,8 +456,7 @@ std::string Codec::encode(std::wstring_view text) const {
   if (impl.kind == Impl::Kind::kUtf8) return base::toUtf8(text);
   out.reserve(text.size() + 8);
 
-  std::string& run = impl.pending_utf32;  // UTF-32LE of the pending non-ASCII run (multibyte only)
-  run.clear();
+  std::string run;  // UTF-32LE of the pending non-ASCII run (multibyte only)
   while (i < text.size()) {
     char32_t cp = static_cast<char32_t>(text[i++]);
     if (cp < 0x80) {

@@ -81,6 +81,22 @@ RecordId Document::newRecord(std::span<const Tag> tags) {
 }
 
 void Document::insertBefore(RecordId pos, RecordId id) {
+  link(pos, id);
+  notify(id, true);
+}
+
+void Document::unlink(RecordId id) {
+  if (records_[id].erased) return;
+  unlinkQuietly(id);
+  notify(id, false);
+}
+
+void Document::moveBefore(RecordId pos, RecordId id) {
+  unlinkQuietly(id);
+  link(pos, id);
+}
+
+void Document::link(RecordId pos, RecordId id) {
   Record& r = records_[id];
   r.erased = false;
   r.next = pos;
@@ -99,7 +115,7 @@ void Document::insertBefore(RecordId pos, RecordId id) {
   if (h != 0) indexHandle(id, h);
 }
 
-void Document::unlink(RecordId id) {
+void Document::unlinkQuietly(RecordId id) {
   Record& r = records_[id];
   if (r.erased) return;
   if (r.prev != kNoRecord) {
@@ -114,6 +130,36 @@ void Document::unlink(RecordId id) {
   }
   r.erased = true;
   r.prev = r.next = kNoRecord;
+}
+
+void Document::notify(RecordId id, bool added) {
+  if (observer_ == nullptr) return;
+  // Structure markers are positions in the file, not objects of the drawing.
+  std::string_view t = type(id);
+  if (t == "SECTION" || t == "ENDSEC" || t == "ENDTAB" || t == "EOF") return;
+  if (batch_depth_ > 0) {
+    notices_.emplace_back(id, added);
+    return;
+  }
+  if (added) {
+    observer_->recordAdded(id);
+  } else {
+    observer_->recordErased(id);
+  }
+}
+
+void Document::flushNotices() {
+  // Taken out first: the observer may change the drawing and so add notices of its own.
+  std::vector<std::pair<RecordId, bool>> notices;
+  notices.swap(notices_);
+  for (auto [id, added] : notices) {
+    if (observer_ == nullptr) return;
+    if (added) {
+      observer_->recordAdded(id);
+    } else {
+      observer_->recordErased(id);
+    }
+  }
 }
 
 RecordId Document::byHandle(Handle handle) const {

@@ -41,6 +41,18 @@ struct Span {
   RecordId tail = kNoRecord;
 };
 
+// Told of the objects that join and leave a drawing, whoever adds or erases them. Objects
+// are every record but the markers of the file's structure (SECTION, ENDSEC, ENDTAB, EOF).
+class DocumentObserver {
+ public:
+  virtual ~DocumentObserver() = default;
+  // `id` was linked into the file with its tags complete (and, for an object a dictionary
+  // lists, after the entry that names it was written).
+  virtual void recordAdded(RecordId id) = 0;
+  // `id` was unlinked for good. A cascade is told owner first, then what it owned.
+  virtual void recordErased(RecordId id) = 0;
+};
+
 class Document {
  public:
   Document() = default;
@@ -107,6 +119,14 @@ class Document {
   void insertBefore(RecordId pos, RecordId id);
   // Unlinks `id` from the file and forgets its handle.
   void unlink(RecordId id);
+  // Moves the linked record `id` to just before `pos`; the observer is not told, since the
+  // object stays in the drawing.
+  void moveBefore(RecordId pos, RecordId id);
+
+  // --- Observer. At most one; it must outlive the drawing or be reset to nullptr first.
+  // Notices wait while a ChangeBatch is open and are told, in order, when the last closes.
+  void setObserver(DocumentObserver* observer) { observer_ = observer; }
+  DocumentObserver* observer() const { return observer_; }
 
   // --- Handles.
   RecordId byHandle(Handle handle) const;
@@ -135,6 +155,13 @@ class Document {
   bool denseEnough(Handle handle) const { return handle <= 4 * handles_.size() + 4096; }
   void buildDenseIndex();
   friend class DocumentBuilder;
+
+  friend class ChangeBatch;
+  // Tells the observer (now, or when the open batches close) that `id` came or went.
+  void notify(RecordId id, bool added);
+  void flushNotices();
+  void link(RecordId pos, RecordId id);
+  void unlinkQuietly(RecordId id);
 
   base::Status buildStructure(const std::string& name);
   base::Status checkExtensionDictionaries(const std::string& name) const;
@@ -169,6 +196,26 @@ class Document {
   bool handles_allocated_ = false;
   std::vector<std::pair<std::string, Span>> sections_;
   std::vector<std::pair<std::string, Span>> tables_;
+
+  DocumentObserver* observer_ = nullptr;
+  int batch_depth_ = 0;
+  std::vector<std::pair<RecordId, bool>> notices_;  // (record, added) held by a batch
+};
+
+// While one lives, the drawing's observer is told nothing; when the outermost ends, it is
+// told every change in order. Operations that add or erase several records open one, so
+// that nothing is announced before the whole change is done.
+class ChangeBatch {
+ public:
+  explicit ChangeBatch(Document& doc) : doc_(doc) { ++doc_.batch_depth_; }
+  ChangeBatch(const ChangeBatch&) = delete;
+  ChangeBatch& operator=(const ChangeBatch&) = delete;
+  ~ChangeBatch() {
+    if (--doc_.batch_depth_ == 0) doc_.flushNotices();
+  }
+
+ private:
+  Document& doc_;
 };
 
 }  // namespace dxf

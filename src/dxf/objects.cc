@@ -146,31 +146,36 @@ bool releaseExtensionDictionary(Document& doc, RecordId id) {
 }
 
 void eraseObject(Document& doc, RecordId id) {
+  // The cascade is announced once it is done, owner first.
+  ChangeBatch batch(doc);
   std::vector<RecordId> pending = {id};
+  std::vector<RecordId> followers;
   while (!pending.empty()) {
     RecordId current = pending.back();
     pending.pop_back();
     if (doc.record(current).erased) continue;
     Handle own = doc.record(current).handle;
+    // Pushed in reverse so that what the object owns is erased in its own order.
+    std::vector<RecordId> owned;
     if (Handle x = extensionDictionaryOf(doc, current); x != 0) {
-      if (RecordId dict = doc.byHandle(x); dict != kNoRecord) pending.push_back(dict);
+      if (RecordId dict = doc.byHandle(x); dict != kNoRecord) owned.push_back(dict);
     }
     if (doc.type(current) == "DICTIONARY" || doc.type(current) == "ACDBDICTIONARYWDFLT") {
       for (const DictionaryEntry& entry : dictionaryEntries(doc, current)) {
         RecordId child = doc.byHandle(entry.value);
         if (child != kNoRecord && (entry.hard_owner || ownerOf(doc, child) == own)) {
-          pending.push_back(child);
+          owned.push_back(child);
         }
       }
     }
+    pending.insert(pending.end(), owned.rbegin(), owned.rend());
     // Attributes and vertices live only through the entity that they follow.
+    followers.clear();
     if (!isFollower(doc.type(current))) {
-      for (RecordId next = doc.next(current); next != kNoRecord && isFollower(doc.type(next));) {
-        RecordId after = doc.next(next);
-        bool last = doc.type(next) == "SEQEND";
-        doc.unlink(next);
-        if (last) break;
-        next = after;
+      for (RecordId next = doc.next(current); next != kNoRecord && isFollower(doc.type(next));
+           next = doc.next(next)) {
+        followers.push_back(next);
+        if (doc.type(next) == "SEQEND") break;
       }
     }
     if (Handle owner = ownerOf(doc, current); owner != 0) {
@@ -186,6 +191,7 @@ void eraseObject(Document& doc, RecordId id) {
       }
     }
     doc.unlink(current);
+    for (RecordId follower : followers) doc.unlink(follower);
   }
 }
 

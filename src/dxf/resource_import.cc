@@ -297,6 +297,8 @@ base::Result<ResourceNameMap> importResourceFile(Document& target,
                                                  std::vector<PatternDefinition>& patterns,
                                                  const std::string& path, uint32_t mask,
                                                  const ResourceNameMap& needed) {
+  // Copied objects are announced once their references and dictionary entries are written.
+  ChangeBatch batch(target);
   std::string ext = extensionOf(path);
   if (ext == ".dxf" || ext == ".dwg" || ext == ".dwt") {
     if ((mask & resource::kLayouts) && needed.count(resource::kLayouts)) {

@@ -25,7 +25,11 @@ using base::Result;
 using base::Status;
 using host::ObjectId;
 
-DxfDatabase::DxfDatabase(dxf::Document& drawing) : drawing_(drawing) {}
+DxfDatabase::DxfDatabase(dxf::Document& drawing) : drawing_(drawing) { drawing_.setObserver(this); }
+
+DxfDatabase::~DxfDatabase() {
+  if (drawing_.observer() == this) drawing_.setObserver(nullptr);
+}
 
 dxf::RecordId DxfDatabase::toRecord(ObjectId id) const {
   if (id.isNull() || id.value > drawing_.recordCount()) return dxf::kNoRecord;
@@ -61,8 +65,13 @@ ObjectId DxfDatabase::idForHandle(std::wstring_view hex) const {
   return r == dxf::kNoRecord ? ObjectId{} : toId(r);
 }
 
-void DxfDatabase::notifyAppended(ObjectId id) {
-  for (host::DatabaseReactor* reactor : std::vector(reactors_)) reactor->objectAppended(id);
+// Copies of the list: a reactor may remove itself while it is told.
+void DxfDatabase::recordAdded(dxf::RecordId id) {
+  for (host::DatabaseReactor* reactor : std::vector(reactors_)) reactor->objectAppended(toId(id));
+}
+
+void DxfDatabase::recordErased(dxf::RecordId id) {
+  for (host::DatabaseReactor* reactor : std::vector(reactors_)) reactor->objectErased(toId(id));
 }
 
 ObjectId DxfDatabase::namedObjectsDictionary() {
@@ -236,8 +245,10 @@ Result<bool> DxfDatabase::releaseExtensionDictionary(ObjectId object) {
 Status DxfDatabase::erase(ObjectId object) {
   auto r = record(object, "object");
   if (!r) return r.status();
+  if (*r == dxf::namedObjectsDictionary(drawing_)) {
+    return Status::invalid("the named-objects dictionary cannot be erased");
+  }
   dxf::eraseObject(drawing_, *r);
-  for (host::DatabaseReactor* reactor : std::vector(reactors_)) reactor->objectErased(object);
   return Status::ok();
 }
 

@@ -13,10 +13,13 @@
 
 namespace headless {
 
-class DxfDatabase : public host::Database {
+// Announces to its reactors every object the drawing gains or loses, whoever changes it
+// (this object, the drawing's own functions, a command of the host), by watching the drawing.
+class DxfDatabase : public host::Database, private dxf::DocumentObserver {
  public:
-  // Works on `drawing`, which must outlive this object.
+  // Works on `drawing`, which must outlive this object, and watches it while this lives.
   explicit DxfDatabase(dxf::Document& drawing);
+  ~DxfDatabase() override;
 
   dxf::Document& drawing() { return drawing_; }
   static host::ObjectId toId(dxf::RecordId record) { return host::ObjectId{uint64_t{record} + 1}; }
@@ -24,8 +27,6 @@ class DxfDatabase : public host::Database {
   dxf::RecordId toRecord(host::ObjectId id) const;
   // The entity whose handle is `hex`, or the null id.
   host::ObjectId idForHandle(std::wstring_view hex) const;
-  // Tells the reactors of an entity that was added to the drawing behind this database.
-  void notifyAppended(host::ObjectId id);
 
   host::ObjectId namedObjectsDictionary() override;
   base::Result<host::ObjectId> dictionaryGet(host::ObjectId dict, std::wstring_view key) override;
@@ -71,6 +72,10 @@ class DxfDatabase : public host::Database {
   const dxf::PatternDefinition* pattern(std::wstring_view name) const;
 
  private:
+  // dxf::DocumentObserver
+  void recordAdded(dxf::RecordId id) override;
+  void recordErased(dxf::RecordId id) override;
+
   base::Result<dxf::RecordId> record(host::ObjectId id, const char* what) const;
   base::Result<dxf::RecordId> dictionaryRecord(host::ObjectId id) const;
   base::Result<host::ObjectId> createEntry(host::ObjectId owner, std::wstring_view key,

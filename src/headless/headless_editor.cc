@@ -37,13 +37,16 @@ bool parsePoint(const std::wstring& text, host::Point3& out) {
 
 host::StringInput HeadlessEditor::getString(bool allow_spaces, std::wstring_view prompt) {
   console_.prompt(prompt);
-  return console_.readAnswer(allow_spaces, kMaxInput);
+  host::StringInput answer = console_.readAnswer(allow_spaces, kMaxInput);
+  if (answer.status == host::InputStatus::kCancel) cancelled_ = true;
+  return answer;
 }
 
 host::PointInput HeadlessEditor::getPoint(std::wstring_view prompt) {
   for (;;) {
     console_.prompt(prompt);
     host::StringInput answer = console_.readAnswer(false, kMaxInput);
+    if (answer.status == host::InputStatus::kCancel) cancelled_ = true;
     host::PointInput result;
     result.status = answer.status;
     if (answer.status != host::InputStatus::kNormal) return result;
@@ -88,6 +91,7 @@ host::SelectionInput HeadlessEditor::select() {
     console_.prompt(L"Select objects: ");
     host::StringInput answer = console_.readAnswer(false, kMaxInput);
     if (answer.status != host::InputStatus::kNormal) {
+      if (answer.status == host::InputStatus::kCancel) cancelled_ = true;
       result.status = answer.status;
       return result;
     }

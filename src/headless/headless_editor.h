@@ -24,11 +24,13 @@ class HeadlessEditor : public host::Editor {
   void setImpliedSelection(const std::vector<host::ObjectId>& ids) override;
   void addReactor(host::EditorReactor* reactor) override;
   void removeReactor(host::EditorReactor* reactor) override;
-  void postCancel() override { cancel_posted_ = true; }
+  void postCancel() override { cancelled_ = true; }
 
   // For the host's command loop.
   const std::vector<host::EditorReactor*>& reactors() const { return reactors_; }
-  bool takeCancelPosted() { return std::exchange(cancel_posted_, false); }
+  // Whether a prompt was cancelled (Escape, end of input) or a cancel posted since the last
+  // call: how the command running now ends.
+  bool takeCancelled() { return std::exchange(cancelled_, false); }
 
  private:
   Console& console_;
@@ -36,7 +38,7 @@ class HeadlessEditor : public host::Editor {
   std::vector<host::ObjectId> pick_first_;
   std::vector<host::ObjectId> previous_;
   std::vector<host::EditorReactor*> reactors_;
-  bool cancel_posted_ = false;
+  bool cancelled_ = false;
 };
 
 }  // namespace headless

@@ -127,8 +127,21 @@ void HeadlessHost::runCommand(const std::wstring& typed) {
   }
   // The function is copied: a command may remove its own group (an unload).
   host::CommandFunction function = it->function;
+  (void)editor_.takeCancelled();
+  command_failed_ = false;
   function();
-  for (host::EditorReactor* reactor : std::vector(editor_.reactors())) reactor->commandEnded(name);
+  // A cancel wins over a failure: the user stopped the command before it could finish.
+  // Copies of the list: a reactor may remove itself while it is told.
+  bool cancelled = editor_.takeCancelled();
+  for (host::EditorReactor* reactor : std::vector(editor_.reactors())) {
+    if (cancelled) {
+      reactor->commandCancelled(name);
+    } else if (command_failed_) {
+      reactor->commandFailed(name);
+    } else {
+      reactor->commandEnded(name);
+    }
+  }
 }
 
 void HeadlessHost::registerHostCommands() {
@@ -146,6 +159,7 @@ void HeadlessHost::attsync() {
   std::wstring word = upper(withoutPrefixes(option.text));
   if (word != L"N" && word != L"NAME") {
     console_.error(L"ATTSYNC: only the Name option is available here.\n");
+    command_failed_ = true;
     return;
   }
   host::StringInput name = editor_.getString(true, L"Enter name of block to synchronize: ");
@@ -153,6 +167,7 @@ void HeadlessHost::attsync() {
   base::Result<int> updated = dxf::synchronizeAttributes(database_.drawing(), name.text);
   if (!updated) {
     console_.error(base::fromUtf8(updated.status().message()) + L"\n");
+    command_failed_ = true;
     return;
   }
   console_.print(L"ATTSYNC block " + name.text + L": " + std::to_wstring(*updated) +

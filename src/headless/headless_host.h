@@ -19,8 +19,8 @@ namespace headless {
 
 class HeadlessHost : public host::Host, public host::Document, public host::CommandStack {
  public:
-  // Works on `drawing` (read from `file_name`, reported as its full path) with commands read from `input`; everything
-  // must outlive the host. See Console for `echo` and `quiet`.
+  // Works on `drawing` (read from `file_name`, reported as its full path) with commands read from
+  // `input`; everything must outlive the host. See Console for `echo` and `quiet`.
   HeadlessHost(dxf::Document& drawing, std::wstring file_name, InputStream& input,
                std::ostream& out, std::ostream& err, bool echo, bool quiet = false);
 
@@ -83,6 +83,8 @@ class HeadlessHost : public host::Host, public host::Document, public host::Comm
   std::map<std::wstring, std::wstring, std::less<>> environment_;
   int resource_depth_ = 0;
   int lock_depth_ = 0;
+  // Set by a command of this host that could not do what it was asked.
+  bool command_failed_ = false;
 };
 
 }  // namespace headless

@@ -14,6 +14,21 @@
 namespace host {
 
 // Told of changes to the database while registered (see Database::addReactor).
+//
+// objectAppended is called once for every object that joins the database, whoever creates
+// it: entities (and their attributes and vertices), dictionaries, XRECORDs, extension
+// dictionaries, symbol tables and their records, objects brought in by importResources.
+// It comes after the object is complete and reachable: its data written and, for an object
+// a dictionary lists, the entry written too.
+//
+// objectErased is called once for every object that leaves it. Erasing an object erases what
+// it owns (its extension dictionary, the entries a dictionary owns, an entity's attributes
+// and vertices), and each of those is announced too, owner first, then what it owned; the
+// whole cascade is done before the first call, so isValid is false for all of them.
+//
+// Objects appended during a host command are announced before the editor announces that
+// command's end (see EditorReactor). A reactor may add or remove reactors while it is told,
+// itself included, but must not change the database: it notes ids and acts later.
 class DatabaseReactor {
  public:
   virtual ~DatabaseReactor() = default;

@@ -10,6 +10,14 @@
 namespace host {
 
 // Told of the end of every host command while registered (see Editor::addReactor).
+//
+// Each host command that runs is announced exactly once, by one of the three calls, named in
+// upper case without the "_" and "." prefixes: commandCancelled when the user cancelled it
+// (Escape or the end of input at one of its prompts, or Editor::postCancel while it ran),
+// commandFailed when it could not do what it was asked (an unknown option, an error),
+// commandEnded otherwise. The call comes after every object the command appended or erased
+// has been announced to the database reactors. Text that names no command is announced to
+// no one. A reactor may add or remove reactors while it is told, itself included.
 class EditorReactor {
  public:
   virtual ~EditorReactor() = default;

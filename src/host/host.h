@@ -13,6 +13,10 @@
 
 namespace host {
 
+// Threads: a host and everything it returns (document, database, editor, dialogs, command
+// stack, ids) are used from one thread at a time, and reactors are called on the thread that
+// made the change. Several hosts may run on several threads at once; nothing is shared
+// between them.
 class Host {
  public:
   Host() = default;

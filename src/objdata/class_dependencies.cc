@@ -1,5 +1,7 @@
 #include "objdata/class_dependencies.h"
 
+#include <algorithm>
+
 #include "base/text_case.h"
 #include "draw/property_application.h"
 
@@ -30,6 +32,24 @@ std::optional<host::SymbolTable> tableOf(uint32_t kind) {
   }
 }
 
+// Imports `name` from the first of the catalogue's files for `kind` that provides it.
+// False when none does or a file cannot be read.
+bool importFromResourceFiles(host::Database& database, const catalogue::Catalogue& catalogue,
+                             uint32_t kind, const std::wstring& name) {
+  for (const catalogue::ResourceFile& file : catalogue.imports) {
+    if ((file.mask & kind) == 0) continue;
+    auto provided = database.importResources(file.path, kind, {{kind, {name}}});
+    if (!provided) return false;
+    auto names = provided->find(kind);
+    if (names == provided->end()) continue;
+    if (std::any_of(names->second.begin(), names->second.end(),
+                    [&](const std::wstring& n) { return base::equalsIgnoringCase(n, name); })) {
+      return true;
+    }
+  }
+  return false;
+}
+
 }  // namespace
 
 bool loadClassDependencies(host::Database& database, const catalogue::Catalogue& catalogue,
@@ -37,14 +57,12 @@ bool loadClassDependencies(host::Database& database, const catalogue::Catalogue&
   for (const auto& [kind, names] : draw::requiredResources(cls.properties)) {
     std::optional<host::SymbolTable> table = tableOf(kind);
     if (!table) continue;
-    const catalogue::ResourceMap& provided = catalogue.resources(kind);
     for (const std::wstring& name : names) {
       if (database.hasSymbol(*table, name)) continue;
-      auto entry = provided.find(base::lowerCase(name));
-      if (entry == provided.end()) return false;
-      auto imported =
-          database.importResources(entry->second.file, kind, {{kind, {entry->second.name}}});
-      if (!imported || !database.hasSymbol(*table, name)) return false;
+      if (!importFromResourceFiles(database, catalogue, kind, name) ||
+          !database.hasSymbol(*table, name)) {
+        return false;
+      }
     }
   }
   return true;

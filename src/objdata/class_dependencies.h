@@ -7,8 +7,9 @@
 namespace objdata {
 
 // Makes sure the drawing has every layer, linetype, block and style that `cls` prescribes
-// as its default: a name the drawing lacks is imported from the file that provided it when
-// the class file was loaded. False when a name is still missing afterwards.
+// as its default: a name the drawing lacks is imported from the first of the class file's
+// resource files for its kind that provides it. False when a name is still missing
+// afterwards.
 bool loadClassDependencies(host::Database& database, const catalogue::Catalogue& catalogue,
                            const catalogue::ObjectClass& cls);
 

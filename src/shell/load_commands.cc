@@ -2,6 +2,7 @@
 
 #include <memory>
 
+#include "catalogue/binding.h"
 #include "catalogue/parser.h"
 
 namespace shell {
@@ -22,11 +23,13 @@ StringId stringIdOf(catalogue::ParseMessage message) {
 // Parses the current class file into the current catalogue and prints the messages.
 void parseCurrentFile(CommandContext& context) {
   ProcessState& state = context.state();
-  catalogue::ParseResult result = catalogue::parseClassFile(state.class_file, context.host());
-  for (const catalogue::Diagnostic& diagnostic : result.messages) {
+  catalogue::HostEnvironment environment(context.host());
+  catalogue::ParsedClasses parsed = catalogue::readClassDefinitions(state.class_file, environment);
+  catalogue::Binding bound = catalogue::bindCatalogue(parsed, context.database());
+  for (const catalogue::Diagnostic& diagnostic : bound.messages) {
     context.editor().print(diagnosticText(context.strings(), diagnostic));
   }
-  state.catalogue = std::make_shared<const catalogue::Catalogue>(std::move(result.catalogue));
+  state.catalogue = std::move(bound.catalogue);
   // The classification tree and the properties palette are pointed at the new catalogue
   // here once those palettes exist.
 }

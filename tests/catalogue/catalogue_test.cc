@@ -3,8 +3,8 @@
 
 #include <gtest/gtest.h>
 
-#include "base/utf.h"
 #include "base/text_case.h"
+#include "base/utf.h"
 
 namespace {
 
@@ -38,7 +38,8 @@ TEST(CatalogueTest, LookupsIgnoreCase) {
   EXPECT_EQ(c.findObject(L"pipe"), nullptr);
   EXPECT_EQ(c.findTable(L"pipes"), nullptr);
   EXPECT_EQ(c.findGroup(L"roads"), nullptr);
-  EXPECT_FALSE(c.hasResource(host::kResourceLayers, L"water"));
+  catalogue::DrawingResources r;
+  EXPECT_FALSE(r.hasResource(host::kResourceLayers, L"water"));
 
   c.objects[L"potrubí"].display_name = L"Potrubí";
   c.tables[L"pipes"].objects = {L"potrubí"};
@@ -46,8 +47,9 @@ TEST(CatalogueTest, LookupsIgnoreCase) {
   c.tree.children[0].name = L"Roads";
   c.tree.children[0].children.push_back({});
   c.tree.children[0].children[0].name = L"Kerbs";
-  c.resource_tables[host::kResourceLayers][L"water"] = {L"WATER", L"/lib/a.dwg"};
-  c.loaded_files.push_back(L"/lib/a.dwg");
+  c.imports.push_back({L"/lib/a.dwg", host::kResourceLayers});
+  r.resource_tables[host::kResourceLayers][L"water"] = {L"WATER", L"/lib/a.dwg"};
+  r.loaded_files.push_back(L"/lib/a.dwg");
   c.class_file = L"/data/classes.txt";
 
   for (const wchar_t* name : {L"POTRUBÍ", L"Potrubí", L"potrubí"}) {
@@ -57,9 +59,9 @@ TEST(CatalogueTest, LookupsIgnoreCase) {
   EXPECT_NE(c.findTable(L"PIPES"), nullptr);
   EXPECT_EQ(c.findGroup(L"kerbs"), &c.tree.children[0].children[0]);
   EXPECT_EQ(c.findGroup(L"Kerbs"), nullptr);
-  EXPECT_TRUE(c.hasResource(host::kResourceLayers, L"Water"));
-  EXPECT_FALSE(c.hasResource(host::kResourceLinetypes, L"Water"));
-  EXPECT_TRUE(c.isLoadedFile(L"/LIB/A.DWG"));
+  EXPECT_TRUE(r.hasResource(host::kResourceLayers, L"Water"));
+  EXPECT_FALSE(r.hasResource(host::kResourceLinetypes, L"Water"));
+  EXPECT_TRUE(r.isLoadedFile(L"/LIB/A.DWG"));
 
   c.clear();
   EXPECT_TRUE(c.empty());

@@ -7,6 +7,7 @@
 #include <filesystem>
 #include <fstream>
 
+#include "base/utf.h"
 #include "catalogue/catalogue.h"
 #include "dxf/document.h"
 #include "headless/session.h"
@@ -32,16 +33,15 @@ TEST(ExampleClassesTest, LoadIntoTheExampleDrawingCleanly) {
   ASSERT_NE(catalogue->findTable(L"water_pipes"), nullptr);
   EXPECT_EQ(catalogue->findTable(L"water_pipes")->objects,
             (std::vector<std::wstring>{L"water main", L"water service"}));
-  EXPECT_EQ(catalogue->loaded_files.size(), 3u);  // resources.dxf, linetypes.lin, patterns.pat
-  for (const auto& [kind, name] : {std::pair{host::kResourceBlocks, L"HYDRANT"},
-                                   {host::kResourceLayers, L"HYDRANTS"},
-                                   {host::kResourceTextStyles, L"NOTES"},
-                                   {host::kResourceLinetypes, L"FIBRE"},
-                                   {host::kResourceLinetypes, L"GAS"},
-                                   {host::kResourcePatterns, L"PAVING"}}) {
-    EXPECT_TRUE(catalogue->hasResource(kind, name)) << kind;
+  EXPECT_EQ(catalogue->imports.size(), 3u);  // resources.dxf, linetypes.lin, patterns.pat
+  for (const auto& [table, name] : {std::pair{host::SymbolTable::kBlock, L"HYDRANT"},
+                                    {host::SymbolTable::kLayer, L"HYDRANTS"},
+                                    {host::SymbolTable::kTextStyle, L"NOTES"},
+                                    {host::SymbolTable::kLinetype, L"FIBRE"},
+                                    {host::SymbolTable::kLinetype, L"GAS"},
+                                    {host::SymbolTable::kHatchPattern, L"PAVING"}}) {
+    EXPECT_TRUE(session.host->database().hasSymbol(table, name)) << base::toUtf8(name);
   }
-  EXPECT_TRUE(session.host->database().hasSymbol(host::SymbolTable::kBlock, L"HYDRANT"));
 }
 
 // An independent reader finds the imported resources in the saved drawing, and its audit

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "base/utf.h"
+#include "catalogue/binding.h"
 #include "catalogue/parser.h"
 #include "fakes/fake_host.h"
 #include "fakes/forwarding_host.h"
@@ -62,12 +63,15 @@ struct Fixture {
 };
 
 // The messages as the command line shows them, joined.
-inline std::string messageTexts(const catalogue::ParseResult& result) {
+inline std::string messageTexts(const std::vector<catalogue::Diagnostic>& messages) {
   std::wstring out;
-  for (const catalogue::Diagnostic& d : result.messages) {
+  for (const catalogue::Diagnostic& d : messages) {
     out += shell::diagnosticText(shell::StringTable::builtIn(), d);
   }
   return base::toUtf8(out);
+}
+inline std::string messageTexts(const catalogue::ParseResult& result) {
+  return messageTexts(result.messages);
 }
 
 }  // namespace parse_testing

@@ -7,9 +7,9 @@
 #include <string>
 #include <vector>
 
+#include "base/text_case.h"
 #include "catalogue/parse_testing.h"
 #include "catalogue/resource_files.h"
-#include "base/text_case.h"
 #include "objdata/stored_table.h"
 
 namespace {
@@ -98,10 +98,10 @@ TEST_F(ResourceFolder, NeededKindsAreImportedFromTheirFiles) {
   EXPECT_EQ(imports[0].needed,
             (host::ResourceNames{{host::kResourceLayers, {L"water", L"sewer"}}}));
   EXPECT_EQ(imports[1].path, path("lib/b.dxf"));
-  EXPECT_EQ(result.catalogue.loaded_files,
+  EXPECT_EQ(result.resources.loaded_files,
             (std::vector<std::wstring>{path("lib/a.dwg"), path("lib/b.dxf")}));
-  EXPECT_TRUE(result.catalogue.hasResource(host::kResourceLayers, L"Water"));
-  EXPECT_EQ(result.catalogue.resources(host::kResourceLayers).at(L"sewer").file, path("lib/a.dwg"));
+  EXPECT_TRUE(result.resources.hasResource(host::kResourceLayers, L"Water"));
+  EXPECT_EQ(result.resources.resources(host::kResourceLayers).at(L"sewer").file, path("lib/a.dwg"));
 }
 
 TEST_F(ResourceFolder, LayoutsAreAlwaysImported) {
@@ -226,21 +226,76 @@ TEST(StoredTablesTest, TablesAreComparedWithTheDrawingsDefinitions) {
        "6: error: table 'PIPES' does not match existing definition\n"},
       // An ill-formed table is only warned of, never compared.
       {"vel_key\tK2\n", "5: warning: table 'PIPES' ill-formed\n"},
+      // The mismatch ends the file where the table closed: what came before is kept, what
+      // follows (a warning, a syntax error) is never reached.
+      {"vel_fld\tDN\tDiameter\tinteger\nobj_prop\tbogus\tx\nvel_name\tOTHER\n"
+       "obj_prop\tbogus\tx\nbogus\n",
+       "6: warning: invalid 'obj_prop' definition\n"
+       "7: error: table 'PIPES' does not match existing definition\n"},
   };
   for (const Case& c : cases) {
     Fixture fixture;
     storePipes(fixture.fake);
     auto result = fixture.parse(head + c.fields);
     EXPECT_EQ(messageTexts(result), c.messages) << c.fields;
-    if (!result.ok) continue;
-    const catalogue::TableEntry* entry = result.catalogue.findTable(L"pipes");
-    ASSERT_NE(entry, nullptr);
-    ASSERT_TRUE(entry->stored.has_value());
-    EXPECT_EQ(entry->stored->name, L"Pipes");
-    EXPECT_EQ(entry->stored->fields,
-              (std::vector<objdata::StoredField>{{L"CLASS", objdata::ValueType::kCharacter},
-                                                 {L"DN", objdata::ValueType::kReal}}));
+    EXPECT_EQ(result.ok, c.messages.find("error") == std::string::npos) << c.fields;
+    EXPECT_EQ(result.catalogue.empty(), !result.ok) << c.fields;
   }
+}
+
+// Two drawings for one class file: A stores PIPES with DN real where the file declares it
+// integer, B lacks layer Water. Both know USERI1, 0 until a file sets it.
+struct TwoDrawings {
+  explicit TwoDrawings(const std::wstring& library) {
+    storePipes(a.fake);
+    a.fake.addLayer(L"Water");
+    a.host.provides[library] = {{host::kResourceLayers, {L"WATER"}}};
+    b.host.provides[library] = {};
+    for (Fixture* d : {&a, &b}) d->fake.setVar("USERI1", host::SysVar{int16_t{0}});
+  }
+  static int16_t useri1(Fixture& d) {
+    return std::get<int16_t>(d.fake.database().getVar("USERI1")->value);
+  }
+  Fixture a, b;
+};
+
+constexpr const char* kBoundFile =
+    "layer\tlib/a.dwg\nvariable\tUSERI1\t7\nobj_name\tPipe\t1\t1\nobj_type\tLine\n"
+    "obj_prop\tlayer\tWater\nvel_name\tPIPES\nvel_key\tclass\nvel_fld\tDN\tDN\tinteger\n";
+
+TEST_F(ResourceFolder, ParsingReadsOnlyVariableKinds) {
+  TwoDrawings drawings(path("lib/a.dwg"));
+  fakes::ForwardingHost traced(drawings.a.host, true);
+  catalogue::HostEnvironment environment(traced);
+  auto parsed = catalogue::parseClassDefinitions(kBoundFile, path("classes.txt"), environment);
+  EXPECT_TRUE(parsed.ok);
+  EXPECT_TRUE(parsed.messages.empty());
+  EXPECT_EQ(traced.trace(), std::vector<std::string>{"Database::getVar"});
+  EXPECT_TRUE(drawings.a.host.imports.empty());
+  EXPECT_EQ(TwoDrawings::useri1(drawings.a), 0);
+}
+
+TEST_F(ResourceFolder, OneParseIsBoundToEachDrawingApart) {
+  TwoDrawings drawings(path("lib/a.dwg"));
+  catalogue::HostEnvironment environment(drawings.a.host);
+  const auto parsed =
+      catalogue::parseClassDefinitions(kBoundFile, path("classes.txt"), environment);
+
+  catalogue::Binding a = catalogue::bindCatalogue(parsed, drawings.a.host.database());
+  EXPECT_EQ(messageTexts(a.messages),
+            "8: error: table 'PIPES' does not match existing definition\n");
+  EXPECT_FALSE(a.ok);
+  EXPECT_TRUE(a.catalogue->empty());
+  EXPECT_TRUE(drawings.a.host.imports.empty());
+  EXPECT_EQ(TwoDrawings::useri1(drawings.a), 0);
+
+  catalogue::Binding b = catalogue::bindCatalogue(parsed, drawings.b.host.database());
+  EXPECT_EQ(messageTexts(b.messages), "warning: layer 'water' not found\n");
+  EXPECT_TRUE(b.ok);
+  EXPECT_EQ(b.catalogue, parsed.catalogue);
+  EXPECT_EQ(b.resources.loaded_files, std::vector<std::wstring>{path("lib/a.dwg")});
+  EXPECT_EQ(TwoDrawings::useri1(drawings.b), 7);
+  EXPECT_NE(parsed.catalogue->findObject(L"pipe"), nullptr);
 }
 
 TEST(StoredTablesTest, ReadingSkipsUnknownCodesAndRepeatedNames) {

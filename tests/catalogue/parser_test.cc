@@ -194,7 +194,6 @@ TEST(ParserTest, TablesAndFields) {
          const catalogue::TableEntry* entry = c.findTable(L"pipes");
          ASSERT_NE(entry, nullptr);
          EXPECT_EQ(entry->objects, std::vector<std::wstring>{L"pipe"});
-         EXPECT_FALSE(entry->stored.has_value());
        }},
       {"an escaped TAB in a default",
        lineClass("Pipe") + "vel_fld\tNOTE\tNote\tcharacter\ta\\\tb\n", "",

@@ -55,6 +55,7 @@ host::StringInput FakeEditor::readAnswer(bool allow_spaces) {
   if (answers_.empty() || answers_.front().status == host::InputStatus::kCancel) {
     if (!answers_.empty()) answers_.pop_front();
     transcript_ += L"*Cancel*\n";
+    cancelled_ = true;
     return result;
   }
   Answer answer = std::move(answers_.front());
@@ -112,6 +113,7 @@ host::SelectionInput FakeEditor::select() {
   host::SelectionInput result;
   if (selections_.empty()) {
     transcript_ += L"*Cancel*\n";
+    cancelled_ = true;
     return result;
   }
   Selection selection = std::move(selections_.front());
@@ -119,6 +121,7 @@ host::SelectionInput FakeEditor::select() {
   result.status = selection.status;
   if (selection.status != host::InputStatus::kNormal) {
     transcript_ += L"*Cancel*\n";
+    cancelled_ = true;
     return result;
   }
   transcript_ += std::to_wstring(selection.ids.size()) + L" found\n";

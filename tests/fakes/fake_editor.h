@@ -8,6 +8,7 @@
 #include <deque>
 #include <initializer_list>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "fakes/fake_database.h"
@@ -63,6 +64,9 @@ class FakeEditor : public host::Editor {
   const std::vector<std::wstring>& prompts() const { return prompts_; }
   // How often postCancel was called.
   int cancelsPosted() const { return cancels_posted_; }
+  // Whether a prompt was cancelled or a cancel posted since the last call: how the command
+  // running now ends.
+  bool takeCancelled() { return std::exchange(cancelled_, false); }
 
   // Tell the reactors that the host command `name` ended, was cancelled or failed.
   void tellCommandEnded(std::wstring_view name);
@@ -83,7 +87,10 @@ class FakeEditor : public host::Editor {
   void setImpliedSelection(const std::vector<host::ObjectId>& ids) override { pick_first_ = ids; }
   void addReactor(host::EditorReactor* reactor) override { reactors_.push_back(reactor); }
   void removeReactor(host::EditorReactor* reactor) override { std::erase(reactors_, reactor); }
-  void postCancel() override { ++cancels_posted_; }
+  void postCancel() override {
+    ++cancels_posted_;
+    cancelled_ = true;
+  }
 
  private:
   void showPrompt(std::wstring_view prompt);
@@ -97,6 +104,7 @@ class FakeEditor : public host::Editor {
   std::vector<host::ObjectId> pick_first_;
   std::vector<host::EditorReactor*> reactors_;
   int cancels_posted_ = 0;
+  bool cancelled_ = false;
 };
 
 }  // namespace fakes

@@ -159,11 +159,16 @@ base::Status FakeHost::runCommand(std::wstring_view name) {
   if (!function) {
     return base::Status::notFound("unknown command " + base::toUtf8(name));
   }
+  (void)editor_.takeCancelled();
   (*function)();
   // Hosts name the command to reactors in upper case, whatever was typed.
   std::wstring upper(withoutPrefixes(name));
   for (wchar_t& c : upper) c = static_cast<wchar_t>(std::towupper(c));
-  editor_.tellCommandEnded(upper);
+  if (editor_.takeCancelled()) {
+    editor_.tellCommandCancelled(upper);
+  } else {
+    editor_.tellCommandEnded(upper);
+  }
   return base::Status::ok();
 }
 

@@ -155,7 +155,8 @@ class FakeHost : public host::Host {
   }
   void itemAnswers(std::vector<ItemsAnswer> more) { dialogs_.itemAnswers(std::move(more)); }
   // Runs the registered command `name` as if typed, then tells the editor reactors that
-  // it ended (naming it in upper case, without prefixes). kNotFound for an unknown command.
+  // it was cancelled (a prompt cancelled or a cancel posted) or else ended, naming it in
+  // upper case without prefixes. kNotFound for an unknown command.
   base::Status runCommand(std::wstring_view name);
 
   // --- Reading back.

@@ -30,6 +30,38 @@ std::wstring ForwardingHost::userName() {
   return target_.userName();
 }
 
+std::optional<std::wstring> ForwardingHost::getEnv(std::wstring_view name) {
+  note("Host::getEnv");
+  return target_.getEnv(name);
+}
+
+bool ForwardingHost::setEnv(std::wstring_view name, std::wstring_view value) {
+  note("Host::setEnv");
+  return target_.setEnv(name, value);
+}
+
+Status ForwardingHost::readXrecordInto(ObjectId xrecord, host::ResBufChain& chain) {
+  note("Database::readXrecordInto");
+  return targetDatabase().readXrecordInto(xrecord, chain);
+}
+
+Status ForwardingHost::dictionaryEntriesInto(
+    ObjectId dict, std::vector<std::pair<std::wstring, ObjectId>>& entries) {
+  note("Database::dictionaryEntriesInto");
+  return targetDatabase().dictionaryEntriesInto(dict, entries);
+}
+
+bool ForwardingHost::isEntity(ObjectId id) {
+  note("Database::isEntity");
+  return targetDatabase().isEntity(id);
+}
+
+Result<host::ResourceNames> ForwardingHost::importResources(const std::wstring& path, uint32_t mask,
+                                                            const host::ResourceNames& needed) {
+  note("Database::importResources");
+  return targetDatabase().importResources(path, mask, needed);
+}
+
 std::wstring ForwardingHost::fileName() {
   note("Document::fileName");
   return target_.document().fileName();

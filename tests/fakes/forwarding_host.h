@@ -43,6 +43,8 @@ class ForwardingHost : public host::Host,
   void popResourceHandle() override;
   std::wstring computerName() override;
   std::wstring userName() override;
+  std::optional<std::wstring> getEnv(std::wstring_view name) override;
+  bool setEnv(std::wstring_view name, std::wstring_view value) override;
 
   // host::Document
   host::Database& database() override { return *this; }
@@ -61,6 +63,9 @@ class ForwardingHost : public host::Host,
                                                 std::wstring_view key) override;
   base::Result<host::ObjectId> createXrecord(host::ObjectId owner, std::wstring_view key) override;
   base::Result<host::ResBufChain> readXrecord(host::ObjectId xrecord) override;
+  base::Status readXrecordInto(host::ObjectId xrecord, host::ResBufChain& chain) override;
+  base::Status dictionaryEntriesInto(
+      host::ObjectId dict, std::vector<std::pair<std::wstring, host::ObjectId>>& entries) override;
   base::Status writeXrecord(host::ObjectId xrecord, const host::ResBufChain& chain) override;
   base::Result<host::ObjectId> extensionDictionary(host::ObjectId object) override;
   base::Result<host::ObjectId> createExtensionDictionary(host::ObjectId object) override;
@@ -68,6 +73,7 @@ class ForwardingHost : public host::Host,
   base::Status erase(host::ObjectId object) override;
   bool isValid(host::ObjectId id) override;
   std::wstring entityClass(host::ObjectId entity) override;
+  bool isEntity(host::ObjectId id) override;
   std::vector<host::ObjectId> modelSpaceEntities() override;
   host::PropertyValue getProperty(host::ObjectId entity, host::EntityProperty property) override;
   base::Status setProperty(host::ObjectId entity, host::EntityProperty property,
@@ -78,6 +84,8 @@ class ForwardingHost : public host::Host,
   base::Result<host::LayerState> layerState(std::wstring_view layer) override;
   base::Result<host::SysVar> getVar(std::string_view name) override;
   base::Status setVar(std::string_view name, const host::SysVar& value) override;
+  base::Result<host::ResourceNames> importResources(const std::wstring& path, uint32_t mask,
+                                                    const host::ResourceNames& needed) override;
   void addReactor(host::DatabaseReactor* reactor) override;
   void removeReactor(host::DatabaseReactor* reactor) override;
 

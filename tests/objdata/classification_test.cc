@@ -389,7 +389,7 @@ TEST(ClassifierDependencies, LayerFromDrawingOrResource) {
     Drawing run(kNetwork);
     if (c.layer) run.host.addLayer(c.layer);
     if (c.provided)
-      run.catalogue.resource_tables[host::kResourceLayers][L"water"] = {L"Water", L"/lib/a.dwg"};
+      run.catalogue.imports.push_back({L"/lib/a.dwg", host::kResourceLayers});
     EXPECT_EQ(run.classifier().loadDependencies(run.cls(L"pipe")), c.expected);
     EXPECT_TRUE(run.classifier().loadDependencies(run.cls(L"duct")));
   }

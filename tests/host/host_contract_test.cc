@@ -1,0 +1,436 @@
+// The contract of host::Database and the reactors, run over every host implementation: the
+// fake, the headless host on a DXF drawing, and the forwarding wrapper around the headless
+// host. A case here is a promise all of them keep; what only one does is tested beside it.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <functional>
+#include <memory>
+#include <optional>
+
+#include "base/utf.h"
+#include "dxf/entity_factory.h"
+#include "dxf/sample_drawing.h"
+#include "fakes/fake_host.h"
+#include "fakes/forwarding_host.h"
+#include "headless/session.h"
+
+namespace {
+
+using base::Code;
+using host::ObjectId;
+
+Code codeOf(const base::Status& status) { return status.code(); }
+template <typename T>
+Code codeOf(const base::Result<T>& result) {
+  return result ? Code::kOk : result.status().code();
+}
+
+// An answer to a prompt; nothing is an Escape.
+using Answer = std::optional<std::wstring>;
+
+// One host under test, with what the cases need beyond the host interface: adding an entity
+// as a drawing command would, and running a registered command with scripted answers.
+class Subject {
+ public:
+  virtual ~Subject() = default;
+  virtual host::Host& host() = 0;
+  virtual ObjectId addLine() = 0;
+  // Runs the command `name`; prompts after the answers run out are cancelled.
+  virtual void run(const std::wstring& name, const std::vector<Answer>& answers) = 0;
+};
+
+class FakeSubject : public Subject {
+ public:
+  host::Host& host() override { return fake_; }
+  ObjectId addLine() override { return fake_.addEntity(L"AcDbLine"); }
+  void run(const std::wstring& name, const std::vector<Answer>& answers) override {
+    std::vector<fakes::Answer> script;
+    for (const Answer& a : answers)
+      script.push_back(a ? fakes::Answer(*a) : fakes::Answer::cancel());
+    fake_.answers(script);
+    ASSERT_TRUE(fake_.runCommand(name));
+  }
+
+ private:
+  fakes::FakeHost fake_;
+};
+
+class HeadlessSubject : public Subject {
+ public:
+  explicit HeadlessSubject(bool wrapped)
+      : session_(sample::drawing(), wrapped ? testing_session::HostWrapper(wrap) : nullptr) {}
+  host::Host& host() override {
+    return session_.wrapper ? *session_.wrapper : static_cast<host::Host&>(*session_.host);
+  }
+  ObjectId addLine() override {
+    auto line = dxf::addLine(session_.drawing, {}, {0, 0, 0}, {1, 1, 0});
+    EXPECT_TRUE(line);
+    return line ? headless::DxfDatabase::toId(*line) : ObjectId{};
+  }
+  void run(const std::wstring& name, const std::vector<Answer>& answers) override {
+    std::string script = base::toUtf8(name) + "\n";
+    for (const Answer& a : answers) script += a ? base::toUtf8(*a) + "\n" : "\x1b";
+    session_.run(script);
+  }
+
+ private:
+  static std::unique_ptr<host::Host> wrap(headless::HeadlessHost& target) {
+    return std::make_unique<fakes::ForwardingHost>(target);
+  }
+  testing_session::Session session_;
+};
+
+struct Implementation {
+  const char* name;
+  std::function<std::unique_ptr<Subject>()> make;
+};
+
+void PrintTo(const Implementation& implementation, std::ostream* os) { *os << implementation.name; }
+
+const Implementation kImplementations[] = {
+    {"Fake", [] { return std::make_unique<FakeSubject>(); }},
+    {"Headless", [] { return std::make_unique<HeadlessSubject>(false); }},
+    {"ForwardingToHeadless", [] { return std::make_unique<HeadlessSubject>(true); }},
+};
+
+// Everything the reactors hear, in order, as "appended 12", "erased 12", "ended NAME"...;
+// each notice also notes whether its object was valid when told.
+struct Log : host::DatabaseReactor, host::EditorReactor {
+  explicit Log(host::Database& db) : db(db) {}
+  void objectAppended(ObjectId id) override {
+    appended.push_back(id);
+    events.push_back(L"appended");
+    valid_when_told.push_back(db.isValid(id));
+  }
+  void objectErased(ObjectId id) override {
+    erased.push_back(id);
+    events.push_back(L"erased");
+    valid_when_told.push_back(db.isValid(id));
+  }
+  void commandEnded(std::wstring_view name) override {
+    events.push_back(L"ended " + std::wstring(name));
+  }
+  void commandCancelled(std::wstring_view name) override {
+    events.push_back(L"cancelled " + std::wstring(name));
+  }
+  void commandFailed(std::wstring_view name) override {
+    events.push_back(L"failed " + std::wstring(name));
+  }
+  host::Database& db;
+  std::vector<ObjectId> appended;
+  std::vector<ObjectId> erased;
+  std::vector<std::wstring> events;
+  std::vector<bool> valid_when_told;
+};
+
+class HostContractTest : public testing::TestWithParam<Implementation> {
+ protected:
+  void SetUp() override { subject_ = GetParam().make(); }
+  host::Host& host() { return subject_->host(); }
+  host::Database& db() { return subject_->host().database(); }
+  std::vector<std::wstring> keysOf(ObjectId dict) {
+    std::vector<std::wstring> keys;
+    auto entries = db().dictionaryEntries(dict);
+    for (const auto& entry : *entries) keys.push_back(entry.first);
+    return keys;
+  }
+
+  std::unique_ptr<Subject> subject_;
+};
+
+TEST_P(HostContractTest, EveryObjectAppendedIsAnnouncedOnceCompleteUntilTheReactorIsRemoved) {
+  Log log(db());
+  Log other(db());
+  db().addReactor(&log);
+  db().addReactor(&other);
+  ObjectId line = subject_->addLine();
+  ObjectId dict = *db().createDictionary(db().namedObjectsDictionary(), L"Contract");
+  ObjectId xrecord = *db().createXrecord(dict, L"Row");
+  ObjectId xdict = *db().createExtensionDictionary(line);
+  ObjectId in_xdict = *db().createXrecord(xdict, L"Data");
+  const std::vector<ObjectId> appended = {line, dict, xrecord, xdict, in_xdict};
+  EXPECT_EQ(log.appended, appended);
+  EXPECT_EQ(other.appended, appended);
+  EXPECT_EQ(log.valid_when_told, std::vector<bool>(appended.size(), true));
+  EXPECT_TRUE(db().isEntity(line));
+  EXPECT_FALSE(db().isEntity(dict));
+  EXPECT_EQ(db().modelSpaceEntities().back(), line);
+  EXPECT_EQ(db().entityClass(line), L"AcDbLine");
+  EXPECT_EQ(db().entityClass(ObjectId{}), L"");
+
+  db().removeReactor(&log);
+  ObjectId later = subject_->addLine();
+  ASSERT_TRUE(db().erase(later));
+  EXPECT_EQ(log.appended, appended);
+  EXPECT_TRUE(log.erased.empty());
+  EXPECT_EQ(other.appended.back(), later);
+  EXPECT_EQ(other.erased, std::vector<ObjectId>{later});
+  db().removeReactor(&other);
+}
+
+TEST_P(HostContractTest, EraseAnnouncesEveryObjectOfTheCascadeOwnerFirstOnceAllAreGone) {
+  ObjectId root = db().namedObjectsDictionary();
+  ObjectId kept = *db().createXrecord(root, L"Kept");
+  ObjectId line = subject_->addLine();
+  ObjectId xdict = *db().createExtensionDictionary(line);
+  ObjectId classes = *db().createDictionary(xdict, L"TAXOR");
+  ObjectId row = *db().createXrecord(classes, L"Row");
+  ObjectId nested = *db().createDictionary(classes, L"Sub");
+  ObjectId deep = *db().createXrecord(nested, L"Deep");
+  ObjectId deep_xdict = *db().createExtensionDictionary(deep);
+  Log log(db());
+  db().addReactor(&log);
+
+  ASSERT_TRUE(db().erase(line));
+  const std::vector<ObjectId> owned = {line, xdict, classes, row, nested, deep, deep_xdict};
+  for (ObjectId id : owned) EXPECT_FALSE(db().isValid(id)) << id.value;
+  ASSERT_EQ(log.erased.size(), owned.size());
+  EXPECT_EQ(log.erased.front(), line);
+  EXPECT_TRUE(std::is_permutation(log.erased.begin(), log.erased.end(), owned.begin()));
+  EXPECT_EQ(log.valid_when_told, std::vector<bool>(owned.size(), false));
+  EXPECT_TRUE(log.appended.empty());
+  EXPECT_TRUE(db().isValid(kept));
+  auto entities = db().modelSpaceEntities();
+  EXPECT_EQ(std::find(entities.begin(), entities.end(), line), entities.end());
+  EXPECT_EQ(db().entityClass(line), L"");
+
+  // An erased entry leaves its dictionary; an erased extension dictionary leaves its object.
+  ObjectId child = *db().createDictionary(root, L"Child");
+  ASSERT_TRUE(db().erase(child));
+  EXPECT_EQ(codeOf(db().dictionaryGet(root, L"Child")), Code::kNotFound);
+  EXPECT_EQ(*db().dictionaryGet(root, L"kept"), kept);
+  ObjectId other = subject_->addLine();
+  ObjectId other_xdict = *db().createExtensionDictionary(other);
+  ASSERT_TRUE(db().erase(other_xdict));
+  EXPECT_EQ(*db().extensionDictionary(other), ObjectId{});
+  EXPECT_TRUE(db().isValid(other));
+  db().removeReactor(&log);
+}
+
+// A command's end comes once, after the objects it appended, and says how it finished.
+TEST_P(HostContractTest, EachCommandEndsOnceAfterItsObjectsAndSaysHowItFinished) {
+  struct Case {
+    const char* what;
+    std::vector<Answer> answers;
+    std::vector<std::wstring> events;
+  };
+  const Case cases[] = {
+      {"answered", {L"yes"}, {L"appended", L"ended CONTRACT_ASK"}},
+      {"answered no", {L"no"}, {L"ended CONTRACT_ASK"}},
+      {"Escape", {std::nullopt}, {L"cancelled CONTRACT_ASK"}},
+      {"end of input", {}, {L"cancelled CONTRACT_ASK"}},
+      {"cancel posted", {L"cancel"}, {L"appended", L"cancelled CONTRACT_ASK"}},
+  };
+  int made = 0;
+  ASSERT_TRUE(host().commands().addCommand(L"CONTRACT", L"CONTRACT_ASK", 0, [&] {
+    host::StringInput answer = host().editor().getString(false, L"Make one? ");
+    if (answer.status != host::InputStatus::kNormal || answer.text == L"no") return;
+    (void)db().createXrecord(db().namedObjectsDictionary(), L"Made" + std::to_wstring(++made));
+    if (answer.text == L"cancel") host().editor().postCancel();
+  }));
+  for (const Case& c : cases) {
+    Log log(db());
+    db().addReactor(&log);
+    host().editor().addReactor(&log);
+    subject_->run(L"_.contract_ask", c.answers);
+    host().editor().removeReactor(&log);
+    db().removeReactor(&log);
+    EXPECT_EQ(log.events, c.events) << c.what;
+  }
+  // A removed reactor hears nothing more.
+  Log removed(db());
+  host().editor().addReactor(&removed);
+  host().editor().removeReactor(&removed);
+  subject_->run(L"CONTRACT_ASK", {L"no"});
+  EXPECT_TRUE(removed.events.empty());
+}
+
+TEST_P(HostContractTest, DictionariesKeepTheirOrderAndCompareKeysIgnoringCase) {
+  ObjectId parent = *db().createDictionary(db().namedObjectsDictionary(), L"Parent");
+  ObjectId zeta = *db().createDictionary(parent, L"Zeta");
+  ObjectId alpha = *db().createXrecord(parent, L"alpha");
+  ObjectId mid = *db().createDictionary(parent, L"Mid");
+  EXPECT_EQ(keysOf(parent), (std::vector<std::wstring>{L"Zeta", L"alpha", L"Mid"}));
+  std::vector<std::pair<std::wstring, ObjectId>> entries = {{L"stale", ObjectId{}}};
+  ASSERT_TRUE(db().dictionaryEntriesInto(parent, entries));
+  EXPECT_EQ(entries, (std::vector<std::pair<std::wstring, ObjectId>>{
+                         {L"Zeta", zeta}, {L"alpha", alpha}, {L"Mid", mid}}));
+  for (auto [key, expected] : {std::pair{L"zeta", zeta}, {L"ALPHA", alpha}, {L"mId", mid}}) {
+    auto got = db().dictionaryGet(parent, key);
+    ASSERT_TRUE(got) << base::toUtf8(key);
+    EXPECT_EQ(*got, expected) << base::toUtf8(key);
+  }
+  // A key taken in another case is taken.
+  EXPECT_EQ(codeOf(db().createXrecord(parent, L"ZETA")), Code::kInvalid);
+  EXPECT_EQ(codeOf(db().createDictionary(parent, L"MID")), Code::kInvalid);
+  // Removing an entry leaves its object.
+  EXPECT_TRUE(db().dictionaryRemove(parent, L"Alpha"));
+  EXPECT_EQ(keysOf(parent), (std::vector<std::wstring>{L"Zeta", L"Mid"}));
+  EXPECT_TRUE(db().isValid(alpha));
+  EXPECT_TRUE(db().readXrecord(alpha));
+  EXPECT_EQ(codeOf(db().dictionaryRemove(parent, L"alpha")), Code::kNotFound);
+  ObjectId inner = *db().createXrecord(zeta, L"row");
+  EXPECT_EQ(*db().dictionaryGet(zeta, L"ROW"), inner);
+}
+
+// Every call refuses an object it cannot work on with its own code, and changes nothing.
+TEST_P(HostContractTest, FailuresReportTheirCodeAndChangeNothing) {
+  ObjectId root = db().namedObjectsDictionary();
+  ObjectId parent = *db().createDictionary(root, L"Parent");
+  ObjectId line = subject_->addLine();
+  ObjectId xrecord = *db().createXrecord(parent, L"Taken");
+  ObjectId gone = subject_->addLine();
+  ASSERT_TRUE(db().erase(gone));
+  host::ResBufChain chain;
+  std::vector<std::pair<std::wstring, ObjectId>> entries;
+  struct Case {
+    const char* call;
+    std::function<Code()> run;
+    Code expected;
+  };
+  host::Database& d = db();
+  const Case cases[] = {
+      {"dictionaryGet absent key", [&] { return codeOf(d.dictionaryGet(parent, L"none")); },
+       Code::kNotFound},
+      {"dictionaryGet on an XRECORD", [&] { return codeOf(d.dictionaryGet(xrecord, L"a")); },
+       Code::kInvalid},
+      {"dictionaryGet on erased", [&] { return codeOf(d.dictionaryGet(gone, L"a")); },
+       Code::kNotFound},
+      {"dictionaryGet on null", [&] { return codeOf(d.dictionaryGet(ObjectId{}, L"a")); },
+       Code::kNotFound},
+      {"dictionaryEntries on an entity", [&] { return codeOf(d.dictionaryEntries(line)); },
+       Code::kInvalid},
+      {"dictionaryEntriesInto on erased",
+       [&] { return codeOf(d.dictionaryEntriesInto(gone, entries)); }, Code::kNotFound},
+      {"dictionaryRemove absent key", [&] { return codeOf(d.dictionaryRemove(parent, L"x")); },
+       Code::kNotFound},
+      {"dictionaryRemove on an XRECORD", [&] { return codeOf(d.dictionaryRemove(xrecord, L"x")); },
+       Code::kInvalid},
+      {"createDictionary in an entity", [&] { return codeOf(d.createDictionary(line, L"k")); },
+       Code::kInvalid},
+      {"createXrecord in an XRECORD", [&] { return codeOf(d.createXrecord(xrecord, L"k")); },
+       Code::kInvalid},
+      {"createDictionary in erased", [&] { return codeOf(d.createDictionary(gone, L"k")); },
+       Code::kNotFound},
+      {"createXrecord on a taken key", [&] { return codeOf(d.createXrecord(parent, L"taken")); },
+       Code::kInvalid},
+      {"readXrecord of a dictionary", [&] { return codeOf(d.readXrecord(parent)); },
+       Code::kInvalid},
+      {"readXrecordInto of erased", [&] { return codeOf(d.readXrecordInto(gone, chain)); },
+       Code::kNotFound},
+      {"writeXrecord to a dictionary", [&] { return codeOf(d.writeXrecord(parent, {})); },
+       Code::kInvalid},
+      {"writeXrecord to an entity", [&] { return codeOf(d.writeXrecord(line, {})); },
+       Code::kInvalid},
+      {"writeXrecord to erased", [&] { return codeOf(d.writeXrecord(gone, {})); }, Code::kNotFound},
+      {"extensionDictionary of erased", [&] { return codeOf(d.extensionDictionary(gone)); },
+       Code::kNotFound},
+      {"createExtensionDictionary of erased",
+       [&] { return codeOf(d.createExtensionDictionary(gone)); }, Code::kNotFound},
+      {"releaseExtensionDictionary of erased",
+       [&] { return codeOf(d.releaseExtensionDictionary(gone)); }, Code::kNotFound},
+      {"erase erased", [&] { return codeOf(d.erase(gone)); }, Code::kNotFound},
+      {"erase null", [&] { return codeOf(d.erase(ObjectId{})); }, Code::kNotFound},
+      {"erase named objects", [&] { return codeOf(d.erase(root)); }, Code::kInvalid},
+      {"setProperty of erased",
+       [&] { return codeOf(d.setProperty(gone, host::EntityProperty::kLayer, L"0")); },
+       Code::kNotFound},
+      {"setRelativeDrawOrder with erased",
+       [&] {
+         return codeOf(d.setRelativeDrawOrder({line, gone}));
+       },
+       Code::kNotFound},
+      {"layerState of an absent layer", [&] { return codeOf(d.layerState(L"No such layer")); },
+       Code::kNotFound},
+      {"getVar unknown", [&] { return codeOf(d.getVar("NOSUCHVARIABLE")); }, Code::kNotFound},
+      {"setVar unknown",
+       [&] { return codeOf(d.setVar("NOSUCHVARIABLE", host::SysVar{int16_t{2}})); },
+       Code::kNotFound},
+  };
+  Log log(db());
+  db().addReactor(&log);
+  for (const Case& c : cases) EXPECT_EQ(c.run(), c.expected) << c.call;
+  db().removeReactor(&log);
+  EXPECT_TRUE(log.events.empty());
+  EXPECT_EQ(keysOf(parent), std::vector<std::wstring>{L"Taken"});
+  EXPECT_TRUE(db().readXrecord(xrecord)->empty());
+  EXPECT_FALSE(*db().extensionDictionary(line));
+  EXPECT_TRUE(db().isValid(root));
+}
+
+TEST_P(HostContractTest, XrecordsKeepTheChainAsGiven) {
+  ObjectId xrecord = *db().createXrecord(db().namedObjectsDictionary(), L"Row");
+  EXPECT_TRUE(db().readXrecord(xrecord)->empty());
+  const host::ResBufChain chains[] = {
+      {host::ResBuf::text(L"Potrubí"), host::ResBuf::point({1, 2, 3}), host::ResBuf::real(2.5),
+       host::ResBuf::integer(-7), host::ResBuf{70, std::string("12")}},
+      {host::ResBuf::integer(1)},
+      {},
+  };
+  for (const host::ResBufChain& chain : chains) {
+    ASSERT_TRUE(db().writeXrecord(xrecord, chain));
+    EXPECT_EQ(*db().readXrecord(xrecord), chain);
+    host::ResBufChain into = {host::ResBuf::text(L"stale")};
+    ASSERT_TRUE(db().readXrecordInto(xrecord, into));
+    EXPECT_EQ(into, chain);
+  }
+}
+
+TEST_P(HostContractTest, ExtensionDictionaryIsMadeOnceAndReleasedOnlyWhenEmpty) {
+  ObjectId line = subject_->addLine();
+  ObjectId plain = *db().createDictionary(db().namedObjectsDictionary(), L"Plain");
+  for (ObjectId owner : {line, plain}) {
+    Log log(db());
+    db().addReactor(&log);
+    EXPECT_EQ(*db().extensionDictionary(owner), ObjectId{});
+    EXPECT_EQ(*db().releaseExtensionDictionary(owner), false);  // none to release
+    ObjectId xdict = *db().createExtensionDictionary(owner);
+    ASSERT_TRUE(xdict);
+    EXPECT_NE(xdict, owner);
+    EXPECT_EQ(*db().createExtensionDictionary(owner), xdict);
+    EXPECT_EQ(*db().extensionDictionary(owner), xdict);
+    EXPECT_EQ(log.appended, std::vector<ObjectId>{xdict});
+
+    ObjectId entry = *db().createXrecord(xdict, L"Data");
+    EXPECT_EQ(*db().releaseExtensionDictionary(owner), false);
+    EXPECT_TRUE(db().isValid(entry));
+    ASSERT_TRUE(db().dictionaryRemove(xdict, L"data"));
+    EXPECT_EQ(*db().releaseExtensionDictionary(owner), true);
+    EXPECT_FALSE(db().isValid(xdict));
+    EXPECT_EQ(*db().extensionDictionary(owner), ObjectId{});
+    EXPECT_TRUE(db().isValid(owner));
+    EXPECT_EQ(log.erased, std::vector<ObjectId>{xdict});
+    EXPECT_NE(*db().createExtensionDictionary(owner), xdict);  // a new one
+    db().removeReactor(&log);
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(AllHosts, HostContractTest, testing::ValuesIn(kImplementations),
+                         [](const testing::TestParamInfo<Implementation>& info) {
+                           return std::string(info.param.name);
+                         });
+
+// Headless only: its own commands fail on a wrong option and are cancelled at a prompt.
+TEST(HeadlessHostCommandsTest, AttsyncSaysHowItFinished) {
+  struct Case {
+    const char* script;
+    std::wstring event;
+  };
+  const Case cases[] = {
+      {"ATTSYNC\nX\n", L"failed ATTSYNC"},
+      {"ATTSYNC\nN\nNoSuchBlock\n", L"failed ATTSYNC"},
+      {"ATTSYNC\n\x1b", L"cancelled ATTSYNC"},
+      {"ATTSYNC\nN\n", L"cancelled ATTSYNC"},
+      {"REGEN\n", L"ended REGEN"},
+  };
+  for (const Case& c : cases) {
+    testing_session::Session session(sample::drawing());
+    Log log(session.host->database());
+    session.host->editor().addReactor(&log);
+    session.run(c.script);
+    EXPECT_EQ(log.events, std::vector<std::wstring>{c.event}) << c.script;
+  }
+}
+
+}  // namespace
