@@ -3,6 +3,9 @@
 // pick-first set one command leaves to the next, and the model-space fallback.
 #include <gtest/gtest.h>
 
+#include <functional>
+#include <new>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -266,6 +269,46 @@ TEST_F(CommandConventionsTest, PaperSpaceIsNeverPartOfTheModelSpaceFallback) {
     EXPECT_NE(out.find(c.expected), std::string::npos) << c.script << out;
     EXPECT_EQ(records(paper), carried) << c.script;
     EXPECT_EQ(color(paper), 6) << c.script;
+  }
+}
+
+// A host whose model space cannot be listed, as one that runs out of memory or loses its
+// drawing would fail.
+class FailingModelSpace : public fakes::ForwardingHost {
+ public:
+  FailingModelSpace(host::Host& target, std::function<void()> fail)
+      : ForwardingHost(target), fail_(std::move(fail)) {}
+  std::vector<host::ObjectId> modelSpaceEntities() override {
+    fail_();
+    return {};
+  }
+
+ private:
+  std::function<void()> fail_;
+};
+
+TEST_F(CommandConventionsTest, AFaultEndsOnlyTheCommandItHappenedIn) {
+  struct Case {
+    std::function<void()> fail;
+    std::string reason;
+  };
+  const Case cases[] = {
+      {[] { throw std::bad_alloc(); }, "out of memory"},
+      {[] { throw std::runtime_error("the drawing went away"); }, "the drawing went away"},
+      {[] { throw 6; }, "a value could not be converted (code 6)"},
+  };
+  for (const Case& c : cases) {
+    wrap_ = [&](headless::HeadlessHost& headless) -> std::unique_ptr<host::Host> {
+      return std::make_unique<FailingModelSpace>(headless, c.fail);
+    };
+    restart(sample::drawing());
+    std::string out = run("TAXOR_STAT\n\nTAXOR_ABOUT\n");
+    EXPECT_NE(out.find("Error: TAXOR_STAT stopped: " + c.reason +
+                       ". What it changed before stays; the drawing can be saved and the next "
+                       "command run.\nCommand: TAXOR_ABOUT\n"),
+              std::string::npos)
+        << out;
+    EXPECT_TRUE(dxf::Document::parse(session().drawing.serialize(), "again.dxf"));
   }
 }
 
