@@ -5,6 +5,7 @@
 #include "shell/load_commands.h"
 #include "shell/pending_command.h"
 #include "shell/remove_commands.h"
+#include "shell/selection_commands.h"
 #include "shell/validation_commands.h"
 
 namespace shell {
@@ -33,22 +34,22 @@ constexpr CommandSpec kCommands[] = {
     {L"TAXOR_REMOVE_ALL", "delete every record of a loaded class from the selected entities", true,
      removeAllCommand},
     {L"TAXOR_SEL", "select the entities that carry a named class, or a class of a named group",
-     true, pendingCommand},
+     true, selectCommand},
     {L"TAXOR_SEL_CLASS", "select the entities that carry a class of a named tree group", true,
-     pendingCommand},
+     selectGroupCommand},
     {L"TAXOR_SEL_EXT",
      "select entities that do or do not match a named class (records, properties)", true,
-     pendingCommand},
+     selectExtendedCommand},
     {L"TAXOR_SEL_ALL", "select entities that do or do not match the classes their records name",
-     true, pendingCommand},
+     true, selectAllCommand},
     {L"TAXOR_SEL_NULL", "select entities whose records have empty text fields (all or required)",
-     true, pendingCommand},
+     true, selectNullCommand},
     {L"TAXOR_ASSERT", "select the entities whose records break the rules of their class", true,
      assertCommand},
     {L"TAXOR_SORT", "order the display by class priority, unclassified entities at the bottom",
      true, pendingCommand},
     {L"TAXOR_SEL_CLASSIFIED", "select entities that do or do not carry a class of the loaded file",
-     true, pendingCommand},
+     true, selectClassifiedCommand},
     {L"TAXOR_SEL_DUPLICATES",
      "select entities carrying a class's records more than once; name the classes", true,
      pendingCommand},

@@ -1,0 +1,215 @@
+#include "shell/selection_commands.h"
+
+#include <algorithm>
+
+#include "base/text_case.h"
+#include "draw/conformity.h"
+#include "objdata/membership.h"
+#include "shell/classification_run.h"
+
+namespace shell {
+
+namespace {
+
+using catalogue::ObjectClass;
+
+// The candidates of a selecting command, pruned; nothing when the command has ended.
+// `ask` says whether an empty pick-first set makes the user select (else the whole model
+// space is taken at once).
+std::optional<std::vector<host::ObjectId>> selectionCandidates(
+    CommandContext& context, const std::vector<host::ObjectId>& picked, bool ask) {
+  std::optional<std::vector<host::ObjectId>> candidates;
+  if (!picked.empty() || ask) {
+    candidates = selectCandidates(context, picked, maintenance::EmptyPick::kModelSpace);
+  } else {
+    candidates = context.database().modelSpaceEntities();
+    if (candidates->empty()) {
+      context.print(StringId::kErrorNoObjectsSelected);
+      return std::nullopt;
+    }
+  }
+  if (!candidates) return std::nullopt;
+  maintenance::pruneCandidates(context.database(), *candidates);
+  if (candidates->empty()) {
+    context.print(StringId::kSelectedCount, {0});
+    return std::nullopt;
+  }
+  return candidates;
+}
+
+// Makes the survivors the pick-first set and says how many there are.
+void finish(CommandContext& context, const std::vector<host::ObjectId>& survivors) {
+  context.editor().setImpliedSelection(survivors);
+  context.print(StringId::kSelectedCount, {static_cast<int>(survivors.size())});
+}
+
+// Keeps the candidates that pass, removing the others by swapping in the last candidate.
+template <typename Test>
+void keepBySwap(std::vector<host::ObjectId>& candidates, Test passes) {
+  for (size_t i = 0; i < candidates.size();) {
+    if (passes(candidates[i]))
+      ++i;
+    else
+      maintenance::removeBySwap(candidates, i);
+  }
+}
+
+// Keeps the candidates that pass, in their order.
+template <typename Test>
+void keepInOrder(std::vector<host::ObjectId>& candidates, Test passes) {
+  std::erase_if(candidates, [&](host::ObjectId id) { return !passes(id); });
+}
+
+// The switches of TAXOR_SEL_EXT and TAXOR_SEL_ALL; nothing when the command ends here.
+struct Switches {
+  bool properties = true;
+  bool objects = true;
+  bool match = true;
+};
+std::optional<Switches> askSwitches(CommandContext& context) {
+  std::optional<int> properties = context.askMode(StringId::kPromptUseProperties, 1, 1);
+  if (!properties) return std::nullopt;
+  std::optional<int> objects = context.askMode(StringId::kPromptUseObjects, 1, 1);
+  if (!objects || (*properties == 0 && *objects == 0)) return std::nullopt;
+  std::optional<int> match = context.askMode(StringId::kPromptMatch, 1, 1);
+  if (!match) return std::nullopt;
+  return Switches{*properties == 1, *objects == 1, *match == 1};
+}
+
+// Selection by the name of a class or group: `groups_only` for TAXOR_SEL_CLASS.
+void selectByName(CommandContext& context, bool groups_only) {
+  std::vector<host::ObjectId> picked = context.editor().impliedSelection();
+  std::optional<std::wstring> name = context.ask(true, context.text(StringId::kPromptObject));
+  if (!name) return;
+  auto candidates = selectionCandidates(context, picked, false);
+  if (!candidates) return;
+  ClassificationRun run(context);
+  objdata::Classifier& classifier = run.classifier();
+  objdata::Membership membership(classifier);
+  const catalogue::Catalogue& catalogue = run.catalogue();
+  std::wstring lower = base::lowerCase(*name);
+  const ObjectClass* cls = groups_only ? nullptr : catalogue.findObject(lower);
+  const catalogue::Group* group = cls ? nullptr : catalogue.findGroup(lower);
+  keepBySwap(*candidates, [&](host::ObjectId id) {
+    if (cls) return classifier.isClassifiedAs(classifier.records(id), *cls);
+    return group && membership.belongsTo(classifier.records(id), *group);
+  });
+  finish(context, *candidates);
+}
+
+}  // namespace
+
+void selectCommand(CommandContext& context) { selectByName(context, false); }
+
+void selectGroupCommand(CommandContext& context) { selectByName(context, true); }
+
+void selectExtendedCommand(CommandContext& context) {
+  std::vector<host::ObjectId> picked = context.editor().impliedSelection();
+  std::optional<std::wstring> name = context.ask(true, context.text(StringId::kPromptObject));
+  if (!name) return;
+  std::optional<Switches> switches = askSwitches(context);
+  if (!switches) return;
+  auto candidates = selectionCandidates(context, picked, true);
+  if (!candidates) return;
+  ClassificationRun run(context);
+  objdata::Classifier& classifier = run.classifier();
+  objdata::Membership membership(classifier);
+  host::Database& database = context.database();
+  const ObjectClass* cls = run.catalogue().findObject(*name);
+  const int precision = draw::linearPrecision(database);
+  keepBySwap(*candidates, [&](host::ObjectId id) {
+    bool matches = true;
+    if (switches->objects) matches = membership.carries(classifier.records(id), *name);
+    // A name that is no class prescribes no properties: nothing conforms to it.
+    if (matches && switches->properties)
+      matches = cls && draw::EntityConformity(database, id, precision).matches(cls->properties);
+    return matches == switches->match;
+  });
+  finish(context, *candidates);
+}
+
+void selectAllCommand(CommandContext& context) {
+  std::vector<host::ObjectId> picked = context.editor().impliedSelection();
+  std::optional<Switches> switches = askSwitches(context);
+  if (!switches) return;
+  auto candidates = selectionCandidates(context, picked, true);
+  if (!candidates) return;
+  ClassificationRun run(context);
+  objdata::Classifier& classifier = run.classifier();
+  host::Database& database = context.database();
+  const int precision = draw::linearPrecision(database);
+  keepBySwap(*candidates, [&](host::ObjectId id) {
+    std::span<const objdata::TableRecord> records = classifier.records(id);
+    std::optional<draw::EntityConformity> conformity;
+    bool matches = false;
+    for (const objdata::TableRecord& record : records) {
+      const ObjectClass* cls = classifier.classOfRecord(record);
+      if (!cls) continue;
+      if (switches->properties) {
+        if (!conformity) conformity.emplace(database, id, precision);
+        if (!conformity->matches(cls->properties)) continue;
+      }
+      if (!switches->objects || classifier.isClassifiedAs(records, *cls)) {
+        matches = true;
+        break;
+      }
+    }
+    return matches == switches->match;
+  });
+  finish(context, *candidates);
+}
+
+void selectClassifiedCommand(CommandContext& context) {
+  std::vector<host::ObjectId> picked = context.editor().impliedSelection();
+  std::optional<int> match = context.askMode(StringId::kPromptMatch, 1, 1);
+  if (!match) return;
+  auto candidates = selectionCandidates(context, picked, true);
+  if (!candidates) return;
+  ClassificationRun run(context);
+  objdata::Classifier& classifier = run.classifier();
+  keepInOrder(*candidates, [&](host::ObjectId id) {
+    std::span<const objdata::TableRecord> records = classifier.records(id);
+    bool classified = std::any_of(records.begin(), records.end(), [&](const auto& record) {
+      const ObjectClass* cls = classifier.classOfRecord(record);
+      return cls && classifier.isClassifiedAs(records, *cls);
+    });
+    return classified == (*match == 1);
+  });
+  finish(context, *candidates);
+}
+
+void selectNullCommand(CommandContext& context) {
+  std::vector<host::ObjectId> picked = context.editor().impliedSelection();
+  std::optional<int> all_fields = context.askMode(StringId::kPromptCheckNonRequired, 0, 1);
+  if (!all_fields) return;
+  auto candidates = selectionCandidates(context, picked, true);
+  if (!candidates) return;
+  ClassificationRun run(context);
+  objdata::Classifier& classifier = run.classifier();
+  // Whether a field of `table` counts: every field, or only the required ones.
+  auto counts = [&](const catalogue::TableDefinition& table, const std::wstring& field) {
+    if (*all_fields == 1) return true;
+    auto it = std::find_if(table.fields.begin(), table.fields.end(),
+                           [&](const auto& f) { return base::equalsIgnoringCase(f.name, field); });
+    return it != table.fields.end() && (it->flags & catalogue::kFieldRequired) != 0;
+  };
+  keepInOrder(*candidates, [&](host::ObjectId id) {
+    for (const objdata::TableRecord& record : classifier.records(id)) {
+      const ObjectClass* cls = classifier.classOfRecord(record);
+      if (!cls) continue;
+      auto table = std::find_if(cls->tables.begin(), cls->tables.end(), [&](const auto& t) {
+        return base::equalsIgnoringCase(t.name, record.table_name);
+      });
+      if (table == cls->tables.end()) continue;
+      for (const objdata::FieldValue& field : record.fields) {
+        const objdata::Value& value = field.value;
+        if (value.type != objdata::ValueType::kCharacter) continue;
+        if ((!value.text || value.text->empty()) && counts(*table, field.name)) return true;
+      }
+    }
+    return false;
+  });
+  finish(context, *candidates);
+}
+
+}  // namespace shell
