@@ -3,6 +3,7 @@
 #include "shell/about_command.h"
 #include "shell/classify_commands.h"
 #include "shell/load_commands.h"
+#include "shell/maintenance_commands.h"
 #include "shell/pending_command.h"
 #include "shell/remove_commands.h"
 #include "shell/selection_commands.h"
@@ -47,16 +48,16 @@ constexpr CommandSpec kCommands[] = {
     {L"TAXOR_ASSERT", "select the entities whose records break the rules of their class", true,
      assertCommand},
     {L"TAXOR_SORT", "order the display by class priority, unclassified entities at the bottom",
-     true, pendingCommand},
+     true, sortCommand},
     {L"TAXOR_SEL_CLASSIFIED", "select entities that do or do not carry a class of the loaded file",
      true, selectClassifiedCommand},
     {L"TAXOR_SEL_DUPLICATES",
      "select entities carrying a class's records more than once; name the classes", true,
-     pendingCommand},
+     selectDuplicatesCommand},
     {L"TAXOR_DEL_DUPLICATES", "delete duplicate records of a class, keeping one per table", true,
-     pendingCommand},
+     deleteDuplicatesCommand},
     {L"TAXOR_ROUND", "round the real values in records to the decimals the class file uses", true,
-     pendingCommand},
+     roundCommand},
     {L"TAXOR_TEMPLATE", "write a template class-definition file from the selected entities", false,
      pendingCommand},
     {L"TAXOR_TYPE", "print the object types of the selected entities", false, pendingCommand},

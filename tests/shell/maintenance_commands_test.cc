@@ -1,0 +1,109 @@
+// The repairing commands through the headless command line: duplicate records, rounding
+// and draw order.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <string>
+
+#include "dxf/sort_entities.h"
+#include "shell/commands_fixture.h"
+
+namespace {
+
+using commands_fixture::classify;
+using commands_fixture::kArc;
+using commands_fixture::kCircle;
+using commands_fixture::kLine;
+using commands_fixture::kPolyline;
+
+class MaintenanceCommandsTest : public commands_fixture::CommandsTest {
+ protected:
+  // Appends a CABLES record of class `cls` and kind `kind` to the line.
+  void appendCable(const wchar_t* cls, const wchar_t* kind) {
+    objdata::TableDirectory tables(database(), objdata::findTableDictionary(database()));
+    const objdata::StoredTable* stored = tables.find(L"CABLES");
+    ASSERT_NE(stored, nullptr);
+    objdata::TableRecord record = objdata::blankRecord(*stored);
+    record.fields[0].value = objdata::makeValue(objdata::ValueType::kCharacter, cls);
+    record.fields[1].value = objdata::makeValue(objdata::ValueType::kCharacter, kind);
+    ASSERT_EQ(objdata::appendRecord(tables, *stored, record, id(kLine)), objdata::kStatusOk);
+  }
+  // The line carries Cable three times (kinds power, a, b) and a record of another class.
+  void classifyCablesThrice() {
+    restart(sample::drawing());
+    run(classify(kLine, "Cable") + classify(kPolyline, "Wall"));
+    appendCable(L"Cable", L"a");
+    appendCable(L"Wall", L"x");
+    appendCable(L"Cable", L"b");
+  }
+};
+
+TEST_F(MaintenanceCommandsTest, DuplicateRecordsAreFoundAndTheSurplusDeleted) {
+  classifyCablesThrice();
+  // Wall's one table holds one record, the other CABLES record is of Wall: no duplicate.
+  std::string out = run("TAXOR_SEL_DUPLICATES\nALL\n\n");
+  EXPECT_NE(out.find("Selected: 1 ('Cable' )\nSelected: 1"), std::string::npos) << out;
+  EXPECT_EQ(session().host->editor().impliedSelection(), std::vector{id(kLine)});
+
+  struct Case {
+    std::string answer;  // to "Mode (First, Last)<First>: "
+    std::string printed;
+    std::string records;  // of the line afterwards
+  };
+  const Case cases[] = {
+      // First deletes the first of the duplicates until one is left: the last stays.
+      {"F\n", "Completed: 1\n", "CABLES:Wall,x|CABLES:Cable,b"},
+      {"\n", "Completed: 1\n", "CABLES:Wall,x|CABLES:Cable,b"},
+      {"\x1b", "Completed: 1\n", "CABLES:Wall,x|CABLES:Cable,b"},
+      {"la\n", "Completed: 1\n", "CABLES:Cable,power|CABLES:Wall,x"},
+      {"firsts\n", "", "CABLES:Cable,power|CABLES:Cable,a|CABLES:Wall,x|CABLES:Cable,b"},
+  };
+  for (const Case& c : cases) {
+    classifyCablesThrice();
+    out = run("TAXOR_DEL_DUPLICATES\nALL\n\n" + c.answer);
+    if (c.printed.empty()) {
+      EXPECT_EQ(out.find("Completed"), std::string::npos) << out;
+    } else {
+      EXPECT_NE(out.find(c.printed), std::string::npos) << c.answer << out;
+    }
+    EXPECT_EQ(records(kLine), c.records) << c.answer;
+  }
+  // Nothing left to delete the second time.
+  run("TAXOR_DEL_DUPLICATES\nALL\n\nF\n");
+  EXPECT_NE(run("TAXOR_DEL_DUPLICATES\nALL\n\nF\n").find("Completed: 0\n"), std::string::npos);
+  EXPECT_NE(run("TAXOR_SEL_DUPLICATES\nALL\n\n").find("Selected: 0 ()\nSelected: 0"),
+            std::string::npos);
+}
+
+TEST_F(MaintenanceCommandsTest, RoundingKeepsTheClassFilesDecimals) {
+  run(classify(kPolyline, "Wall"));
+  // HEIGHT is written 2.5, 2 and 3 in the class file: one place.
+  struct Case {
+    const wchar_t* stored;
+    const char* rounded;
+  };
+  const Case cases[] = {{L"2.71828", "2.7"}, {L"2.25", "2.3"}, {L"-0.05", "-0.1"}, {L"3", "3.0"}};
+  for (const Case& c : cases) {
+    setField(kPolyline, L"WALLS", L"HEIGHT", c.stored);
+    EXPECT_NE(run("TAXOR_ROUND\nALL\n\n").find("Completed\n"), std::string::npos);
+    EXPECT_EQ(records(kPolyline), "WALLS:Wall," + std::string(c.rounded) + ",brick,");
+  }
+}
+
+TEST_F(MaintenanceCommandsTest, SortDrawsHigherClassesAbove) {
+  restart(sample::toDxf(commands_fixture::insertLines(sample::readCompact("sample_drawing.txt"),
+                                                      "0 ENDSEC", "9 $SORTENTS\n280 128\n")));
+  run(classify(kPolyline, "Wall") + classify(kLine, "Cable") + classify(kArc, "Marker"));
+  run("TAXOR_SORT\nALL\n\n");
+  // Unclassified entities lowest, then Marker (1), Cable (5), Wall (10).
+  std::vector<std::string> order;
+  for (dxf::RecordId record : dxf::modelSpaceDrawOrder(session().drawing)) {
+    for (const char* handle : {kCircle, kArc, kLine, kPolyline}) {
+      if (session().host->dxfDatabase().toRecord(id(handle)) == record) order.push_back(handle);
+    }
+  }
+  EXPECT_EQ(order, (std::vector<std::string>{kCircle, kArc, kLine, kPolyline}));
+  EXPECT_EQ(database().getVar("SORTENTS").value(), host::SysVar{int16_t{255}});
+}
+
+}  // namespace
