@@ -12,7 +12,7 @@
 #include "catalogue/parser.h"
 #include "drawing_generator.h"
 #include "dxf/document.h"
-#include "headless/headless_host.h"
+#include "session/session.h"
 
 namespace {
 
@@ -67,9 +67,14 @@ void BM_ParseClassFile(benchmark::State& state) {
     std::fprintf(stderr, "drawing: %s\n", drawing.status().message().c_str());
     std::abort();
   }
-  headless::InputStream input;
   std::ostringstream out, err;
-  headless::HeadlessHost host(*drawing, L"empty.dxf", input, out, err, false, true);
+  auto opened = session::Session::open(std::move(drawing.value()), L"empty.dxf", out, err,
+                                       {.echo = false, .quiet = true, .wrap = {}});
+  if (!opened) {
+    std::fprintf(stderr, "session: %s\n", opened.status().message().c_str());
+    std::abort();
+  }
+  headless::HeadlessHost& host = (*opened)->host();
   size_t classes = 0;
   catalogue::HostEnvironment environment(host);
   for (auto _ : state) {

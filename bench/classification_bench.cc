@@ -22,8 +22,7 @@
 
 #include "drawing_generator.h"
 #include "dxf/document.h"
-#include "headless/headless_host.h"
-#include "shell/application.h"
+#include "session/session.h"
 
 namespace {
 
@@ -113,19 +112,19 @@ int main(int argc, char** argv) {
     }
     best_load = std::min(best_load, secondsSince(start));
 
-    headless::InputStream input;
     std::ostringstream out, err;
-    headless::HeadlessHost host(*drawing, L"generated.dxf", input, out, err, false, true);
-    shell::Application app(host, shell::StringTable::builtIn());
-    if (!app.initialize()) return 1;
+    auto opened = session::Session::open(std::move(drawing.value()), L"generated.dxf", out, err,
+                                         {.echo = false, .quiet = true, .wrap = {}});
+    if (!opened) return 1;
+    session::Session& session = **opened;
     for (size_t i = 0; i < steps.size(); ++i) {
-      input.addText(steps[i].script);
+      session.input().addText(steps[i].script);
       start = cpuSeconds();
-      host.run();
+      session.run();
       best[i] = std::min(best[i], secondsSince(start));
       for (int again = 0; i == repeat_step && again < 10; ++again) {
-        input.addText(steps[i].script);
-        host.run();
+        session.input().addText(steps[i].script);
+        session.run();
       }
     }
     last_out = out.str();

@@ -6,7 +6,7 @@
 set -euo pipefail
 
 PACKAGES=(
-  build-essential g++ cmake ninja-build
+  build-essential g++ cmake ninja-build ccache
   libgtest-dev libgmock-dev libbenchmark-dev libcli11-dev
   clang
   python3 python3-ezdxf

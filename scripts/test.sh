@@ -1,10 +1,14 @@
 #!/usr/bin/env bash
 # Runs every test of TAXOR:
 #   1. build/       the normal build (RelWithDebInfo, warnings are errors) and its ctest;
-#   2. build-asan/  the same code under AddressSanitizer + UBSan and its ctest;
-#   3. build-fuzz/  the libFuzzer build (clang), and ~60 s of dxf_reader_fuzzer.
-# Every stage runs even when an earlier one failed. The last line is "N passed, N failed":
-# the ctest results of both builds plus the fuzz run as one test. A stage that cannot run
+#   2. build-asan/  the same code under AddressSanitizer + UBSan and its ctest (the tests
+#                   that run python3 with ezdxf skip themselves there);
+#   3. build-tsan/  taxor_thread_tests alone under ThreadSanitizer, and its ctest;
+#   4. build-fuzz/  the libFuzzer build (clang), and ~60 s of dxf_reader_fuzzer.
+# Every build compiles through ccache when it is installed (CMakeLists.txt), so a second run
+# on the same machine recompiles little. Every stage runs even when an earlier one failed.
+# The last line is "N passed, N failed": the ctest results of the builds plus the fuzz run
+# as one test. A stage that cannot run
 # (configure or build error, no tests found) counts as one failed test. Exits non-zero if
 # anything failed.
 set -uo pipefail
@@ -19,15 +23,38 @@ FAILED=0
 SKIPPED=0
 FAILURES=()
 START=$SECONDS
+STAGE_START=$SECONDS
+STAGE_NAME=
+STAGE_TIMES=()
 
-stage() { printf '\n=== %s ===\n' "$*"; }
+# stage NAME: starts the next stage; the time of each is listed at the end.
+stage() {
+  stage_done
+  STAGE_NAME=$*
+  STAGE_START=$SECONDS
+  printf '\n=== %s ===\n' "$*"
+}
+stage_done() {
+  [[ -n $STAGE_NAME ]] &&
+    STAGE_TIMES+=("$(printf '%3dm %02ds  %s' $(((SECONDS - STAGE_START) / 60)) \
+      $(((SECONDS - STAGE_START) % 60)) "$STAGE_NAME")")
+  STAGE_NAME=
+}
 fail() {  # fail WHAT: one failed test that is not a ctest result
   FAILED=$((FAILED + 1))
   FAILURES+=("$1")
   echo "test.sh: FAILED: $1" >&2
 }
 finish() {
+  stage_done
   echo
+  echo "test.sh: stage times:"
+  printf '  %s\n' "${STAGE_TIMES[@]}"
+  if command -v ccache >/dev/null 2>&1; then
+    echo "test.sh: ccache: $(ccache --print-stats 2>/dev/null |
+      awk -F'\t' '$1 ~ /^(direct_cache_hit|preprocessed_cache_hit)$/ { h += $2 }
+                  $1 == "cache_miss" { m = $2 } END { print h + 0 " hits, " m + 0 " misses" }')"
+  fi
   if [[ ${#FAILURES[@]} -gt 0 ]]; then
     echo "test.sh: failures:"
     printf '  %s\n' "${FAILURES[@]}"
@@ -39,10 +66,12 @@ finish() {
   exit
 }
 
-# run_ctest DIR: runs the tests of a build and adds its results to the totals.
+# run_ctest DIR [CTEST_ARGS...]: runs the tests of a build and adds its results to the totals.
 run_ctest() {
   local dir=$1 log="$1/ctest.log"
-  ctest --test-dir "$dir" --output-on-failure -j2 --no-tests=error --timeout 900 2>&1 | tee "$log"
+  shift
+  ctest --test-dir "$dir" --output-on-failure -j2 --no-tests=error --timeout 900 "$@" 2>&1 |
+    tee "$log"
   local rc=${PIPESTATUS[0]}
   # "95% tests passed, 2 tests failed out of 40": skipped tests are inside the 95%.
   local summary
@@ -81,6 +110,8 @@ if ! bash scripts/setup-debian.sh; then
   fail "scripts/setup-debian.sh"
   finish
 fi
+# Counts this run's hits and misses only; the cache itself stays.
+command -v ccache >/dev/null 2>&1 && ccache --zero-stats >/dev/null
 
 stage "build/ (RelWithDebInfo, -Werror)"
 if configure_and_build build "" -- -DCMAKE_BUILD_TYPE=RelWithDebInfo -DTAXOR_WERROR=ON \
@@ -100,6 +131,18 @@ if configure_and_build build-asan "" -- -DCMAKE_BUILD_TYPE=RelWithDebInfo -DTAXO
   run_ctest build-asan
 else
   fail "build-asan/: configure or build"
+fi
+
+stage "build-tsan/ (ThreadSanitizer, taxor_thread_tests only)"
+if configure_and_build build-tsan taxor_thread_tests -- -DCMAKE_BUILD_TYPE=RelWithDebInfo \
+    -DTAXOR_TSAN=ON -DTAXOR_SANITIZE=OFF -DTAXOR_FUZZ=OFF -DTAXOR_BENCH=OFF; then
+  stage "build-tsan/ ctest"
+  # The other test binaries are not built here: only the tests labelled "threads" run.
+  # A data race or lock-order report stops the test at once and fails it.
+  TSAN_OPTIONS="${TSAN_OPTIONS:-halt_on_error=1 second_deadlock_stack=1}" \
+    run_ctest build-tsan -L '^threads$'
+else
+  fail "build-tsan/: configure or build"
 fi
 
 stage "build-fuzz/ (clang, libFuzzer)"

@@ -2,7 +2,9 @@
 // the process.
 #pragma once
 
+#include <filesystem>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace testing_paths {
@@ -16,4 +18,36 @@ std::string readFile(const std::string& path);
 // printed, both streams, into `output`.
 int runCommand(const std::string& command, std::string& output);
 
+// A new, empty directory under the system's temporary directory whose name no other process
+// has: two builds' tests or two checkouts running at once never share a file. Removed, with
+// everything in it, with the object. Throws std::filesystem::filesystem_error when it cannot
+// be made.
+class TempDir {
+ public:
+  // The directory's name begins with `prefix`, to tell what left it behind.
+  explicit TempDir(std::string_view prefix);
+  ~TempDir();
+  TempDir(const TempDir&) = delete;
+  TempDir& operator=(const TempDir&) = delete;
+
+  const std::filesystem::path& path() const { return path_; }
+  std::filesystem::path operator/(std::string_view name) const { return path_ / name; }
+  // Leaves the directory in place, for a look after a failure.
+  void keep() { keep_ = true; }
+
+ private:
+  std::filesystem::path path_;
+  bool keep_ = false;
+};
+
+// Why the tests that run /usr/bin/python3 with ezdxf do not run here, or null when they do.
+// They do not run in a sanitizer build: the time goes to python, and the code of ours that
+// they run is run by the normal build and by other tests under the sanitizers.
+const char* whyNoEzdxf();
+
 }  // namespace testing_paths
+
+// Skips the current test when whyNoEzdxf() says so.
+#define TAXOR_SKIP_WITHOUT_EZDXF()                                    \
+  if (const char* taxor_why_no_ezdxf = ::testing_paths::whyNoEzdxf()) \
+  GTEST_SKIP() << taxor_why_no_ezdxf

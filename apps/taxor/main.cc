@@ -1,7 +1,9 @@
 // taxor: runs TAXOR commands on a DXF drawing from scripts, -c texts or standard input.
+//   taxor run DRAWING [options], or in short taxor DRAWING [options]
 #include <unistd.h>
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <fstream>
 #include <iostream>
 #include <memory>
@@ -9,12 +11,9 @@
 
 #include "base/utf.h"
 #include "dxf/document.h"
-#include "headless/headless_host.h"
-#include "headless/input_stream.h"
+#include "session/session.h"
 #include "shell/about_command.h"
-#include "shell/application.h"
 #include "shell/command_table.h"
-#include "shell/string_table.h"
 
 namespace {
 
@@ -32,33 +31,50 @@ std::string commandList() {
   return out;
 }
 
+// Without a subcommand the arguments are those of `run`: the program's first form stays.
+std::vector<std::string> withSubcommand(int argc, char** argv, const CLI::App& app) {
+  std::vector<std::string> args(argv + 1, argv + argc);
+  auto named = [&](const CLI::App* subcommand) { return subcommand->get_name() == args[0]; };
+  bool top_level = !args.empty() && (args[0] == "-h" || args[0] == "--help" ||
+                                     args[0] == "--version" || !app.get_subcommands(named).empty());
+  if (!top_level) args.insert(args.begin(), "run");
+  // CLI11 takes the arguments last first.
+  std::reverse(args.begin(), args.end());
+  return args;
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
   CLI::App app{"TAXOR: classify the entities of a DXF drawing and keep their object data.",
                "taxor"};
   app.footer(commandList());
+  app.require_subcommand(1);
+  app.set_version_flag("--version",
+                       base::toUtf8(std::wstring(L"taxor ") + shell::productVersion()));
+  CLI::App* run = app.add_subcommand(
+      "run", "run commands on a drawing; `taxor DRAWING ...` is short for `taxor run DRAWING ...`");
+  run->footer(commandList());
   std::string drawing_path, classes, output;
   std::vector<std::string> scripts, texts;
   bool save_in_place = false;
   bool quiet = false;
-  app.set_version_flag("--version",
-                       base::toUtf8(std::wstring(L"taxor ") + shell::productVersion()));
-  app.add_option("--classes", classes, "load this class-definition file first (TAXOR_LOAD)")
+  run->add_option("--classes", classes, "load this class-definition file first (TAXOR_LOAD)")
       ->check(CLI::ExistingFile);
-  auto* script_option = app.add_option("--script", scripts, "run the commands of this file")
+  auto* script_option = run->add_option("--script", scripts, "run the commands of this file")
                             ->check(CLI::ExistingFile)
                             ->take_all();
   auto* text_option =
-      app.add_option("-c", texts, "run this command text (a newline is added)")->take_all();
-  auto* out_option = app.add_option("-o,--output", output, "save the drawing to OUT at the end");
+      run->add_option("-c", texts, "run this command text (a newline is added)")->take_all();
+  auto* out_option = run->add_option("-o,--output", output, "save the drawing to OUT at the end");
   auto* save_option =
-      app.add_flag("--save", save_in_place, "save the drawing over DRAWING at the end");
+      run->add_flag("--save", save_in_place, "save the drawing over DRAWING at the end");
   out_option->excludes(save_option);
-  app.add_flag("--quiet", quiet, "print messages only, no prompts or echoed answers");
-  app.add_option("DRAWING", drawing_path, "the DXF drawing to work on")->required();
+  run->add_flag("--quiet", quiet, "print messages only, no prompts or echoed answers");
+  run->add_option("DRAWING", drawing_path, "the DXF drawing to work on")->required();
   try {
-    app.parse(argc, argv);
+    std::vector<std::string> args = withSubcommand(argc, argv, app);
+    app.parse(args);
   } catch (const CLI::ParseError& e) {
     int code = app.exit(e);
     return code == 0 ? kExitOk : kExitUsage;
@@ -69,12 +85,22 @@ int main(int argc, char** argv) {
     std::cerr << "taxor: " << drawing.status().message() << "\n";
     return kExitDrawing;
   }
+  bool from_stdin = scripts.empty() && texts.empty();
+  bool interactive = from_stdin && isatty(STDIN_FILENO);
+  auto opened =
+      session::Session::open(std::move(drawing.value()), base::fromUtf8(drawing_path), std::cout,
+                             std::cerr, {.echo = !interactive, .quiet = quiet, .wrap = {}});
+  if (!opened) {
+    std::cerr << "taxor: " << opened.status().message() << "\n";
+    return kExitDrawing;
+  }
+  session::Session& session = **opened;
 
   // Scripts and -c texts run in the order they were given on the command line.
-  headless::InputStream input;
+  headless::InputStream& input = session.input();
   if (!classes.empty()) input.addText("TAXOR_LOAD\n" + classes + "\n");
   size_t next_script = 0, next_text = 0;
-  for (CLI::Option* option : app.parse_order()) {
+  for (CLI::Option* option : run->parse_order()) {
     if (option == script_option) {
       input.addSource(std::make_unique<std::ifstream>(scripts[next_script++], std::ios::binary));
     } else if (option == text_option) {
@@ -83,26 +109,17 @@ int main(int argc, char** argv) {
       input.addText(text);
     }
   }
-  bool from_stdin = scripts.empty() && texts.empty();
-  bool interactive = from_stdin && isatty(STDIN_FILENO);
   if (from_stdin) {
     // The stream is owned by the process; the input only borrows it.
     input.addSource(std::unique_ptr<std::istream>(new std::istream(std::cin.rdbuf())));
   }
 
-  headless::HeadlessHost host(*drawing, base::fromUtf8(drawing_path), input, std::cout, std::cerr,
-                              !interactive, quiet);
-  shell::Application application(host, shell::StringTable::builtIn());
-  if (base::Status status = application.initialize(); !status) {
-    std::cerr << "taxor: " << status.message() << "\n";
-    return kExitDrawing;
-  }
-  host.run();
-  application.unload();
+  session.run();
+  session.unload();
 
   std::string target = save_in_place ? drawing_path : output;
   if (!target.empty()) {
-    if (base::Status status = drawing->save(target); !status) {
+    if (base::Status status = session.drawing().save(target); !status) {
       std::cerr << "taxor: " << status.message() << "\n";
       return kExitDrawing;
     }

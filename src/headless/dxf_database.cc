@@ -312,7 +312,7 @@ dxf::PropValue toDxf(const host::PropertyValue& value) {
 
 host::PropertyValue DxfDatabase::getProperty(ObjectId entity, host::EntityProperty property) {
   dxf::RecordId r = toRecord(entity);
-  if (r == dxf::kNoRecord) return std::monostate{};
+  if (r == dxf::kNoRecord || !isEntityRecord(drawing_, r)) return std::monostate{};
   return toHost(dxf::getProperty(drawing_, r, static_cast<dxf::Prop>(property)));
 }
 
@@ -320,6 +320,7 @@ Status DxfDatabase::setProperty(ObjectId entity, host::EntityProperty property,
                                 const host::PropertyValue& value) {
   auto r = record(entity, "entity");
   if (!r) return r.status();
+  if (!isEntityRecord(drawing_, *r)) return Status::invalid("object is not an entity");
   return dxf::setProperty(drawing_, *r, static_cast<dxf::Prop>(property), toDxf(value));
 }
 
@@ -328,6 +329,7 @@ Status DxfDatabase::setRelativeDrawOrder(const std::vector<ObjectId>& entities) 
   for (ObjectId id : entities) {
     auto r = record(id, "entity");
     if (!r) return r.status();
+    if (!isEntityRecord(drawing_, *r)) return Status::invalid("object is not an entity");
     records.push_back(*r);
   }
   dxf::RecordId model = dxf::modelSpaceBlockRecord(drawing_);

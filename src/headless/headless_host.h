@@ -2,22 +2,24 @@
 #pragma once
 
 #include <map>
-#include <memory>
+#include <optional>
 #include <ostream>
 #include <string>
-#include <vector>
+#include <string_view>
 
 #include "dxf/document.h"
+#include "headless/command_line.h"
 #include "headless/console.h"
 #include "headless/dxf_database.h"
 #include "headless/headless_dialogs.h"
+#include "headless/headless_document.h"
 #include "headless/headless_editor.h"
 #include "headless/input_stream.h"
 #include "host/host.h"
 
 namespace headless {
 
-class HeadlessHost : public host::Host, public host::Document, public host::CommandStack {
+class HeadlessHost : public host::Host {
  public:
   // Works on `drawing` (read from `file_name`, reported as its full path) with commands read from
   // `input`; everything must outlive the host. See Console for `echo` and `quiet`.
@@ -25,17 +27,17 @@ class HeadlessHost : public host::Host, public host::Document, public host::Comm
                std::ostream& out, std::ostream& err, bool echo, bool quiet = false);
 
   // Reads and runs commands until the input ends; a prompt pending then is cancelled.
-  void run();
+  void run() { command_line_.run(); }
 
   // How many resource handles and document locks are held now (0 between commands).
   int resourceDepth() const { return resource_depth_; }
-  int lockDepth() const { return lock_depth_; }
+  int lockDepth() const { return document_.lockDepth(); }
 
   // host::Host
-  host::Document& document() override { return *this; }
+  host::Document& document() override { return document_; }
   host::Editor& editor() override { return editor_; }
   host::Dialogs& dialogs() override { return dialogs_; }
-  host::CommandStack& commands() override { return *this; }
+  host::CommandStack& commands() override { return command_line_; }
   // Environment values live in memory, seeded from the process environment (the support
   // path "ACAD" comes from the ACAD variable); changes last for the session.
   std::optional<std::wstring> getEnv(std::wstring_view name) override;
@@ -45,46 +47,19 @@ class HeadlessHost : public host::Host, public host::Document, public host::Comm
   void pushResourceHandle() override { ++resource_depth_; }
   void popResourceHandle() override { --resource_depth_; }
 
-  // host::Document
-  host::Database& database() override { return database_; }
-  std::wstring fileName() override { return file_name_; }
-  void sendStringToExecute(std::wstring_view text) override { queued_ += text; }
-  void lock() override { ++lock_depth_; }
-  void unlock() override { --lock_depth_; }
-
-  // host::CommandStack
-  base::Status addCommand(std::wstring_view group, std::wstring_view name, int flags,
-                          host::CommandFunction function) override;
-  void removeGroup(std::wstring_view group) override;
-  std::vector<std::wstring> commandsOf(std::wstring_view group) const override;
-
+  // The document's database, with the DXF-specific calls.
   DxfDatabase& dxfDatabase() { return database_; }
   Console& console() { return console_; }
 
  private:
-  struct Command {
-    std::wstring group;
-    std::wstring name;  // upper case
-    int flags = 0;
-    host::CommandFunction function;
-  };
-
-  void runCommand(const std::wstring& typed);
-  void registerHostCommands();
-  void attsync();
-
   Console console_;
   DxfDatabase database_;
   HeadlessEditor editor_;
   HeadlessDialogs dialogs_;
-  std::wstring file_name_;
-  std::vector<Command> commands_;
-  std::wstring queued_;
+  HeadlessDocument document_;
+  CommandLine command_line_;
   std::map<std::wstring, std::wstring, std::less<>> environment_;
   int resource_depth_ = 0;
-  int lock_depth_ = 0;
-  // Set by a command of this host that could not do what it was asked.
-  bool command_failed_ = false;
 };
 
 }  // namespace headless

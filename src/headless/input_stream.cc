@@ -6,8 +6,12 @@
 
 namespace headless {
 
-void InputStream::addSource(std::unique_ptr<std::istream> source) {
+void InputStream::addSource(std::shared_ptr<InputSource> source) {
   sources_.push_back(std::move(source));
+}
+
+void InputStream::addSource(std::unique_ptr<std::istream> source) {
+  addSource(std::make_shared<StreamSource>(std::move(source)));
 }
 
 void InputStream::addText(const std::string& utf8) {
@@ -24,7 +28,7 @@ bool InputStream::fill() {
   while (pos_ >= buffer_.size()) {
     if (sources_.empty()) return false;
     std::string line;
-    if (!std::getline(*sources_.front(), line)) {
+    if (!sources_.front()->readLine(line)) {
       sources_.pop_front();
       continue;
     }

@@ -8,6 +8,7 @@
 #include <sstream>
 
 #include "base/utf.h"
+#include "test_paths.h"
 
 namespace {
 
@@ -15,14 +16,7 @@ namespace fs = std::filesystem;
 
 class ClassListsTest : public ::testing::Test {
  protected:
-  void SetUp() override {
-    dir_ = fs::temp_directory_path() /
-           ("taxor_lists_" +
-            std::string(::testing::UnitTest::GetInstance()->current_test_info()->name()));
-    fs::remove_all(dir_);
-    fs::create_directories(dir_);
-  }
-  void TearDown() override { fs::remove_all(dir_); }
+  void SetUp() override { dir_ = temp_dir_.path(); }
 
   std::wstring write(const std::string& name, const std::string& text) {
     std::ofstream(dir_ / name, std::ios::binary) << text;
@@ -36,6 +30,7 @@ class ClassListsTest : public ::testing::Test {
   }
   std::wstring path(const std::string& name) { return base::fromUtf8((dir_ / name).string()); }
 
+  testing_paths::TempDir temp_dir_{"taxor_lists"};
   fs::path dir_;
 };
 

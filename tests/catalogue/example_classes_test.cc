@@ -1,7 +1,6 @@
 // The example class file loads into the example drawing with nothing to report, and brings
 // in the resources that its classes need.
 #include <gtest/gtest.h>
-#include <unistd.h>
 
 #include <cstdlib>
 #include <filesystem>
@@ -47,14 +46,12 @@ TEST(ExampleClassesTest, LoadIntoTheExampleDrawingCleanly) {
 // An independent reader finds the imported resources in the saved drawing, and its audit
 // finds nothing wrong.
 TEST(ExampleClassesTest, EzdxfFindsTheImportedResources) {
-  if (std::system("/usr/bin/python3 -c 'import ezdxf' 2>/dev/null") != 0) {
-    GTEST_SKIP() << "/usr/bin/python3 cannot import ezdxf";
-  }
+  TAXOR_SKIP_WITHOUT_EZDXF();
   const std::string examples = std::string(TAXOR_SOURCE_DIR) + "/examples/";
   testing_session::Session session(testing_paths::readFile(examples + "site.dxf"));
   session.run("TAXOR_LOAD\n" + examples + "classes.txt\n");
-  std::filesystem::path saved = std::filesystem::temp_directory_path() /
-                                ("taxor_example_" + std::to_string(::getpid()) + ".dxf");
+  const testing_paths::TempDir dir("taxor_example");
+  std::filesystem::path saved = dir / "example.dxf";
   ASSERT_TRUE(session.drawing.save(saved.string()));
   std::filesystem::path script = saved;
   script.replace_extension(".py");
@@ -73,8 +70,6 @@ sys.exit(1 if problems else 0)
 )";
   std::string command = "/usr/bin/python3 " + script.string() + " " + saved.string();
   int status = std::system(command.c_str());
-  std::filesystem::remove(saved);
-  std::filesystem::remove(script);
   EXPECT_EQ(status, 0) << command;
 }
 

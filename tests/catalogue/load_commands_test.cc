@@ -14,6 +14,7 @@
 #include "catalogue/catalogue.h"
 #include "fakes/fake_host.h"
 #include "shell/application.h"
+#include "test_paths.h"
 
 namespace {
 
@@ -22,14 +23,9 @@ namespace fs = std::filesystem;
 class LoadCommandsTest : public ::testing::Test {
  protected:
   void SetUp() override {
-    dir_ = fs::temp_directory_path() /
-           ("taxor_load_" +
-            std::string(::testing::UnitTest::GetInstance()->current_test_info()->name()));
-    fs::remove_all(dir_);
-    fs::create_directories(dir_);
+    dir_ = temp_dir_.path();
     ASSERT_TRUE(app_.initialize());
   }
-  void TearDown() override { fs::remove_all(dir_); }
 
   std::wstring write(const std::string& name, const std::string& text) {
     std::ofstream(dir_ / name, std::ios::binary) << text;
@@ -51,6 +47,7 @@ class LoadCommandsTest : public ::testing::Test {
   }
   shell::ProcessState& state() { return app_.state(); }
 
+  testing_paths::TempDir temp_dir_{"taxor_load"};
   fs::path dir_;
   fakes::FakeHost host_;
   shell::Application app_{host_, shell::StringTable::builtIn()};

@@ -11,6 +11,7 @@
 #include "catalogue/parse_testing.h"
 #include "catalogue/resource_files.h"
 #include "objdata/stored_table.h"
+#include "test_paths.h"
 
 namespace {
 
@@ -22,11 +23,7 @@ using parse_testing::messageTexts;
 class ResourceFolder : public ::testing::Test {
  protected:
   void SetUp() override {
-    root_ =
-        fs::temp_directory_path() /
-        ("taxor_resources_" + std::to_string(::testing::UnitTest::GetInstance()->random_seed()) +
-         "_" + ::testing::UnitTest::GetInstance()->current_test_info()->name());
-    fs::remove_all(root_);
+    root_ = temp_dir_.path();
     for (const char* file :
          {"lib/b.dxf", "lib/a.dwg", "lib/notes.txt", "lib/lines.lin", "lib/hatch.pat",
           "lib/manhole.dwg", "lib/LAMP.dwg", "lib/old.dwg.dwt.bak", "fonts/roman.shx"}) {
@@ -35,7 +32,6 @@ class ResourceFolder : public ::testing::Test {
     }
     fs::create_directories(root_ / "lib/folder.dwg");
   }
-  void TearDown() override { fs::remove_all(root_); }
 
   std::wstring path(const std::string& relative) const {
     return base::fromUtf8((root_ / relative).string());
@@ -45,6 +41,7 @@ class ResourceFolder : public ::testing::Test {
   }
   std::string u8(const std::string& relative) const { return (root_ / relative).string(); }
 
+  testing_paths::TempDir temp_dir_{"taxor_resources"};
   fs::path root_;
   Fixture fixture_;
 };

@@ -13,6 +13,7 @@
 #include "dxf/blocks.h"
 #include "dxf/symbol_tables.h"
 #include "sample_drawing.h"
+#include "test_paths.h"
 
 namespace dxf {
 
@@ -345,9 +346,7 @@ TEST(EntityPropR12, ReadsAndWritesRecordsWithoutSubclassMarkers) {
 
 // ezdxf, an independent reader, sees what was written.
 TEST(EntityPropEzdxf, ReadsTheWrittenValues) {
-  if (std::system("/usr/bin/python3 -c 'import ezdxf' >/dev/null 2>&1") != 0) {
-    GTEST_SKIP() << "/usr/bin/python3 cannot import ezdxf";
-  }
+  TAXOR_SKIP_WITHOUT_EZDXF();
   Document doc = parse(sample::drawing());
   auto set = [&](const char* handle, Prop prop, const PropValue& value) {
     base::Status status = dxf::setProperty(doc, entity(doc, handle), prop, value);
@@ -372,7 +371,8 @@ TEST(EntityPropEzdxf, ReadsTheWrittenValues) {
   set(h::kMLeader, Prop::kMLeaderStyle, L"Callout");
   set(h::kInsert, Prop::kScale, Point3{1, 2, 3});
 
-  std::string path = testing::TempDir() + "entity_properties_ezdxf.dxf";
+  testing_paths::TempDir dir("taxor_entity_properties");
+  std::string path = (dir / "entity_properties_ezdxf.dxf").string();
   ASSERT_TRUE(doc.save(path).isOk());
   std::string command =
       "/usr/bin/python3 -c '"
@@ -395,7 +395,6 @@ TEST(EntityPropEzdxf, ReadsTheWrittenValues) {
   char buffer[512];
   while (size_t n = fread(buffer, 1, sizeof buffer, pipe)) out.append(buffer, n);
   EXPECT_EQ(pclose(pipe), 0);
-  std::remove(path.c_str());
   EXPECT_EQ(out,
             "Walls Dashed 1 (16, 32, 48) 35\n"
             "2.5 0.75 True True Double D2\n"

@@ -1,7 +1,6 @@
 // Real drawings changed by this library are opened by an independent reader, ezdxf, which
 // must find every change where it belongs and no new problem (tests/dxf/referee.py).
 #include <gtest/gtest.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <cstdio>
@@ -112,14 +111,6 @@ std::vector<TypedValue> sampleValues(int n) {
 }
 
 constexpr const char* kPython = "/usr/bin/python3";
-
-bool ezdxfAvailable() {
-  static const bool available = [] {
-    std::string ignored;
-    return testing_paths::runCommand(std::string(kPython) + " -c 'import ezdxf'", ignored) == 0;
-  }();
-  return available;
-}
 
 // Collects the changes made to one drawing and what the referee must find.
 class Change {
@@ -333,16 +324,14 @@ std::string changeDrawing(Document& doc) {
 class EzdxfReferee : public testing::TestWithParam<std::string> {};
 
 TEST_P(EzdxfReferee, FindsEveryChangeAndNoNewProblem) {
-  if (!ezdxfAvailable()) GTEST_SKIP() << kPython << " cannot import ezdxf";
+  TAXOR_SKIP_WITHOUT_EZDXF();
   std::string original = testing_paths::corpusDir() + "/" + GetParam();
   if (!fs::exists(original)) GTEST_SKIP() << original << " is not in the corpus";
   auto doc = Document::load(original);
   ASSERT_TRUE(doc.isOk()) << doc.status().message();
 
   std::string expectations = changeDrawing(*doc);
-  fs::path dir = fs::temp_directory_path() / ("taxor_referee_" + std::to_string(getpid())) /
-                 fs::path(GetParam()).stem();
-  fs::create_directories(dir);
+  testing_paths::TempDir dir("taxor_referee_" + fs::path(GetParam()).stem().string());
   fs::path changed = dir / GetParam();
   fs::path json_path = dir / (GetParam() + ".json");
   ASSERT_TRUE(doc->save(changed.string()).isOk());
@@ -354,11 +343,7 @@ TEST_P(EzdxfReferee, FindsEveryChangeAndNoNewProblem) {
                                            changed.string() + "' '" + json_path.string() + "'",
                                        output);
   EXPECT_EQ(code, 0) << output;
-  if (code == 0) {  // kept for a look when the referee objects
-    fs::remove_all(dir);
-    std::error_code ignored;
-    fs::remove(dir.parent_path(), ignored);  // only once the other drawings' are gone
-  }
+  if (code != 0) dir.keep();  // for a look at what the referee objects to
 }
 
 std::string label(const testing::TestParamInfo<std::string>& info) {

@@ -3,7 +3,6 @@
 #include "dxf/resource_copy.h"
 
 #include <gtest/gtest.h>
-#include <unistd.h>
 
 #include <cstdlib>
 #include <filesystem>
@@ -402,10 +401,7 @@ sys.exit(1 if problems else 0)
 )PY";
 
 TEST(CopyResources, EzdxfReadsAndAuditsTheResult) {
-  std::string ignored;
-  if (testing_paths::runCommand("/usr/bin/python3 -c 'import ezdxf'", ignored) != 0) {
-    GTEST_SKIP() << "/usr/bin/python3 cannot import ezdxf";
-  }
+  TAXOR_SKIP_WITHOUT_EZDXF();
   Document source = load("resources.dxf");
   for (const char* version : {"AC1015", "AC1021"}) {
     Document doc = target(version);
@@ -422,8 +418,7 @@ TEST(CopyResources, EzdxfReadsAndAuditsTheResult) {
     ASSERT_TRUE(importResourceFile(doc, patterns, dataPath("sample.mln"), resource::kMlineStyles,
                                    {{resource::kMlineStyles, {L"DOUBLE_WALL"}}})
                     .isOk());
-    fs::path dir = fs::temp_directory_path() / ("taxor-resources-" + std::to_string(getpid()));
-    fs::create_directories(dir);
+    testing_paths::TempDir dir("taxor_resources");
     std::string path = (dir / (std::string(version) + ".dxf")).string();
     ASSERT_TRUE(doc.save(path).isOk());
     std::string script = (dir / "check.py").string();
@@ -431,7 +426,6 @@ TEST(CopyResources, EzdxfReadsAndAuditsTheResult) {
     std::string output;
     int code = testing_paths::runCommand("/usr/bin/python3 " + script + " " + path, output);
     EXPECT_EQ(code, 0) << version << ":\n" << output;
-    fs::remove_all(dir);
   }
 }
 

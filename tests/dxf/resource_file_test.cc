@@ -35,9 +35,8 @@ Document drawing(const std::string& file = "resource_target.dxf") {
 
 // A folder of its own for files a test writes; removed with the object.
 struct TempDir {
-  fs::path path = fs::temp_directory_path() / ("taxor-resfile-" + std::to_string(getpid()));
-  TempDir() { fs::create_directories(path); }
-  ~TempDir() { fs::remove_all(path); }
+  testing_paths::TempDir dir{"taxor_resfile"};
+  fs::path path = dir.path();
   std::string write(const std::string& name, const std::string& text,
                     bool executable = false) const {
     std::string file = (path / name).string();

@@ -15,11 +15,8 @@ namespace fs = std::filesystem;
 
 class SaveTest : public testing::Test {
  protected:
-  void SetUp() override {
-    dir_ = fs::temp_directory_path() / ("taxor_save_" + std::to_string(::getpid()));
-    fs::create_directories(dir_);
-  }
-  void TearDown() override { fs::remove_all(dir_); }
+  void SetUp() override { dir_ = temp_dir_.path(); }
+  testing_paths::TempDir temp_dir_{"taxor_save"};
   fs::path dir_;
 };
 

@@ -1,5 +1,5 @@
-// What only the fake drawing database does: its starting symbols and its draw order. The
-// contract it shares with the other hosts is tested in host/host_contract_test.cc.
+// What only the fake drawing database does: its starting symbols and the helpers tests build
+// drawings with. The contract it shares with the other hosts is tested in tests/host.
 #include <gtest/gtest.h>
 
 #include "fakes/fake_host.h"
@@ -7,7 +7,9 @@
 namespace {
 
 using fakes::FakeDatabase;
+using host::EntityProperty;
 using host::ObjectId;
+using host::PropertyValue;
 using host::SymbolTable;
 
 TEST(FakeDatabaseTest, StartsWithNamedObjectsAndTheStandardSymbols) {
@@ -24,35 +26,52 @@ TEST(FakeDatabaseTest, StartsWithNamedObjectsAndTheStandardSymbols) {
     bool present;
   };
   const Case cases[] = {
-      {SymbolTable::kLayer, L"0", true},
       {SymbolTable::kLinetype, L"bylayer", true},
       {SymbolTable::kLinetype, L"BYBLOCK", true},
-      {SymbolTable::kLinetype, L"Continuous", true},
-      {SymbolTable::kTextStyle, L"STANDARD", true},
       {SymbolTable::kDimensionStyle, L"Standard", true},
-      {SymbolTable::kBlock, L"*model_space", true},
       {SymbolTable::kBlock, L"*Paper_Space", true},
       {SymbolTable::kLayer, L"Walls", false},
-      {SymbolTable::kLayer, L"Standard", false},
-      {SymbolTable::kTextStyle, L"0", false},
-      {SymbolTable::kBlock, L"Standard", false},
   };
   for (const Case& c : cases) {
     EXPECT_EQ(db.hasSymbol(c.table, c.name), c.present) << c.name;
   }
 }
 
-TEST(FakeDatabaseTest, ModelSpaceListsEntitiesInInsertionOrderWithTheirClasses) {
+TEST(FakeDatabaseTest, AddEntityStoresPropertiesAsGivenAndRefusesMistakes) {
   FakeDatabase db;
-  const std::vector<std::wstring> classes = {L"AcDbPolyline", L"AcDbLine", L"AcDbMText",
-                                             L"AcDbLine", L"AecDbWall"};
-  std::vector<ObjectId> ids;
-  for (const std::wstring& c : classes) ids.push_back(db.addEntity(c));
-  EXPECT_EQ(db.modelSpaceEntities(), ids);
-  EXPECT_EQ(db.drawOrder(), ids);
-  for (size_t i = 0; i < ids.size(); ++i) EXPECT_EQ(db.entityClass(ids[i]), classes[i]);
-  EXPECT_EQ(db.entityClass(ObjectId{}), L"");
-  EXPECT_EQ(db.entityClass(ObjectId{9999}), L"");
+  // The layer need not exist yet: tests build drawings in any order.
+  const host::Color red{1, std::nullopt};
+  ObjectId line = db.addEntity(L"AcDbLine",
+                               {{EntityProperty::kLayer, L"Walls"}, {EntityProperty::kColor, red}});
+  EXPECT_EQ(db.getProperty(line, EntityProperty::kLayer), PropertyValue(L"Walls"));
+  EXPECT_EQ(db.getProperty(line, EntityProperty::kColor), PropertyValue(red));
+  ObjectId dim = db.addEntity(L"AcDbRotatedDimension", {{EntityProperty::kDimensionType, 3}});
+  EXPECT_EQ(db.getProperty(dim, EntityProperty::kDimensionType), PropertyValue(int64_t{3}));
+  ObjectId wall = db.addEntity(L"AecDbWall");  // any class a vertical product names
+  EXPECT_EQ(db.entityClass(wall), L"AecDbWall");
+
+  size_t objects = db.objectCount();
+  EXPECT_THROW(db.addEntity(L"AcDbLine", {{EntityProperty::kRadius, 1.0}}), std::invalid_argument);
+  EXPECT_THROW(db.addEntity(L"AcDbLine", {{EntityProperty::kLayer, 1.0}}), std::invalid_argument);
+  EXPECT_THROW(db.addEntity(L""), std::invalid_argument);
+  EXPECT_EQ(db.objectCount(), objects);
+  EXPECT_EQ(db.modelSpaceEntities(), (std::vector<ObjectId>{line, dim, wall}));
+  EXPECT_EQ(db.drawOrder(), db.modelSpaceEntities());
+}
+
+TEST(FakeDatabaseTest, AddingASymbolAgainKeepsItsSpellingAndALayerTakesTheNewState) {
+  FakeDatabase db;
+  db.addSymbol(SymbolTable::kLinetype, L"Dashed");
+  db.addSymbol(SymbolTable::kLinetype, L"DASHED");
+  ObjectId line = db.addEntity(L"AcDbLine");
+  ASSERT_TRUE(db.setProperty(line, EntityProperty::kLinetype, L"dAsHeD"));
+  EXPECT_EQ(db.getProperty(line, EntityProperty::kLinetype), PropertyValue(L"Dashed"));
+  db.addLayer(L"Walls", {.frozen = true, .off = false, .locked = true});
+  db.addLayer(L"WALLS", {.frozen = false, .off = true});
+  auto state = db.layerState(L"walls");
+  ASSERT_TRUE(state);
+  EXPECT_FALSE(state->frozen || state->locked);
+  EXPECT_TRUE(state->off);
 }
 
 }  // namespace

@@ -50,9 +50,9 @@ TEST(HeadlessHostTest, CommandNamesAndBlankLines) {
 
 TEST(HeadlessHostTest, UnloadRemovesEveryCommand) {
   Session session(sample::drawing());
-  EXPECT_EQ(session.host->commandsOf(shell::kCommandGroup).size(), 28u);
+  EXPECT_EQ(session.host->commands().commandsOf(shell::kCommandGroup).size(), 28u);
   session.app->unload();
-  EXPECT_TRUE(session.host->commandsOf(shell::kCommandGroup).empty());
+  EXPECT_TRUE(session.host->commands().commandsOf(shell::kCommandGroup).empty());
   for (const shell::CommandSpec& command : shell::commandTable()) {
     session.run(base::toUtf8(command.name) + "\n");
     EXPECT_NE(session.err().find("Unknown command \"" + base::toUtf8(command.name) + "\""),
@@ -116,12 +116,12 @@ TEST(HeadlessHostTest, QueuedTextRunsBeforeTheRestOfTheInput) {
   Session session(sample::drawing());
   std::vector<std::wstring> ran;
   auto record = [&](const wchar_t* name) { return [&ran, name] { ran.push_back(name); }; };
-  ASSERT_TRUE(session.host->addCommand(L"TEST", L"FIRST", 0, [&] {
+  ASSERT_TRUE(session.host->commands().addCommand(L"TEST", L"FIRST", 0, [&] {
     ran.push_back(L"FIRST");
-    session.host->sendStringToExecute(L"SECOND\n");
+    session.host->document().sendStringToExecute(L"SECOND\n");
   }));
-  ASSERT_TRUE(session.host->addCommand(L"TEST", L"SECOND", 0, record(L"SECOND")));
-  ASSERT_TRUE(session.host->addCommand(L"TEST", L"THIRD", 0, record(L"THIRD")));
+  ASSERT_TRUE(session.host->commands().addCommand(L"TEST", L"SECOND", 0, record(L"SECOND")));
+  ASSERT_TRUE(session.host->commands().addCommand(L"TEST", L"THIRD", 0, record(L"THIRD")));
   session.run("FIRST\nTHIRD\n");
   EXPECT_EQ(ran, (std::vector<std::wstring>{L"FIRST", L"SECOND", L"THIRD"}));
 }
@@ -131,10 +131,10 @@ TEST(HeadlessHostTest, PickFirstSetSurvivesBetweenCommands) {
   host::ObjectId line = session.host->dxfDatabase().idForHandle(L"100");
   ASSERT_TRUE(line);
   std::vector<host::ObjectId> seen;
-  ASSERT_TRUE(session.host->addCommand(
+  ASSERT_TRUE(session.host->commands().addCommand(
       L"TEST", L"PICK", 0, [&] { session.host->editor().setImpliedSelection({line}); }));
-  ASSERT_TRUE(session.host->addCommand(L"TEST", L"LOOK", 0,
-                                       [&] { seen = session.host->editor().impliedSelection(); }));
+  ASSERT_TRUE(session.host->commands().addCommand(
+      L"TEST", L"LOOK", 0, [&] { seen = session.host->editor().impliedSelection(); }));
   session.run("PICK\nTAXOR_ABOUT\nLOOK\n");
   EXPECT_EQ(seen, std::vector<host::ObjectId>{line});
 }

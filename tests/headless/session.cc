@@ -4,20 +4,30 @@
 
 namespace testing_session {
 
-Session::Session(const std::string& dxf_text, const HostWrapper& wrap) {
+namespace {
+
+std::unique_ptr<session::Session> open(const std::string& dxf_text, const HostWrapper& wrap,
+                                       std::ostream& out, std::ostream& err) {
   auto parsed = dxf::Document::parse(dxf_text, "test.dxf");
   if (!parsed) throw std::runtime_error(parsed.status().message());
-  drawing = std::move(parsed.value());
-  host = std::make_unique<headless::HeadlessHost>(drawing, L"test.dxf", input, out_, err_, true);
-  if (wrap) wrapper = wrap(*host);
-  app = std::make_unique<shell::Application>(wrapper ? *wrapper : *host,
-                                             shell::StringTable::builtIn());
-  if (!app->initialize()) throw std::runtime_error("commands not registered");
+  auto opened = session::Session::open(std::move(parsed.value()), L"test.dxf", out, err,
+                                       {.echo = true, .quiet = false, .wrap = wrap});
+  if (!opened) throw std::runtime_error(opened.status().message());
+  return std::move(opened.value());
 }
+
+}  // namespace
+
+Session::Session(const std::string& dxf_text, const HostWrapper& wrap)
+    : session(open(dxf_text, wrap, out_, err_)),
+      drawing(session->drawing()),
+      input(session->input()),
+      host(&session->host()),
+      app(&session->application()) {}
 
 void Session::run(const std::string& script) {
   input.addText(script);
-  host->run();
+  session->run();
 }
 
 }  // namespace testing_session

@@ -1,23 +1,18 @@
-// Runs the program's command line on a small drawing with scripted input, for tests.
+// The program's session on a small drawing given as text, with its output kept, for tests.
 #pragma once
 
-#include <functional>
 #include <memory>
 #include <sstream>
 #include <string>
 
-#include "dxf/document.h"
-#include "headless/headless_host.h"
-#include "shell/application.h"
-#include "shell/string_table.h"
+#include "session/session.h"
 
 namespace testing_session {
 
-// Given the headless host, makes the host the program is to run on: one that forwards to it,
-// so that a test can watch or change single calls.
-using HostWrapper = std::function<std::unique_ptr<host::Host>(headless::HeadlessHost&)>;
+using HostWrapper = session::HostWrapper;
 
 struct Session {
+  // Throws std::runtime_error when the drawing does not parse or the commands do not register.
   explicit Session(const std::string& dxf_text, const HostWrapper& wrap = {});
 
   // Feeds `script` and runs commands until it ends.
@@ -25,13 +20,14 @@ struct Session {
   std::string out() const { return out_.str(); }
   std::string err() const { return err_.str(); }
 
-  dxf::Document drawing;
-  headless::InputStream input;
   std::ostringstream out_;
   std::ostringstream err_;
-  std::unique_ptr<headless::HeadlessHost> host;
-  std::unique_ptr<host::Host> wrapper;  // null unless a wrapper was asked for
-  std::unique_ptr<shell::Application> app;
+  std::unique_ptr<session::Session> session;
+  // Parts of `session`, named as tests use them.
+  dxf::Document& drawing;
+  headless::InputStream& input;
+  headless::HeadlessHost* host;
+  shell::Application* app;
 };
 
 }  // namespace testing_session

@@ -1,7 +1,6 @@
 // System variables of the headless host: `variable` lines of a class file loaded on the
 // command line, set in the drawing's header or in the session, each with its own kind.
 #include <gtest/gtest.h>
-#include <unistd.h>
 
 #include <filesystem>
 #include <fstream>
@@ -12,6 +11,7 @@
 #include "dxf/sample_drawing.h"
 #include "headless/dxf_database.h"
 #include "headless/session.h"
+#include "test_paths.h"
 
 namespace {
 
@@ -60,8 +60,8 @@ TEST(SystemVariablesTest, ClassFileSettingsHaveTheVariablesKinds) {
       {"variable\tSNAPBASE\t7,8\n", "", "SNAPBASE", {Point2{7, 8}}, false},
       {"variable\tNOSUCH\t1\n", "1: warning: invalid variable 'NOSUCH'\n", nullptr, {}, false},
   };
-  const fs::path file =
-      fs::temp_directory_path() / ("taxor_variables_" + std::to_string(::getpid()) + ".txt");
+  const testing_paths::TempDir dir("taxor_variables");
+  const fs::path file = dir / "variables.txt";
   for (const Case& c : cases) {
     std::ofstream(file, std::ios::binary) << c.line;
     testing_session::Session session(drawingWithPoints());

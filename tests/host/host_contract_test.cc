@@ -1,98 +1,19 @@
-// The contract of host::Database and the reactors, run over every host implementation: the
-// fake, the headless host on a DXF drawing, and the forwarding wrapper around the headless
-// host. A case here is a promise all of them keep; what only one does is tested beside it.
+// The host contract for dictionaries, XRECORDs, reactors, commands and the pick-first set,
+// run over every host implementation (see host_subjects.h): the fake, the headless host on a
+// DXF drawing and the forwarding wrapper. What only one host does is tested beside it.
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <functional>
-#include <memory>
-#include <optional>
 
-#include "base/utf.h"
-#include "dxf/entity_factory.h"
-#include "dxf/sample_drawing.h"
-#include "fakes/fake_host.h"
-#include "fakes/forwarding_host.h"
-#include "headless/session.h"
+#include "host/host_subjects.h"
 
 namespace {
 
-using base::Code;
-using host::ObjectId;
-
-Code codeOf(const base::Status& status) { return status.code(); }
-template <typename T>
-Code codeOf(const base::Result<T>& result) {
-  return result ? Code::kOk : result.status().code();
-}
-
-// An answer to a prompt; nothing is an Escape.
-using Answer = std::optional<std::wstring>;
-
-// One host under test, with what the cases need beyond the host interface: adding an entity
-// as a drawing command would, and running a registered command with scripted answers.
-class Subject {
- public:
-  virtual ~Subject() = default;
-  virtual host::Host& host() = 0;
-  virtual ObjectId addLine() = 0;
-  // Runs the command `name`; prompts after the answers run out are cancelled.
-  virtual void run(const std::wstring& name, const std::vector<Answer>& answers) = 0;
-};
-
-class FakeSubject : public Subject {
- public:
-  host::Host& host() override { return fake_; }
-  ObjectId addLine() override { return fake_.addEntity(L"AcDbLine"); }
-  void run(const std::wstring& name, const std::vector<Answer>& answers) override {
-    std::vector<fakes::Answer> script;
-    for (const Answer& a : answers)
-      script.push_back(a ? fakes::Answer(*a) : fakes::Answer::cancel());
-    fake_.answers(script);
-    ASSERT_TRUE(fake_.runCommand(name));
-  }
-
- private:
-  fakes::FakeHost fake_;
-};
-
-class HeadlessSubject : public Subject {
- public:
-  explicit HeadlessSubject(bool wrapped)
-      : session_(sample::drawing(), wrapped ? testing_session::HostWrapper(wrap) : nullptr) {}
-  host::Host& host() override {
-    return session_.wrapper ? *session_.wrapper : static_cast<host::Host&>(*session_.host);
-  }
-  ObjectId addLine() override {
-    auto line = dxf::addLine(session_.drawing, {}, {0, 0, 0}, {1, 1, 0});
-    EXPECT_TRUE(line);
-    return line ? headless::DxfDatabase::toId(*line) : ObjectId{};
-  }
-  void run(const std::wstring& name, const std::vector<Answer>& answers) override {
-    std::string script = base::toUtf8(name) + "\n";
-    for (const Answer& a : answers) script += a ? base::toUtf8(*a) + "\n" : "\x1b";
-    session_.run(script);
-  }
-
- private:
-  static std::unique_ptr<host::Host> wrap(headless::HeadlessHost& target) {
-    return std::make_unique<fakes::ForwardingHost>(target);
-  }
-  testing_session::Session session_;
-};
-
-struct Implementation {
-  const char* name;
-  std::function<std::unique_ptr<Subject>()> make;
-};
-
-void PrintTo(const Implementation& implementation, std::ostream* os) { *os << implementation.name; }
-
-const Implementation kImplementations[] = {
-    {"Fake", [] { return std::make_unique<FakeSubject>(); }},
-    {"Headless", [] { return std::make_unique<HeadlessSubject>(false); }},
-    {"ForwardingToHeadless", [] { return std::make_unique<HeadlessSubject>(true); }},
-};
+using host_contract::Answer;
+using host_contract::Code;
+using host_contract::codeOf;
+using host_contract::HostContractTest;
+using host_contract::ObjectId;
 
 // Everything the reactors hear, in order, as "appended 12", "erased 12", "ended NAME"...;
 // each notice also notes whether its object was valid when told.
@@ -122,21 +43,6 @@ struct Log : host::DatabaseReactor, host::EditorReactor {
   std::vector<ObjectId> erased;
   std::vector<std::wstring> events;
   std::vector<bool> valid_when_told;
-};
-
-class HostContractTest : public testing::TestWithParam<Implementation> {
- protected:
-  void SetUp() override { subject_ = GetParam().make(); }
-  host::Host& host() { return subject_->host(); }
-  host::Database& db() { return subject_->host().database(); }
-  std::vector<std::wstring> keysOf(ObjectId dict) {
-    std::vector<std::wstring> keys;
-    auto entries = db().dictionaryEntries(dict);
-    for (const auto& entry : *entries) keys.push_back(entry.first);
-    return keys;
-  }
-
-  std::unique_ptr<Subject> subject_;
 };
 
 TEST_P(HostContractTest, EveryObjectAppendedIsAnnouncedOnceCompleteUntilTheReactorIsRemoved) {
@@ -244,6 +150,40 @@ TEST_P(HostContractTest, EachCommandEndsOnceAfterItsObjectsAndSaysHowItFinished)
   host().editor().removeReactor(&removed);
   subject_->run(L"CONTRACT_ASK", {L"no"});
   EXPECT_TRUE(removed.events.empty());
+}
+
+TEST_P(HostContractTest, CommandNamesAreTakenOnceAndFreedWithTheirGroup) {
+  host::CommandStack& commands = host().commands();
+  int runs = 0;
+  ASSERT_TRUE(commands.addCommand(L"CONTRACT", L"CONTRACT_UNLOAD", 0, [&] {
+    ++runs;
+    commands.removeGroup(L"CONTRACT");  // a command may remove its own group
+  }));
+  ASSERT_TRUE(commands.addCommand(L"CONTRACT", L"CONTRACT_STAT", host::kCommandRedraw, [] {}));
+  ASSERT_TRUE(commands.addCommand(L"KEEP", L"KEEP_ME", 0, [] {}));
+  EXPECT_EQ(codeOf(commands.addCommand(L"OTHER", L"contract_stat", 0, [] {})), Code::kInvalid);
+  EXPECT_EQ(commands.commandsOf(L"CONTRACT"),
+            (std::vector<std::wstring>{L"CONTRACT_UNLOAD", L"CONTRACT_STAT"}));
+  EXPECT_TRUE(commands.commandsOf(L"OTHER").empty());
+  Log log(db());
+  host().editor().addReactor(&log);
+  subject_->run(L"contract_unload", {});
+  host().editor().removeReactor(&log);
+  EXPECT_EQ(runs, 1);
+  EXPECT_EQ(log.events, std::vector<std::wstring>{L"ended CONTRACT_UNLOAD"});
+  EXPECT_TRUE(commands.commandsOf(L"CONTRACT").empty());
+  EXPECT_EQ(commands.commandsOf(L"KEEP"), std::vector<std::wstring>{L"KEEP_ME"});
+  EXPECT_TRUE(commands.addCommand(L"OTHER", L"CONTRACT_STAT", 0, [] {}));  // free again
+}
+
+TEST_P(HostContractTest, ImpliedSelectionIsReplacedWhole) {
+  const std::vector<ObjectId> lines = {subject_->addLine(), subject_->addLine()};
+  host::Editor& editor = host().editor();
+  EXPECT_TRUE(editor.impliedSelection().empty());
+  for (const std::vector<ObjectId>& ids : {lines, std::vector<ObjectId>{lines[1]}, {}}) {
+    editor.setImpliedSelection(ids);
+    EXPECT_EQ(editor.impliedSelection(), ids);
+  }
 }
 
 TEST_P(HostContractTest, DictionariesKeepTheirOrderAndCompareKeysIgnoringCase) {
@@ -406,10 +346,9 @@ TEST_P(HostContractTest, ExtensionDictionaryIsMadeOnceAndReleasedOnlyWhenEmpty) 
   }
 }
 
-INSTANTIATE_TEST_SUITE_P(AllHosts, HostContractTest, testing::ValuesIn(kImplementations),
-                         [](const testing::TestParamInfo<Implementation>& info) {
-                           return std::string(info.param.name);
-                         });
+INSTANTIATE_TEST_SUITE_P(AllHosts, HostContractTest,
+                         testing::ValuesIn(host_contract::kImplementations),
+                         host_contract::implementationName);
 
 // Headless only: its own commands fail on a wrong option and are cancelled at a prompt.
 TEST(HeadlessHostCommandsTest, AttsyncSaysHowItFinished) {
@@ -429,6 +368,7 @@ TEST(HeadlessHostCommandsTest, AttsyncSaysHowItFinished) {
     Log log(session.host->database());
     session.host->editor().addReactor(&log);
     session.run(c.script);
+    session.host->editor().removeReactor(&log);
     EXPECT_EQ(log.events, std::vector<std::wstring>{c.event}) << c.script;
   }
 }

@@ -288,7 +288,7 @@ TEST_F(ClassificationCommandsTest, AValueItsStoredFieldCannotHoldEndsTheCommand)
     run("");
     ASSERT_EQ(
         objdata::ensureStoredTable(
-            database(), objdata::getTableDictionary(*session().host), L"BEACONS",
+            database(), objdata::getTableDictionary(session().host->document()), L"BEACONS",
             {{L"CLASS", objdata::ValueType::kCharacter}, {L"AT", objdata::ValueType::kPoint}}),
         2);
     std::string out = run(classify(kLine, "Beacon"));
@@ -352,7 +352,8 @@ TEST_F(ClassificationCommandsTest, AClassWhoseResourcesCannotBeLoadedIsNeverAppl
 }
 
 TEST(ClassificationCommandsR12Test, ADrawingWithoutDictionariesIsRefusedWithAReason) {
-  fs::path file = fs::temp_directory_path() / "taxor_classify_r12.txt";
+  const testing_paths::TempDir dir("taxor_classify_r12");
+  fs::path file = dir / "classes.txt";
   std::ofstream(file) << kClasses;
   testing_session::Session session(sample::r12Drawing());
   session.run("TAXOR_LOAD\n" + file.string() + "\nTAXOR_CLASSIFY_AUTO\n0\n0\nALL\n\n");

@@ -14,6 +14,7 @@
 #include "dxf/sample_drawing.h"
 #include "headless/session.h"
 #include "objdata/record_cursor.h"
+#include "test_paths.h"
 
 namespace commands_fixture {
 
@@ -81,13 +82,9 @@ inline std::string classify(const char* handle, const char* name, const char* bo
 class CommandsTest : public ::testing::Test {
  protected:
   void SetUp() override {
-    dir_ = std::filesystem::temp_directory_path() /
-           ("taxor_classify_" +
-            std::string(::testing::UnitTest::GetInstance()->current_test_info()->name()));
-    std::filesystem::create_directories(dir_);
+    dir_ = temp_dir_.path();
     writeClasses(kClasses);
   }
-  void TearDown() override { std::filesystem::remove_all(dir_); }
 
   void writeClasses(const std::string& text) { std::ofstream(dir_ / "classes.txt") << text; }
 
@@ -173,6 +170,7 @@ class CommandsTest : public ::testing::Test {
         database().setProperty(id(handle), host::EntityProperty::kColor, host::Color{index}));
   }
 
+  testing_paths::TempDir temp_dir_{"taxor_classify"};
   std::filesystem::path dir_;
   std::string drawing_ = sample::drawing();
   testing_session::HostWrapper wrap_;

@@ -1,7 +1,6 @@
 // The example job of the README, end to end: the bundled drawing and class file through
 // examples/demo.scr, then the saved drawing read back by ezdxf (tests/shell/check_records.py).
 #include <gtest/gtest.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <filesystem>
@@ -88,13 +87,10 @@ TEST_F(ExampleJobTest, TranscriptShowsWhatWasClassifiedAndWhatIsInvalid) {
 }
 
 TEST_F(ExampleJobTest, EzdxfReadsTheRecordsOfEveryClassifiedEntity) {
-  if (std::string ignored;
-      testing_paths::runCommand("/usr/bin/python3 -c 'import ezdxf'", ignored) != 0) {
-    GTEST_SKIP() << "/usr/bin/python3 cannot import ezdxf";
-  }
-  const fs::path saved =
-      fs::temp_directory_path() / ("taxor_example_job_" + std::to_string(::getpid()) + ".dxf");
-  const fs::path classes = fs::path(saved).replace_extension(".json");
+  TAXOR_SKIP_WITHOUT_EZDXF();
+  const testing_paths::TempDir dir("taxor_example_job");
+  const fs::path saved = dir / "example_job.dxf";
+  const fs::path classes = dir / "example_job.json";
   ASSERT_TRUE(session_.drawing.save(saved.string()));
   std::ofstream(classes) << classesJson(*session_.app->state().catalogue);
 
@@ -103,8 +99,6 @@ TEST_F(ExampleJobTest, EzdxfReadsTheRecordsOfEveryClassifiedEntity) {
                                              "/tests/shell/check_records.py " + saved.string() +
                                              " " + classes.string(),
                                          output);
-  fs::remove(saved);
-  fs::remove(classes);
   std::string expected;
   for (const auto& [name, count] : kClassCounts) {
     expected += name + "\t" + std::to_string(count) + "\n";

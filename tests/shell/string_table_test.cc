@@ -8,6 +8,8 @@
 #include <string>
 #include <vector>
 
+#include "test_paths.h"
+
 namespace shell {
 namespace {
 
@@ -247,8 +249,8 @@ TEST(StringTableTest, AcceptsDirectivesOfTheSameKinds) {
 }
 
 TEST(StringTableTest, LoadsAFile) {
-  const std::filesystem::path path =
-      std::filesystem::temp_directory_path() / "taxor_string_table_test_de.txt";
+  const testing_paths::TempDir dir("taxor_string_table");
+  const std::filesystem::path path = dir / "de.txt";
   {
     std::ofstream out(path, std::ios::binary);
     out << "# TAXOR, deutsch\n103\tFehler: nichts gewählt.\\n\n";

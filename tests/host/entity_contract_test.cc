@@ -1,0 +1,275 @@
+// The contract of host::Database for entities, symbol tables, system variables and
+// resources, run over every host implementation (see host_subjects.h).
+#include <gtest/gtest.h>
+
+#include <algorithm>
+
+#include "host/host_subjects.h"
+
+namespace {
+
+using host::Color;
+using host::EntityProperty;
+using host::Point3;
+using host::PropertyValue;
+using host::SymbolTable;
+using host::SysVar;
+using host_contract::Code;
+using host_contract::codeOf;
+using host_contract::ObjectId;
+
+class EntityContractTest : public host_contract::HostContractTest {};
+
+std::string describe(const std::wstring& entity_class, EntityProperty property) {
+  return std::to_string(static_cast<int>(property)) + " of " + base::toUtf8(entity_class);
+}
+
+// Which alternative of PropertyValue a property holds: the type entity_property.h gives it.
+enum Kind : size_t { kNone, kInteger, kReal, kText, kPoint, kColor };
+
+TEST_P(EntityContractTest, PropertiesHaveTheirTypeOnlyWhereTheEntityTypeHasThem) {
+  struct Case {
+    const wchar_t* entity_class;
+    EntityProperty property;
+    Kind kind;
+  };
+  const Case cases[] = {
+      {L"AcDbLine", EntityProperty::kColor, kColor},
+      {L"AcDbLine", EntityProperty::kLayer, kText},
+      {L"AcDbLine", EntityProperty::kLinetype, kText},
+      {L"AcDbLine", EntityProperty::kLinetypeScale, kReal},
+      {L"AcDbLine", EntityProperty::kLineweight, kInteger},
+      {L"AcDbLine", EntityProperty::kRadius, kNone},
+      {L"AcDbLine", EntityProperty::kClosed, kNone},
+      {L"AcDbLine", EntityProperty::kDimensionType, kNone},
+      {L"AcDbLine", EntityProperty::kTextStyle, kNone},
+      {L"AcDbCircle", EntityProperty::kRadius, kReal},
+      {L"AcDbArc", EntityProperty::kRadius, kReal},
+      {L"AcDbPolyline", EntityProperty::kClosed, kInteger},
+      {L"AcDbPolyline", EntityProperty::kElevation, kReal},
+      {L"AcDbPolyline", EntityProperty::kConstantWidth, kReal},
+      {L"AcDb2dPolyline", EntityProperty::kClosed, kInteger},
+      {L"AcDb2dPolyline", EntityProperty::kElevation, kNone},
+      {L"AcDbSpline", EntityProperty::kClosed, kInteger},
+      {L"AcDbBlockReference", EntityProperty::kScale, kPoint},
+      {L"AcDbBlockReference", EntityProperty::kRotation, kReal},
+      {L"AcDbBlockReference", EntityProperty::kBlockName, kText},
+      {L"AcDbText", EntityProperty::kTextStyle, kText},
+      {L"AcDbText", EntityProperty::kTextJustification, kInteger},
+      {L"AcDbText", EntityProperty::kContents, kText},
+      {L"AcDbText", EntityProperty::kAttachment, kNone},
+      {L"AcDbMText", EntityProperty::kAttachment, kInteger},
+      {L"AcDbMText", EntityProperty::kTextHeight, kReal},
+      {L"AcDbMText", EntityProperty::kTextJustification, kNone},
+      {L"AcDbAlignedDimension", EntityProperty::kDimensionType, kInteger},
+      {L"AcDbAlignedDimension", EntityProperty::kDimensionStyle, kText},
+      {L"AcDbEllipse", EntityProperty::kEllipseEnd, kReal},
+      {L"AcDbHatch", EntityProperty::kPattern, kText},
+      {L"AcDbHatch", EntityProperty::kBackgroundColor, kColor},
+      {L"AcDbHatch", EntityProperty::kPatternScale, kReal},
+      {L"AcDbMLeader", EntityProperty::kMLeaderStyle, kText},
+      {L"AcDbMline", EntityProperty::kMlineScale, kReal},
+      {L"AcDbMline", EntityProperty::kMlineStyle, kText},
+      {L"AcDbMline", EntityProperty::kRadius, kNone},
+  };
+  for (const Case& c : cases) {
+    ObjectId id = subject_->entityOf(c.entity_class);
+    EXPECT_EQ(db().getProperty(id, c.property).index(), c.kind)
+        << describe(c.entity_class, c.property);
+  }
+  // A new entity shows what it names, and "ByLayer" for the linetype it does not name.
+  ObjectId line = subject_->addLine();
+  EXPECT_EQ(db().getProperty(line, EntityProperty::kLayer), PropertyValue(L"0"));
+  EXPECT_EQ(db().getProperty(line, EntityProperty::kLinetype), PropertyValue(L"ByLayer"));
+  EXPECT_EQ(db().getProperty(line, EntityProperty::kColor), PropertyValue(Color{}));
+}
+
+TEST_P(EntityContractTest, SetPropertyChecksTypeAndNamesAndChangesNothingWhenRefused) {
+  const PropertyValue unchanged;
+  struct Case {
+    const wchar_t* entity_class;
+    EntityProperty property;
+    PropertyValue value;
+    Code expected;
+    PropertyValue stored = {};  // what getProperty shows afterwards; nothing: as before
+  };
+  const Case cases[] = {
+      {L"AcDbLine", EntityProperty::kLayer, L"Walls", Code::kOk, L"Walls"},
+      {L"AcDbLine", EntityProperty::kLayer, L"Roof", Code::kNotFound},
+      {L"AcDbLine", EntityProperty::kLayer, int64_t{5}, Code::kInvalid},
+      {L"AcDbLine", EntityProperty::kLayer, L"walls", Code::kOk, L"Walls"},  // as the table has it
+      {L"AcDbLine", EntityProperty::kLinetype, L"DASHED", Code::kOk, L"Dashed"},
+      {L"AcDbLine", EntityProperty::kLinetype, L"byblock", Code::kOk, L"ByBlock"},
+      {L"AcDbLine", EntityProperty::kLinetype, L"Walls", Code::kNotFound},
+      {L"AcDbText", EntityProperty::kTextStyle, L"Notes", Code::kOk, L"Notes"},
+      {L"AcDbMText", EntityProperty::kTextStyle, L"Walls", Code::kNotFound},
+      {L"AcDbAlignedDimension", EntityProperty::kDimensionStyle, L"Arch", Code::kOk, L"Arch"},
+      {L"AcDbAlignedDimension", EntityProperty::kDimensionStyle, L"Notes", Code::kNotFound},
+      {L"AcDbAlignedDimension", EntityProperty::kDimensionType, int64_t{1}, Code::kUnsupported},
+      {L"AcDbBlockReference", EntityProperty::kBlockName, L"Door", Code::kOk, L"Door"},
+      {L"AcDbBlockReference", EntityProperty::kBlockName, L"Window", Code::kNotFound},
+      {L"AcDbBlockReference", EntityProperty::kScale, Point3{2, 2, 1}, Code::kOk, Point3{2, 2, 1}},
+      {L"AcDbLine", EntityProperty::kRadius, 1.0, Code::kUnsupported},
+      {L"AcDbCircle", EntityProperty::kRadius, 2.5, Code::kOk, 2.5},
+      {L"AcDbCircle", EntityProperty::kRadius, L"2.5", Code::kInvalid},
+      {L"AcDbCircle", EntityProperty::kRadius, unchanged, Code::kInvalid},
+      {L"AcDbLine", EntityProperty::kColor, Color{1, 0xFF0000}, Code::kOk, Color{1, 0xFF0000}},
+      {L"AcDbLine", EntityProperty::kColor, int64_t{1}, Code::kInvalid},
+      {L"AcDbLine", EntityProperty::kLineweight, int64_t{50}, Code::kOk, int64_t{50}},
+      {L"AcDbMText", EntityProperty::kContents, L"Line 1\\PLine 2", Code::kOk, L"Line 1\\PLine 2"},
+  };
+  for (const Case& c : cases) {
+    const std::string what = describe(c.entity_class, c.property);
+    ObjectId id = subject_->entityOf(c.entity_class);
+    const PropertyValue before = db().getProperty(id, c.property);
+    EXPECT_EQ(codeOf(db().setProperty(id, c.property, c.value)), c.expected) << what;
+    const PropertyValue& stored = c.stored.index() == kNone ? before : c.stored;
+    EXPECT_EQ(db().getProperty(id, c.property), stored) << what;
+  }
+}
+
+// Non-entities are refused (kInvalid: a wrong argument) and nothing changes.
+TEST_P(EntityContractTest, ObjectsThatAreNotEntitiesHaveNoPropertiesAndNoDrawOrder) {
+  ObjectId root = db().namedObjectsDictionary();
+  ObjectId line = subject_->addLine();
+  for (ObjectId other : {root, ObjectId{}}) {
+    EXPECT_EQ(db().getProperty(other, EntityProperty::kLayer).index(), kNone) << other.value;
+  }
+  EXPECT_NE(codeOf(db().setProperty(root, EntityProperty::kLayer, L"0")), Code::kOk);
+  EXPECT_EQ(db().getProperty(root, EntityProperty::kLayer).index(), kNone);
+  const std::vector<ObjectId> drawn = subject_->drawOrder();
+  EXPECT_EQ(codeOf(db().setRelativeDrawOrder({line, root})), Code::kInvalid);
+  EXPECT_EQ(subject_->drawOrder(), drawn);
+}
+
+TEST_P(EntityContractTest, RelativeDrawOrderDealsOutTheEntitiesOwnPlaces) {
+  struct Case {
+    std::vector<int> order;  // indexes into five new lines
+    Code expected;
+    std::vector<int> drawn;
+  };
+  const Case cases[] = {
+      {{4, 0}, Code::kOk, {4, 1, 2, 3, 0}}, {{2, 1}, Code::kOk, {0, 2, 1, 3, 4}},
+      {{0, 2}, Code::kOk, {0, 1, 2, 3, 4}}, {{1, 3, 0}, Code::kOk, {1, 3, 2, 0, 4}},
+      {{}, Code::kOk, {0, 1, 2, 3, 4}},     {{0, 1, 0}, Code::kInvalid, {0, 1, 2, 3, 4}},
+  };
+  for (const Case& c : cases) {
+    auto subject = GetParam().make();
+    host::Database& d = subject->host().database();
+    std::vector<ObjectId> ids;
+    for (int i = 0; i < 5; ++i) ids.push_back(subject->addLine());
+    const std::vector<ObjectId> listed = d.modelSpaceEntities();
+    std::vector<ObjectId> order;
+    for (int i : c.order) order.push_back(ids[i]);
+    std::vector<ObjectId> drawn;
+    for (int i : c.drawn) drawn.push_back(ids[i]);
+    const std::string what = testing::PrintToString(c.order);
+    EXPECT_EQ(codeOf(d.setRelativeDrawOrder(order)), c.expected) << what;
+    std::vector<ObjectId> now = subject->drawOrder();
+    std::erase_if(now,
+                  [&](ObjectId id) { return std::find(ids.begin(), ids.end(), id) == ids.end(); });
+    EXPECT_EQ(now, drawn) << what;
+    EXPECT_EQ(d.modelSpaceEntities(), listed) << what;  // the listing order stays
+  }
+}
+
+TEST_P(EntityContractTest, SymbolTablesAreSeparateAndNamesCompareIgnoringCase) {
+  struct Case {
+    SymbolTable table;
+    const wchar_t* name;
+    bool present;
+  };
+  const Case cases[] = {
+      {SymbolTable::kLayer, L"0", true},
+      {SymbolTable::kLayer, L"WALLS", true},
+      {SymbolTable::kLayer, L"Dashed", false},
+      {SymbolTable::kLayer, L"Standard", false},
+      {SymbolTable::kLinetype, L"dashed", true},
+      {SymbolTable::kLinetype, L"Continuous", true},
+      {SymbolTable::kTextStyle, L"notes", true},
+      {SymbolTable::kTextStyle, L"STANDARD", true},
+      {SymbolTable::kTextStyle, L"0", false},
+      {SymbolTable::kDimensionStyle, L"ARCH", true},
+      {SymbolTable::kDimensionStyle, L"Notes", false},
+      {SymbolTable::kBlock, L"door", true},
+      {SymbolTable::kBlock, L"*model_space", true},
+      {SymbolTable::kBlock, L"Window", false},
+      {SymbolTable::kBlock, L"Standard", false},
+  };
+  for (const Case& c : cases) {
+    EXPECT_EQ(db().hasSymbol(c.table, c.name), c.present)
+        << static_cast<int>(c.table) << " " << base::toUtf8(c.name);
+  }
+  auto walls = db().layerState(L"walls");
+  ASSERT_TRUE(walls);
+  EXPECT_TRUE(walls->frozen && walls->off && walls->locked);
+  auto zero = db().layerState(L"0");
+  ASSERT_TRUE(zero);
+  EXPECT_FALSE(zero->frozen || zero->off || zero->locked);
+  EXPECT_FALSE(db().hasAttributeDefinitions(L"Door"));  // its only entity is a line
+  EXPECT_FALSE(db().hasAttributeDefinitions(L"Window"));
+}
+
+TEST_P(EntityContractTest, SystemVariablesKeepTheirType) {
+  struct Case {
+    const char* name;
+    SysVar value;
+    Code expected;
+    SysVar after;
+  };
+  const SysVar four{int16_t{4}};
+  const SysVar origin{Point3{}};
+  const SysVar flat_origin{host::Point2{}};
+  const Case cases[] = {
+      {"luprec", SysVar{int16_t{2}}, Code::kOk, SysVar{int16_t{2}}},
+      {"LUPREC", SysVar{int32_t{2}}, Code::kInvalid, four},
+      {"LUPREC", SysVar{2.0}, Code::kInvalid, four},
+      {"LUPREC", SysVar{std::wstring(L"2")}, Code::kInvalid, four},
+      {"INSBASE", SysVar{Point3{1, 2, 0}}, Code::kOk, SysVar{Point3{1, 2, 0}}},
+      {"insbase", SysVar{int16_t{1}}, Code::kInvalid, origin},
+      {"insbase", SysVar{host::Point2{1, 2}}, Code::kInvalid, origin},
+      {"MaxSort", SysVar{int32_t{900}}, Code::kOk, SysVar{int32_t{900}}},
+      {"MAXSORT", SysVar{int16_t{900}}, Code::kInvalid, SysVar{int32_t{1000}}},
+      {"HPNAME", SysVar{std::wstring(L"SOLID")}, Code::kOk, SysVar{std::wstring(L"SOLID")}},
+      {"HPSCALE", SysVar{0.5}, Code::kOk, SysVar{0.5}},
+      {"SNAPBASE", SysVar{host::Point2{1, 2}}, Code::kOk, SysVar{host::Point2{1, 2}}},
+      {"snapbase", SysVar{Point3{1, 2, 0}}, Code::kInvalid, flat_origin},
+  };
+  for (const Case& c : cases) {
+    auto subject = GetParam().make();
+    host::Database& d = subject->host().database();
+    EXPECT_EQ(codeOf(d.setVar(c.name, c.value)), c.expected) << c.name;
+    auto got = d.getVar(c.name);
+    ASSERT_TRUE(got) << c.name;
+    EXPECT_EQ(*got, c.after) << c.name;
+  }
+}
+
+// A host without resources answers "not supported"; one with them cannot read a missing
+// file. Either way nothing changes.
+TEST_P(EntityContractTest, ImportFromAnUnreadableFileFailsAndChangesNothing) {
+  const size_t entities = db().modelSpaceEntities().size();
+  auto imported = db().importResources(
+      L"/nonexistent/taxor/resources.dxf", host::kResourceLinetypes | host::kResourceLayers,
+      {{host::kResourceLinetypes, {L"Hidden"}}, {host::kResourceLayers, {L"Roof"}}});
+  EXPECT_FALSE(imported);
+  EXPECT_FALSE(db().hasSymbol(SymbolTable::kLinetype, L"Hidden"));
+  EXPECT_FALSE(db().hasSymbol(SymbolTable::kLayer, L"Roof"));
+  EXPECT_EQ(db().modelSpaceEntities().size(), entities);
+}
+
+// An environment value set is got back; one never set is nothing.
+TEST_P(EntityContractTest, EnvironmentValuesSetAreGotBack) {
+  EXPECT_EQ(host().getEnv(L"TAXOR_CONTRACT_UNSET_VALUE"), std::nullopt);
+  if (host().setEnv(L"TAXOR_CONTRACT_VALUE", L"a;b")) {
+    EXPECT_EQ(host().getEnv(L"TAXOR_CONTRACT_VALUE"), L"a;b");
+  } else {
+    EXPECT_EQ(host().getEnv(L"TAXOR_CONTRACT_VALUE"), std::nullopt);
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(AllHosts, EntityContractTest,
+                         testing::ValuesIn(host_contract::kImplementations),
+                         host_contract::implementationName);
+
+}  // namespace
