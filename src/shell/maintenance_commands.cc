@@ -139,6 +139,8 @@ void deleteDuplicatesCommand(CommandContext& context) {
   objdata::TableDirectory& tables = classifier.tables();
   std::vector<host::ObjectId> changed;
   for (host::ObjectId id : *candidates) {
+    // A duplicate needs two records: most entities are done at once.
+    if (classifier.records(id).size() < 2) continue;
     std::vector<const ObjectClass*> classes = carriedClasses(classifier, classifier.records(id));
     for (const ObjectClass* cls : classes) {
       for (const TableDefinition& table : cls->tables) {
