@@ -7,6 +7,7 @@
 
 #include "dxf/sort_entities.h"
 #include "shell/commands_fixture.h"
+#include "test_paths.h"
 
 namespace {
 
@@ -104,6 +105,23 @@ TEST_F(MaintenanceCommandsTest, SortDrawsHigherClassesAbove) {
   }
   EXPECT_EQ(order, (std::vector<std::string>{kCircle, kArc, kLine, kPolyline}));
   EXPECT_EQ(database().getVar("SORTENTS").value(), host::SysVar{int16_t{255}});
+
+  // Another program draws them so too, and finds nothing to repair.
+  TAXOR_SKIP_WITHOUT_EZDXF();
+  const testing_paths::TempDir dir("taxor_sort");
+  const std::string saved = (dir / "sorted.dxf").string();
+  ASSERT_TRUE(session().drawing.save(saved));
+  std::string output;
+  int status = testing_paths::runCommand(
+      "/usr/bin/python3 -c \"import ezdxf, sys\n"
+      "doc = ezdxf.readfile(sys.argv[1])\n"
+      "known = ('100', '101', '103', '104')\n"
+      "order = [e.dxf.handle for e in doc.modelspace().entities_in_redraw_order()]\n"
+      "print(len(doc.audit().errors), *[h for h in order if h in known])\" " +
+          saved,
+      output);
+  EXPECT_EQ(status, 0) << output;
+  EXPECT_EQ(output, "0 103 104 100 101\n");
 }
 
 }  // namespace
