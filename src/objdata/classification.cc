@@ -122,16 +122,15 @@ const std::vector<Classifier::TableRules>& Classifier::rulesOf(const ObjectClass
 }
 
 bool Classifier::isClassifiedAs(std::span<const TableRecord> records, const ObjectClass& cls,
-                                bool validate, bool required_only,
-                                std::vector<Finding>* findings) {
+                                bool validate, bool required_only, std::vector<Finding>* findings) {
   if (records.empty() && !findings) return false;
   bool classified = !records.empty();
   for (const TableRules& table : rulesOf(cls)) {
     // A table without a key field cannot name the class: no record of it ever counts.
     const TableRecord* first_named = nullptr;
     bool carried = false;
-    for (const TableRecord& record : table.key.field.empty() ? std::span<const TableRecord>()
-                                                             : records) {
+    for (const TableRecord& record :
+         table.key.field.empty() ? std::span<const TableRecord>() : records) {
       if (!base::equalsIgnoringCase(record.table_name, table.table->name)) continue;
       int index = findField(record.fields, table.key.field);
       if (index < 0 || !valueEqualsText(record.fields[index].value, table.key.value)) continue;
@@ -150,6 +149,19 @@ bool Classifier::isClassifiedAs(std::span<const TableRecord> records, const Obje
       findings->push_back({&cls, table.table->name, std::move(finding)});
   }
   return classified;
+}
+
+void Classifier::classesNamed(std::span<const TableRecord> records,
+                              std::vector<const ObjectClass*>& classes) {
+  for (const TableRecord& record : records) {
+    for (const std::wstring& field : keyFieldsOf(record.table_name)) {
+      int index = findField(record.fields, field);
+      if (index < 0) continue;
+      const ObjectClass* cls = classNamed(record.fields[index].value);
+      if (cls && std::find(classes.begin(), classes.end(), cls) == classes.end())
+        classes.push_back(cls);
+    }
+  }
 }
 
 void Classifier::findBrokenRules(std::span<const TableRecord> records, bool required_only,

@@ -65,6 +65,11 @@ class Classifier {
                       bool validate = false, bool required_only = false,
                       std::vector<Finding>* findings = nullptr);
 
+  // Appends to `classes` each class a key field of `records` names, once: besides the
+  // classes without tables, the only ones the records can carry.
+  void classesNamed(std::span<const TableRecord> records,
+                    std::vector<const catalogue::ObjectClass*>& classes);
+
   // The rules that `records` break, checked against each class they name (each class once,
   // in the order the records name them). Empty when the records keep every rule.
   void findBrokenRules(std::span<const TableRecord> records, bool required_only,
@@ -84,7 +89,7 @@ class Classifier {
   // cannot be loaded into the drawing; kFailed when a property could not be applied or a
   // table could not be stored.
   Applied applyClass(const catalogue::ObjectClass& cls, host::ObjectId entity, bool properties,
-                  bool records, draw::ApplyMode mode);
+                     bool records, draw::ApplyMode mode);
 
   // loadClassDependencies, once per class and run.
   bool loadDependencies(const catalogue::ObjectClass& cls);

@@ -45,8 +45,12 @@ std::vector<const ObjectClass*> carriedClasses(objdata::Classifier& classifier,
                                                std::span<const objdata::TableRecord> records) {
   std::vector<const ObjectClass*> classes;
   if (records.empty()) return classes;
+  std::vector<const ObjectClass*> named;
+  classifier.classesNamed(records, named);
   for (const auto& [key, cls] : classifier.catalogue().objects) {
-    if (classifier.isClassifiedAs(records, cls)) classes.push_back(&cls);
+    bool possible =
+        cls.tables.empty() || std::find(named.begin(), named.end(), &cls) != named.end();
+    if (possible && classifier.isClassifiedAs(records, cls)) classes.push_back(&cls);
   }
   return classes;
 }
@@ -223,6 +227,7 @@ void roundCommand(CommandContext& context) {
           walkTable(tables, id, stored_name, [&](auto& cursor, auto& record, int, bool&) {
             if (key.field.empty() || keyText(record, key.field) != key_value) return false;
             objdata::TableRecord rounded = record;
+            bool changed = false;
             for (const RealField& field : fields) {
               int index = objdata::findField(rounded.fields, field.name);
               if (index < 0) continue;
@@ -243,13 +248,17 @@ void roundCommand(CommandContext& context) {
                                                    table.name, field.name,
                                                    objdata::textOrEmpty(value)};
               }
+              double result = maintenance::roundToPlaces(number, field.places);
+              if (value.type == objdata::ValueType::kReal && value.real == result) continue;
+              changed = true;
               value = objdata::Value();
               value.type = objdata::ValueType::kReal;
-              value.real = maintenance::roundToPlaces(number, field.places);
+              value.real = result;
               // A field the drawing stores as text takes the number's text.
               value.text = objdata::asText(value);
             }
-            objdata::updateRecord(tables, cursor, rounded);
+            // A record already at its precision keeps its bytes in the saved drawing.
+            if (changed) objdata::updateRecord(tables, cursor, rounded);
             return false;
           });
         }
@@ -276,11 +285,9 @@ void sortCommand(CommandContext& context) {
   std::vector<int32_t> ranks;
   ranks.reserve(candidates->size());
   for (host::ObjectId id : *candidates) {
-    std::span<const objdata::TableRecord> records = classifier.records(id);
     int32_t rank = INT32_MIN;
-    for (const auto& [key, cls] : run.catalogue().objects) {
-      if (cls.draw_order > rank && classifier.isClassifiedAs(records, cls)) rank = cls.draw_order;
-    }
+    for (const ObjectClass* cls : carriedClasses(classifier, classifier.records(id)))
+      rank = std::max(rank, cls->draw_order);
     ranks.push_back(rank);
   }
   std::vector<host::ObjectId> ordered;
