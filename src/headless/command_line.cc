@@ -12,7 +12,7 @@ CommandLine::CommandLine(Console& console, DxfDatabase& database, HeadlessEditor
       editor_(editor),
       document_(document),
       host_commands_(console, database, editor) {
-  for (const host_commands::Spec& command : host_commands::table()) {
+  for (const host_commands::Entry& command : host_commands::table()) {
     (void)addCommand(L"ACAD", command.name, 0, [this, run = command.run] { run(host_commands_); });
   }
 }

@@ -97,6 +97,43 @@ void selectByName(CommandContext& context, bool groups_only) {
   finish(context, *candidates);
 }
 
+// The skeleton of the commands with one switch: survivors are kept in candidate order.
+template <typename Test>
+void selectBySwitch(CommandContext& context, StringId prompt, int initial, Test passes) {
+  std::vector<host::ObjectId> picked = context.editor().impliedSelection();
+  std::optional<int> value = context.askMode(prompt, initial, 1);
+  if (!value) return;
+  auto candidates = selectionCandidates(context, picked, true);
+  if (!candidates) return;
+  ClassificationRun run(context);
+  keepInOrder(*candidates, [&](host::ObjectId id) { return passes(run.classifier(), id, *value); });
+  finish(context, *candidates);
+}
+
+// Whether a record of a class the file knows has an empty text in a field that counts:
+// any field, or without `all_fields` the fields the class's table requires.
+bool hasEmptyText(objdata::Classifier& classifier, const objdata::TableRecord& record,
+                  bool all_fields) {
+  const ObjectClass* cls = classifier.classOfRecord(record);
+  if (!cls) return false;
+  auto table = std::find_if(cls->tables.begin(), cls->tables.end(), [&](const auto& t) {
+    return base::equalsIgnoringCase(t.name, record.table_name);
+  });
+  if (table == cls->tables.end()) return false;
+  for (const objdata::FieldValue& field : record.fields) {
+    const objdata::Value& value = field.value;
+    if (value.type != objdata::ValueType::kCharacter || (value.text && !value.text->empty()))
+      continue;
+    if (all_fields) return true;
+    auto definition = std::find_if(table->fields.begin(), table->fields.end(), [&](const auto& f) {
+      return base::equalsIgnoringCase(f.name, field.name);
+    });
+    if (definition != table->fields.end() && (definition->flags & catalogue::kFieldRequired))
+      return true;
+  }
+  return false;
+}
+
 }  // namespace
 
 void selectCommand(CommandContext& context) { selectByName(context, false); }
@@ -160,56 +197,26 @@ void selectAllCommand(CommandContext& context) {
 }
 
 void selectClassifiedCommand(CommandContext& context) {
-  std::vector<host::ObjectId> picked = context.editor().impliedSelection();
-  std::optional<int> match = context.askMode(StringId::kPromptMatch, 1, 1);
-  if (!match) return;
-  auto candidates = selectionCandidates(context, picked, true);
-  if (!candidates) return;
-  ClassificationRun run(context);
-  objdata::Classifier& classifier = run.classifier();
-  keepInOrder(*candidates, [&](host::ObjectId id) {
-    std::span<const objdata::TableRecord> records = classifier.records(id);
-    bool classified = std::any_of(records.begin(), records.end(), [&](const auto& record) {
-      const ObjectClass* cls = classifier.classOfRecord(record);
-      return cls && classifier.isClassifiedAs(records, *cls);
-    });
-    return classified == (*match == 1);
-  });
-  finish(context, *candidates);
+  selectBySwitch(context, StringId::kPromptMatch, 1,
+                 [](objdata::Classifier& classifier, host::ObjectId id, int match) {
+                   std::span<const objdata::TableRecord> records = classifier.records(id);
+                   bool classified =
+                       std::any_of(records.begin(), records.end(), [&](const auto& record) {
+                         const ObjectClass* cls = classifier.classOfRecord(record);
+                         return cls && classifier.isClassifiedAs(records, *cls);
+                       });
+                   return classified == (match == 1);
+                 });
 }
 
 void selectNullCommand(CommandContext& context) {
-  std::vector<host::ObjectId> picked = context.editor().impliedSelection();
-  std::optional<int> all_fields = context.askMode(StringId::kPromptCheckNonRequired, 0, 1);
-  if (!all_fields) return;
-  auto candidates = selectionCandidates(context, picked, true);
-  if (!candidates) return;
-  ClassificationRun run(context);
-  objdata::Classifier& classifier = run.classifier();
-  // Whether a field of `table` counts: every field, or only the required ones.
-  auto counts = [&](const catalogue::TableDefinition& table, const std::wstring& field) {
-    if (*all_fields == 1) return true;
-    auto it = std::find_if(table.fields.begin(), table.fields.end(),
-                           [&](const auto& f) { return base::equalsIgnoringCase(f.name, field); });
-    return it != table.fields.end() && (it->flags & catalogue::kFieldRequired) != 0;
-  };
-  keepInOrder(*candidates, [&](host::ObjectId id) {
-    for (const objdata::TableRecord& record : classifier.records(id)) {
-      const ObjectClass* cls = classifier.classOfRecord(record);
-      if (!cls) continue;
-      auto table = std::find_if(cls->tables.begin(), cls->tables.end(), [&](const auto& t) {
-        return base::equalsIgnoringCase(t.name, record.table_name);
-      });
-      if (table == cls->tables.end()) continue;
-      for (const objdata::FieldValue& field : record.fields) {
-        const objdata::Value& value = field.value;
-        if (value.type != objdata::ValueType::kCharacter) continue;
-        if ((!value.text || value.text->empty()) && counts(*table, field.name)) return true;
-      }
-    }
-    return false;
-  });
-  finish(context, *candidates);
+  selectBySwitch(context, StringId::kPromptCheckNonRequired, 0,
+                 [](objdata::Classifier& classifier, host::ObjectId id, int all_fields) {
+                   for (const objdata::TableRecord& record : classifier.records(id)) {
+                     if (hasEmptyText(classifier, record, all_fields == 1)) return true;
+                   }
+                   return false;
+                 });
 }
 
 }  // namespace shell

@@ -36,13 +36,13 @@ class Context {
   bool failed_ = false;
 };
 
-struct Spec {
+struct Entry {
   const wchar_t* name;  // upper case, without prefixes
   void (*run)(Context&);
 };
 
 // Every host command, registered by the host in the group "ACAD" in this order.
-std::span<const Spec> table();
+std::span<const Entry> table();
 
 // `text` in upper case (std::towupper: command names are the host's, not the classes').
 std::wstring upperCase(std::wstring_view text);

@@ -6,7 +6,7 @@ namespace headless::host_commands {
 
 namespace {
 
-constexpr Spec kTable[] = {
+constexpr Entry kTable[] = {
     {L"REGEN", regen},
     {L"ATTSYNC", attsync},
     {L"AI_DESELECT", aiDeselect},
@@ -14,7 +14,7 @@ constexpr Spec kTable[] = {
 
 }  // namespace
 
-std::span<const Spec> table() { return kTable; }
+std::span<const Entry> table() { return kTable; }
 
 std::wstring upperCase(std::wstring_view text) {
   std::wstring out(text);
