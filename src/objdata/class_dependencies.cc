@@ -50,17 +50,28 @@ bool importFromResourceFiles(host::Database& database, const catalogue::Catalogu
   return false;
 }
 
+// Imports `name` from the file the binding recorded for it; false when it recorded none.
+bool importAsProvided(host::Database& database, const catalogue::DrawingResources& provided,
+                      uint32_t kind, const std::wstring& name) {
+  const catalogue::ResourceMap& names = provided.resources(kind);
+  auto entry = names.find(base::lowerCase(name));
+  return entry != names.end() &&
+         database.importResources(entry->second.file, kind, {{kind, {entry->second.name}}});
+}
+
 }  // namespace
 
 bool loadClassDependencies(host::Database& database, const catalogue::Catalogue& catalogue,
+                           const catalogue::DrawingResources* provided,
                            const catalogue::ObjectClass& cls) {
   for (const auto& [kind, names] : draw::requiredResources(cls.properties)) {
     std::optional<host::SymbolTable> table = tableOf(kind);
     if (!table) continue;
     for (const std::wstring& name : names) {
       if (database.hasSymbol(*table, name)) continue;
-      if (!importFromResourceFiles(database, catalogue, kind, name) ||
-          !database.hasSymbol(*table, name)) {
+      bool imported = provided ? importAsProvided(database, *provided, kind, name)
+                               : importFromResourceFiles(database, catalogue, kind, name);
+      if (!imported || !database.hasSymbol(*table, name)) {
         return false;
       }
     }

@@ -223,7 +223,7 @@ Classifier::Applied Classifier::applyClass(const ObjectClass& cls, host::ObjectI
 
 bool Classifier::loadDependencies(const ObjectClass& cls) {
   auto [it, inserted] = dependencies_.try_emplace(&cls, false);
-  if (inserted) it->second = loadClassDependencies(database_, catalogue_, cls);
+  if (inserted) it->second = loadClassDependencies(database_, catalogue_, provided_, cls);
   return it->second;
 }
 

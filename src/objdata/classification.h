@@ -37,9 +37,15 @@ struct Finding {
 class Classifier {
  public:
   // Everything given must outlive the classifier.
+  // `provided`, when given, is what binding the catalogue to this drawing brought in.
   Classifier(host::Database& database, const catalogue::Catalogue& catalogue,
-             TableDirectory& tables, const TemplateEnvironment& environment)
-      : database_(database), catalogue_(catalogue), tables_(tables), environment_(environment) {}
+             TableDirectory& tables, const TemplateEnvironment& environment,
+             const catalogue::DrawingResources* provided = nullptr)
+      : database_(database),
+        catalogue_(catalogue),
+        provided_(provided),
+        tables_(tables),
+        environment_(environment) {}
 
   const catalogue::Catalogue& catalogue() const { return catalogue_; }
   TableDirectory& tables() { return tables_; }
@@ -130,6 +136,7 @@ class Classifier {
 
   host::Database& database_;
   const catalogue::Catalogue& catalogue_;
+  const catalogue::DrawingResources* provided_;
   TableDirectory& tables_;
   const TemplateEnvironment& environment_;
   // Key field names by table name as records spell it.

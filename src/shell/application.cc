@@ -79,6 +79,7 @@ void Application::unload() {
     saveRecentList(context);
   }
   state_.catalogue.reset();
+  state_.resources.reset();
   host_.commands().removeGroup(kCommandGroup);
 }
 

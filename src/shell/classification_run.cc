@@ -9,9 +9,10 @@ namespace shell {
 ClassificationRun::ClassificationRun(CommandContext& context)
     : context_(context),
       catalogue_(context.state().catalogue),
+      resources_(context.state().resources),
       tables_(context.database(), objdata::findTableDictionary(context.database())),
       environment_(objdata::templateEnvironment(context.host())),
-      classifier_(context.database(), *catalogue_, tables_, environment_) {}
+      classifier_(context.database(), *catalogue_, tables_, environment_, resources_.get()) {}
 
 bool ClassificationRun::makeTableDictionary() {
   if (tables_.id().isNull()) tables_.setId(objdata::getTableDictionary(context_.host().document()));

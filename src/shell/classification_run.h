@@ -39,6 +39,7 @@ class ClassificationRun {
  private:
   CommandContext& context_;
   std::shared_ptr<const catalogue::Catalogue> catalogue_;
+  std::shared_ptr<const catalogue::DrawingResources> resources_;
   objdata::TableDirectory tables_;
   objdata::TemplateEnvironment environment_;
   objdata::Classifier classifier_;

@@ -30,6 +30,7 @@ void parseCurrentFile(CommandContext& context) {
     context.editor().print(diagnosticText(context.strings(), diagnostic));
   }
   state.catalogue = std::move(bound.catalogue);
+  state.resources = std::make_shared<const catalogue::DrawingResources>(std::move(bound.resources));
   // The classification tree and the properties palette are pointed at the new catalogue
   // here once those palettes exist.
 }

@@ -11,7 +11,8 @@
 
 namespace catalogue {
 class Catalogue;
-}
+struct DrawingResources;
+}  // namespace catalogue
 
 namespace shell {
 
@@ -26,6 +27,8 @@ struct ClassifyOptions {
 struct ProcessState {
   // The parsed class-definition file; null until a file is loaded.
   std::shared_ptr<const catalogue::Catalogue> catalogue;
+  // What binding the catalogue to the drawing brought in; null when it was not bound here.
+  std::shared_ptr<const catalogue::DrawingResources> resources;
   // Full path of the class-definition file last chosen.
   std::wstring class_file;
   // Answers to yes/no and mode prompts, remembered per command and prompt.

@@ -197,8 +197,8 @@ TEST(ClassifierValidation, EachFieldRule) {
     EXPECT_EQ(findings[0].broken.value, c.value ? objdata::textOrEmpty(*c.value) : L"");
     using objdata::BrokenRule;
     std::wstring_view field = c.field;
-    BrokenRule rule = !c.value                                       ? BrokenRule::kFieldMissing
-                      : field == L"NAME"                             ? BrokenRule::kEmpty
+    BrokenRule rule = !c.value           ? BrokenRule::kFieldMissing
+                      : field == L"NAME" ? BrokenRule::kEmpty
                       : field == L"DEPTH" || field == L"LENGTH" || field == L"ZONE"
                           ? BrokenRule::kOutOfRange
                           : BrokenRule::kNotAllowed;
@@ -388,8 +388,7 @@ TEST(ClassifierDependencies, LayerFromDrawingOrResource) {
     SCOPED_TRACE(c.name);
     Drawing run(kNetwork);
     if (c.layer) run.host.addLayer(c.layer);
-    if (c.provided)
-      run.catalogue.imports.push_back({L"/lib/a.dwg", host::kResourceLayers});
+    if (c.provided) run.catalogue.imports.push_back({L"/lib/a.dwg", host::kResourceLayers});
     EXPECT_EQ(run.classifier().loadDependencies(run.cls(L"pipe")), c.expected);
     EXPECT_TRUE(run.classifier().loadDependencies(run.cls(L"duct")));
   }
@@ -400,8 +399,8 @@ TEST(ClassifierDependencies, AnswerKeptForTheRun) {
   EXPECT_FALSE(run.classifier().loadDependencies(run.cls(L"pipe")));
   run.host.addLayer(L"Water");
   EXPECT_FALSE(run.classifier().loadDependencies(run.cls(L"pipe")));
-  EXPECT_TRUE(
-      objdata::loadClassDependencies(run.host.fakeDatabase(), run.catalogue, run.cls(L"pipe")));
+  EXPECT_TRUE(objdata::loadClassDependencies(run.host.fakeDatabase(), run.catalogue, nullptr,
+                                             run.cls(L"pipe")));
 }
 
 }  // namespace
