@@ -53,7 +53,7 @@ void addAttribute(Document& doc, const Target& target, std::vector<Builder>& out
   b.raw(1, doc.value(def, 1));
   double rotation = doc.realValue(def, 50, 0) + rotation_deg;
   if (rotation != 0) b.real(50, rotation);
-  if (const Tag* style = doc.find(def, 7)) b.raw(7, doc.text(*style));
+  if (auto style = doc.find(def, 7)) b.raw(7, doc.text(*style));
   int64_t halign = doc.intValue(def, 72, 0);
   int64_t valign = doc.intValue(def, 74, 0);
   if (halign != 0) b.integer(72, halign);

@@ -14,17 +14,7 @@ std::vector<RecordId> modelSpaceEntities(const Document& doc) {
   Span span = doc.section("ENTITIES");
   if (span.head == kNoRecord) return out;
   for (RecordId id = doc.next(span.head); id != span.tail && id != kNoRecord; id = doc.next(id)) {
-    if (isSubentity(doc.type(id))) continue;
-    // The paper-space flag 67 sits in the common entity group, before the type's own data.
-    bool paper = false;
-    for (const Tag& tag : doc.tags(id)) {
-      if (tag.code == 67) {
-        paper = doc.text(tag).find('1') != std::string_view::npos;
-        break;
-      }
-      if (tag.code == 100 && doc.text(tag) != "AcDbEntity") break;
-    }
-    if (!paper) out.push_back(id);
+    if (!isSubentity(doc.type(id)) && !doc.record(id).paper) out.push_back(id);
   }
   return out;
 }

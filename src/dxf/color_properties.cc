@@ -66,16 +66,12 @@ void registerApp(Document& doc, std::string_view app) {
 }  // namespace
 
 PropValue getColor(const Document& doc, RecordId id) {
-  auto tags = doc.tags(id);
-  TagRange range = subclassGroup(doc, tags, "AcDbEntity");
   EntityColor color;
   int64_t number = 0;
-  int at = findCode(doc, tags, range, 62);
-  if (at >= 0 && parseInt(doc.text(tags[at]), number)) color.index = static_cast<int>(number);
-  at = findCode(doc, tags, range, 420);
-  if (at >= 0 && parseInt(doc.text(tags[at]), number)) {
-    color.rgb = static_cast<uint32_t>(number) & 0xFFFFFF;
-  }
+  std::optional<Tag> tag = findInGroup(doc, id, "AcDbEntity", 62);
+  if (tag && parseInt(doc.text(*tag), number)) color.index = static_cast<int>(number);
+  tag = findInGroup(doc, id, "AcDbEntity", 420);
+  if (tag && parseInt(doc.text(*tag), number)) color.rgb = static_cast<uint32_t>(number) & 0xFFFFFF;
   return color;
 }
 

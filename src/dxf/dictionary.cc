@@ -103,28 +103,29 @@ std::vector<DictionaryEntry> dictionaryEntries(const Document& doc, RecordId dic
 
 void dictionaryEntries(const Document& doc, RecordId dict, std::vector<DictionaryEntry>& out) {
   size_t count = 0;
-  auto tags = doc.tags(dict);
-  for (size_t i = 0; i + 1 < tags.size(); ++i) {
-    if (tags[i].code == 3 && (tags[i + 1].code == 350 || tags[i + 1].code == 360)) {
+  Tag key{-1, {}};
+  for (const Tag& tag : doc.scan(dict)) {
+    if (key.code == 3 && (tag.code == 350 || tag.code == 360)) {
       if (count == out.size()) out.emplace_back();
       DictionaryEntry& entry = out[count++];
       entry.key.clear();
-      doc.codec().decode(doc.text(tags[i]), entry.key);
-      entry.value = parseHandle(doc.text(tags[i + 1]));
-      entry.hard_owner = tags[i + 1].code == 360;
-      ++i;
+      doc.codec().decode(doc.text(key), entry.key);
+      entry.value = parseHandle(doc.text(tag));
+      entry.hard_owner = tag.code == 360;
     }
+    key = tag;
   }
   out.resize(count);
 }
 
 RecordId dictionaryGet(const Document& doc, RecordId dict, std::wstring_view key) {
-  auto tags = doc.tags(dict);
-  for (size_t i = 0; i + 1 < tags.size(); ++i) {
-    if (tags[i].code == 3 && (tags[i + 1].code == 350 || tags[i + 1].code == 360) &&
-        sameName(doc.codec().decode(doc.text(tags[i])), key)) {
-      return doc.byHandle(parseHandle(doc.text(tags[i + 1])));
+  Tag name{-1, {}};
+  for (const Tag& tag : doc.scan(dict)) {
+    if (name.code == 3 && (tag.code == 350 || tag.code == 360) &&
+        sameName(doc.codec().decode(doc.text(name)), key)) {
+      return doc.byHandle(parseHandle(doc.text(tag)));
     }
+    name = tag;
   }
   return kNoRecord;
 }

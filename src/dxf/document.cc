@@ -12,32 +12,88 @@ namespace dxf {
 
 namespace {}  // namespace
 
-std::string_view Document::type(RecordId id) const {
-  auto record_tags = tags(id);
-  if (record_tags.empty() || record_tags[0].code != 0) return {};
-  return text_.view(record_tags[0].value);
+uint16_t Document::internType(std::string_view name) {
+  if (name.empty()) return 0;
+  auto it = type_index_.find(name);
+  if (it != type_index_.end()) return it->second;
+  // Past this many kinds, a file is not a drawing; the rest read as untyped.
+  if (type_names_.size() > UINT16_MAX) return 0;
+  auto index = static_cast<uint16_t>(type_names_.size());
+  type_names_.emplace_back(name);
+  type_index_.emplace(type_names_.back(), index);
+  return index;
 }
 
-const Tag* Document::find(RecordId id, int code) const {
-  for (const Tag& tag : tags(id)) {
-    if (tag.code == code) return &tag;
+namespace {
+
+// What commands ask of nearly every record, read in one pass over its tags.
+struct RecordFacts {
+  Handle own_handle = 0;  // code 5 (105 for DIMSTYLE) before the first subclass marker
+  Handle xdict = 0;       // the 360 of "102 {ACAD_XDICTIONARY", before the first marker
+  bool xdict_group = false;  // such a group is there, whatever it holds
+  bool paper = false;     // the first 67 (before the type's own subclass) holds a 1
+};
+
+template <typename Tags>
+RecordFacts factsOf(const Document& doc, const Tags& tags) {
+  RecordFacts facts;
+  bool in_xdict = false;
+  bool common = true;       // before the first subclass marker
+  bool handle_open = true;  // before the first marker or application group
+  bool seen_paper = false;
+  for (const Tag& tag : tags) {
+    if (tag.code == 100) {
+      common = handle_open = false;
+      if (doc.text(tag) != "AcDbEntity") break;
+      continue;
+    }
+    if (tag.code == 67 && !seen_paper) {
+      seen_paper = true;
+      facts.paper = doc.text(tag).find('1') != std::string_view::npos;
+    }
+    if (tag.code == 102) {
+      handle_open = false;
+      if (common) in_xdict = doc.text(tag) == "{ACAD_XDICTIONARY";
+      facts.xdict_group |= in_xdict;
+    } else if (common && in_xdict && tag.code == 360 && facts.xdict == 0) {
+      facts.xdict = parseHandle(doc.text(tag));
+    } else if (handle_open && (tag.code == 5 || tag.code == 105) && facts.own_handle == 0) {
+      facts.own_handle = parseHandle(doc.text(tag));
+    }
   }
-  return nullptr;
+  return facts;
+}
+
+}  // namespace
+
+void Document::noteTags(RecordId id, std::span<const Tag> tags) {
+  Record& r = records_[id];
+  r.type = !tags.empty() && tags[0].code == 0 ? internType(text_.view(tags[0].value)) : 0;
+  RecordFacts facts = factsOf(*this, tags);
+  r.xdict = facts.xdict;
+  r.paper = facts.paper;
+}
+
+std::optional<Tag> Document::find(RecordId id, int code) const {
+  for (const Tag& tag : scan(id)) {
+    if (tag.code == code) return tag;
+  }
+  return std::nullopt;
 }
 
 std::string_view Document::value(RecordId id, int code, std::string_view fallback) const {
-  const Tag* tag = find(id, code);
+  std::optional<Tag> tag = find(id, code);
   return tag ? text(*tag) : fallback;
 }
 
 int64_t Document::intValue(RecordId id, int code, int64_t fallback) const {
-  const Tag* tag = find(id, code);
+  std::optional<Tag> tag = find(id, code);
   int64_t out;
   return tag && parseInt(text(*tag), out) ? out : fallback;
 }
 
 double Document::realValue(RecordId id, int code, double fallback) const {
-  const Tag* tag = find(id, code);
+  std::optional<Tag> tag = find(id, code);
   double out;
   return tag && parseDouble(text(*tag), out) ? out : fallback;
 }
@@ -48,28 +104,20 @@ Tag Document::makeTag(int code, int64_t value) { return makeTag(code, formatInt(
 // A record's handle is its code 5 tag (105 for DIMSTYLE) among the tags before the first
 // subclass marker; later 5 tags belong to something else ($HANDSEED in the header).
 static Handle findOwnHandle(const Document& doc, RecordId id) {
-  for (const Tag& tag : doc.tags(id)) {
-    if (tag.code == 100 || tag.code == 102) break;
-    if (tag.code == 5 || tag.code == 105) {
-      return parseHandle(doc.text(tag));
-    }
-  }
-  return 0;
+  return factsOf(doc, doc.scan(id)).own_handle;
 }
 
+// A new encoding every time: the old one may still be read through text views handed out.
 void Document::setTags(RecordId id, std::span<const Tag> tags) {
+  encode_scratch_.clear();
+  encodeTags(tags, text_, encode_scratch_);
+  TextRef code = text_.add(encode_scratch_);
   Record& r = records_[id];
-  auto count = static_cast<uint32_t>(tags.size());
-  // Edits mostly touch the record made or changed last; growing it where it lies keeps the
-  // store from filling with abandoned copies.
-  if (r.tag_count == 0 ||
-      (count > r.tag_count && !tags_.growInPlace(r.first_tag, r.tag_count, count))) {
-    r.first_tag = tags_.allocate(count);
-  }
-  r.tag_count = count;
+  r.code_pos = code.pos;
+  r.code_size = code.len;
+  r.tag_count = static_cast<uint32_t>(tags.size());
   r.changed = true;
-  if (count > 0)
-    std::memmove(tags_.range(r.first_tag, count).data(), tags.data(), count * sizeof(Tag));
+  noteTags(id, tags);
 }
 
 RecordId Document::newRecord(std::span<const Tag> tags) {
@@ -278,7 +326,7 @@ std::vector<Tag> Document::headerVariable(std::string_view name) const {
   RecordId head = header();
   if (head == kNoRecord) return out;
   bool inside = false;
-  for (const Tag& tag : tags(head)) {
+  for (const Tag& tag : scan(head)) {
     if (tag.code == 9) {
       if (inside) break;
       inside = text(tag) == name;
@@ -292,7 +340,7 @@ std::vector<Tag> Document::headerVariable(std::string_view name) const {
 void Document::setHeaderVariable(std::string_view name, std::span<const Tag> value_tags) {
   RecordId head = header();
   if (head == kNoRecord) head = addSection("HEADER").head;
-  std::vector<Tag> old(tags(head).begin(), tags(head).end());
+  TagList old = tags(head);
   std::vector<Tag> out;
   out.reserve(old.size() + value_tags.size() + 1);
   bool replaced = false;
@@ -317,13 +365,18 @@ void Document::setHeaderVariable(std::string_view name, std::span<const Tag> val
 // object is refused: the data the system keeps there would have nowhere to go. Dangling
 // entries of ordinary dictionaries are common in real drawings (some writers leave them
 // behind); they are kept as read and treated as absent.
-base::Status Document::checkExtensionDictionaries(const std::string& name) const {
-  for (RecordId id = first_; id != kNoRecord; id = records_[id].next) {
-    auto record_tags = tags(id);
-    for (size_t i = 1; i + 1 < record_tags.size(); ++i) {
-      if (record_tags[i].code == 100) break;
-      if (record_tags[i].code != 102 || text(record_tags[i]) != "{ACAD_XDICTIONARY") continue;
-      const Tag& pointer = record_tags[i + 1];
+base::Status Document::checkExtensionDictionaries(const std::string& name,
+                                                  std::span<const RecordId> candidates) const {
+  for (RecordId id : candidates) {
+    if (byHandle(records_[id].xdict) != kNoRecord) continue;
+    TagScan record_tags = scan(id);
+    auto it = record_tags.begin();
+    if (it == record_tags.end()) continue;
+    for (++it; it != record_tags.end(); ++it) {
+      if (it->code == 100) break;
+      if (it->code != 102 || text(*it) != "{ACAD_XDICTIONARY") continue;
+      if (++it == record_tags.end()) break;
+      const Tag pointer = *it;
       if (pointer.code == 360 && byHandle(parseHandle(text(pointer))) != kNoRecord) break;
       uint32_t at = format_ == Format::kAscii ? pointer.value.pos : records_[id].raw_begin;
       return base::Status::invalid(placeOf(name, at) + "the extension dictionary handle '" +
@@ -345,6 +398,7 @@ base::Status Document::buildStructure(const std::string& name) {
   RecordId open_section = kNoRecord;
   RecordId open_table = kNoRecord;
   std::string section_name;
+  std::vector<RecordId> with_xdict;
   for (RecordId id = first_; id != kNoRecord; id = records_[id].next) {
     std::string_view t = type(id);
     if (t == "SECTION") {
@@ -385,10 +439,13 @@ base::Status Document::buildStructure(const std::string& name) {
         open_table = kNoRecord;
       }
     }
-    Handle h = findOwnHandle(*this, id);
-    if (h != 0) {
-      records_[id].handle = h;
-      handles_.emplace_back(h, id);
+    RecordFacts facts = factsOf(*this, scan(id));
+    records_[id].xdict = facts.xdict;
+    records_[id].paper = facts.paper;
+    if (facts.xdict_group) with_xdict.push_back(id);
+    if (facts.own_handle != 0) {
+      records_[id].handle = facts.own_handle;
+      handles_.emplace_back(facts.own_handle, id);
     }
   }
   if (open_section != kNoRecord) {
@@ -404,7 +461,7 @@ base::Status Document::buildStructure(const std::string& name) {
   }
   if (!handles_.empty()) next_handle_ = handles_.back().first + 1;
   buildDenseIndex();
-  if (base::Status status = checkExtensionDictionaries(name); !status) return status;
+  if (base::Status status = checkExtensionDictionaries(name, with_xdict); !status) return status;
 
   std::vector<Tag> var = headerVariable("$ACADVER");
   if (!var.empty()) version_ = std::string(text(var.front()));
@@ -418,7 +475,7 @@ base::Status Document::buildStructure(const std::string& name) {
   codec_ = std::move(codec.value());
   if (codec_.isUtf8()) {
     for (RecordId id = first_; id != kNoRecord; id = records_[id].next) {
-      for (const Tag& tag : tags(id)) {
+      for (const Tag& tag : scan(id)) {
         if (valueKind(tag.code) == ValueKind::kString && !base::isValidUtf8(text(tag))) {
           uint32_t at = format_ == Format::kAscii ? tag.value.pos : records_[id].raw_begin;
           return base::Status::invalid(placeOf(name, at) + "group code " +

@@ -3,6 +3,8 @@
 #pragma once
 
 #include <cstdint>
+#include <deque>
+#include <optional>
 #include <span>
 #include <string>
 #include <string_view>
@@ -11,7 +13,7 @@
 
 #include "base/status.h"
 #include "dxf/codec.h"
-#include "dxf/tag_store.h"
+#include "dxf/tags.h"
 #include "dxf/text_store.h"
 
 namespace dxf {
@@ -24,15 +26,21 @@ enum class Format : uint8_t { kAscii, kBinary };
 
 // One structure of the file: a run of tags from a code 0 tag to the next one.
 struct Record {
-  uint32_t first_tag = 0;
-  uint32_t tag_count = 0;
   uint32_t raw_begin = 0;  // the file bytes of the record while it is unchanged
   uint32_t raw_end = 0;
+  // The record's encoded tags in the text store: those of a binary file's record, or of one
+  // made or changed since loading. An unchanged ASCII record is read from its file bytes.
+  uint32_t code_pos = 0;
+  uint32_t code_size = 0;
+  uint32_t tag_count = 0;
   RecordId prev = kNoRecord;  // file order
   RecordId next = kNoRecord;
+  uint16_t type = 0;  // the structure name, as an index into the drawing's list of them
+  bool changed : 1 = false;  // tags no longer match the raw bytes (or there never were any)
+  bool erased : 1 = false;   // unlinked from the file; kept so that ids stay valid
+  bool paper : 1 = false;    // an entity flagged as paper space (67)
   Handle handle = 0;
-  bool changed = false;  // tags no longer match the raw bytes (or there never were any)
-  bool erased = false;   // unlinked from the file; kept so that ids stay valid
+  Handle xdict = 0;  // the extension dictionary its tags name, 0 if none
 };
 
 // A section, table or block: the record that opens it and the one that closes it.
@@ -80,24 +88,30 @@ class Document {
   bool isR12() const { return version_ <= "AC1009"; }
   const Codec& codec() const { return codec_; }
 
-  // --- Records and tags. Tag spans and text views stay valid while the drawing changes;
-  // a span shows the tags the record had when it was taken.
+  // --- Records and tags. Text views stay valid while the drawing changes; a tag list is a
+  // copy of the tags the record had when it was taken, a scan reads them where they lie.
   const Record& record(RecordId id) const { return records_[id]; }
   size_t recordCount() const { return records_.size(); }
-  std::span<const Tag> tags(RecordId id) const {
+  TagList tags(RecordId id) const { return TagList(scan(id)); }
+  TagScan scan(RecordId id) const {
     const Record& r = records_[id];
-    return tags_.range(r.first_tag, r.tag_count);
+    if (!r.changed && format_ == Format::kAscii) {
+      return TagScan({raw_.data() + r.raw_begin, r.raw_begin, r.raw_end - r.raw_begin,
+                      r.tag_count, true});
+    }
+    return TagScan({text_.view({r.code_pos, r.code_size}).data(), r.code_pos, r.code_size,
+                    r.tag_count, false});
   }
   std::string_view text(const Tag& tag) const { return text_.view(tag.value); }
   std::string_view text(TextRef ref) const { return text_.view(ref); }
   // The record's structure name: the value of its code 0 tag ("LINE", "SECTION"...).
-  std::string_view type(RecordId id) const;
+  std::string_view type(RecordId id) const { return type_names_[records_[id].type]; }
   RecordId first() const { return first_; }
   RecordId next(RecordId id) const { return records_[id].next; }
   RecordId prev(RecordId id) const { return records_[id].prev; }
 
-  // The first tag of `id` with `code`, or nullptr.
-  const Tag* find(RecordId id, int code) const;
+  // The first tag of `id` with `code`, if any.
+  std::optional<Tag> find(RecordId id, int code) const;
   // The raw text of the first tag with `code`, or `fallback`.
   std::string_view value(RecordId id, int code, std::string_view fallback = {}) const;
   // The first tag with `code` read as a number, or `fallback` when absent or not a number.
@@ -163,8 +177,16 @@ class Document {
   void link(RecordId pos, RecordId id);
   void unlinkQuietly(RecordId id);
 
+  // The index of structure name `name` (the text of a code 0 tag) in type_names_.
+  uint16_t internType(std::string_view name);
+  // Keeps the facts a record caches (type, extension dictionary, paper space) in step with
+  // its tags.
+  void noteTags(RecordId id, std::span<const Tag> tags);
+
   base::Status buildStructure(const std::string& name);
-  base::Status checkExtensionDictionaries(const std::string& name) const;
+  // `candidates` are the records with an extension dictionary group.
+  base::Status checkExtensionDictionaries(const std::string& name,
+                                          std::span<const RecordId> candidates) const;
   // "NAME:LINE: " (ASCII) or "NAME: byte N: " (binary) for the file byte `offset`.
   std::string placeOf(const std::string& name, uint32_t offset) const;
   // Writes the whole drawing to `out` (a std::string or a buffered file).
@@ -173,7 +195,10 @@ class Document {
 
   std::string raw_;  // the file as read
   TextStore text_;
-  TagStore tags_;
+  std::string encode_scratch_;
+  // Structure names, few and repeated by every record: each kept once, index 0 being "".
+  std::deque<std::string> type_names_ = {std::string()};  // a deque: names never move
+  std::unordered_map<std::string_view, uint16_t> type_index_;
   std::vector<Record> records_;
   RecordId first_ = kNoRecord;
   RecordId last_ = kNoRecord;

@@ -250,9 +250,9 @@ base::Result<std::string> storedName(const Document& doc, Names names, const std
 }
 
 PropValue getPlain(const Document& doc, RecordId id, const PlainProp& row) {
-  auto tags = doc.tags(id);
-  int at = findCode(doc, tags, subclassGroup(doc, tags, row.markers), row.code);
-  std::string_view raw = at >= 0 ? doc.text(tags[at]) : std::string_view();
+  std::optional<Tag> tag = findInGroup(doc, id, row.markers, row.code);
+  const int at = tag ? 0 : -1;
+  std::string_view raw = tag ? doc.text(*tag) : std::string_view();
   switch (row.kind) {
     case Kind::kInt: {
       int64_t out = 0;

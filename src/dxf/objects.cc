@@ -31,7 +31,7 @@ bool isFollower(std::string_view type) {
 
 Handle ownerOf(const Document& doc, RecordId id) {
   bool in_group = false;
-  for (const Tag& tag : doc.tags(id)) {
+  for (const Tag& tag : doc.scan(id)) {
     if (tag.code == 102) {
       std::string_view t = doc.text(tag);
       in_group = !t.empty() && t.front() == '{';
@@ -45,19 +45,7 @@ Handle ownerOf(const Document& doc, RecordId id) {
   return 0;
 }
 
-Handle extensionDictionaryOf(const Document& doc, RecordId id) {
-  bool in_xdict = false;
-  for (const Tag& tag : doc.tags(id)) {
-    if (tag.code == 102) {
-      in_xdict = doc.text(tag) == "{ACAD_XDICTIONARY";
-    } else if (in_xdict && tag.code == 360) {
-      return parseHandle(doc.text(tag));
-    } else if (tag.code == 100) {
-      return 0;
-    }
-  }
-  return 0;
-}
+Handle extensionDictionaryOf(const Document& doc, RecordId id) { return doc.record(id).xdict; }
 
 base::Status requireObjects(const Document& doc) {
   if (!doc.isR12()) return base::Status::ok();

@@ -56,6 +56,40 @@ int findCode(const Document& doc, std::span<const Tag> tags, TagRange range, int
   return -1;
 }
 
+std::optional<Tag> findInGroup(const Document& doc, RecordId id, std::string_view markers,
+                               int code) {
+  // Until the marker is seen, the first match of the whole record is kept: it is the answer
+  // for a record without the marker (R12).
+  std::optional<Tag> fallback;
+  bool inside = false;
+  bool in_app_group = false;
+  bool first = true;
+  for (const Tag& tag : doc.scan(id)) {
+    if (first) {
+      first = false;
+      continue;
+    }
+    if (endsGroups(tag)) break;
+    if (tag.code == 100) {
+      if (inside) return std::nullopt;
+      if (isOneOf(doc.text(tag), markers)) {
+        inside = true;
+        in_app_group = false;
+        continue;
+      }
+    }
+    if (tag.code == 102) {
+      std::string_view text = doc.text(tag);
+      in_app_group = !text.empty() && text.front() == '{';
+      continue;
+    }
+    if (in_app_group || tag.code != code) continue;
+    if (inside) return tag;
+    if (!fallback) fallback = tag;
+  }
+  return inside ? std::nullopt : fallback;
+}
+
 bool putTag(RecordEdit& edit, int at, size_t insert_at, int code, std::string_view raw) {
   if (at < 0) {
     edit.insert(insert_at, code, raw);

@@ -29,6 +29,10 @@ TagRange subclassGroup(const Document& doc, std::span<const Tag> tags, std::stri
 // -1 when there is none.
 int findCode(const Document& doc, std::span<const Tag> tags, TagRange range, int code,
              size_t from = 0);
+// The tag findCode(subclassGroup(markers), code) finds, read in one pass over the record
+// without decoding it whole: what the property getters read for every entity.
+std::optional<Tag> findInGroup(const Document& doc, RecordId id, std::string_view markers,
+                               int code);
 // Sets the tag found at `at` or, when `at` is negative, inserts it at `insert_at`.
 // Returns true iff the tags changed.
 bool putTag(RecordEdit& edit, int at, size_t insert_at, int code, std::string_view raw);

@@ -50,32 +50,43 @@ class DocumentBuilder {
   base::Status errorAt(uint64_t line, const std::string& what) const {
     return base::Status::invalid(name_ + ":" + std::to_string(line) + ": " + what);
   }
-  // Opens a new record at file byte `raw_pos` when `code` is 0 (or nothing is open yet).
-  void beginRecordIfNeeded(int code, uint32_t raw_pos) {
-    if (code != 0 && doc_.last_ != kNoRecord) return;
-    closeRecord(raw_pos);
-    Record r;
-    r.first_tag = doc_.tags_.next();
-    r.raw_begin = raw_pos;
-    r.prev = doc_.last_;
-    RecordId id = static_cast<RecordId>(doc_.records_.size());
-    if (doc_.last_ != kNoRecord) doc_.records_[doc_.last_].next = id;
-    if (doc_.first_ == kNoRecord) doc_.first_ = id;
-    doc_.records_.push_back(r);
-    doc_.last_ = id;
+  // Opens a new record at file byte `raw_pos` when `code` is 0 (or nothing is open yet);
+  // `code_pos` is where its encoded tags start (binary files only). Then counts the tag.
+  void addTag(int code, std::string_view value, uint32_t raw_pos, uint32_t code_pos = 0) {
+    if (code == 0 || doc_.last_ == kNoRecord) {
+      closeRecord(raw_pos, code_pos);
+      Record r;
+      r.raw_begin = raw_pos;
+      if (code == 0) r.type = internType(value);
+      r.code_pos = code_pos;
+      r.prev = doc_.last_;
+      RecordId id = static_cast<RecordId>(doc_.records_.size());
+      if (doc_.last_ != kNoRecord) doc_.records_[doc_.last_].next = id;
+      if (doc_.first_ == kNoRecord) doc_.first_ = id;
+      doc_.records_.push_back(r);
+      doc_.last_ = id;
+    }
+    ++doc_.records_[doc_.last_].tag_count;
   }
-  void closeRecord(uint32_t raw_pos) {
-    if (doc_.last_ != kNoRecord) doc_.records_[doc_.last_].raw_end = raw_pos;
+  // The same structure name follows itself for long runs (entities of one kind).
+  uint16_t internType(std::string_view name) {
+    if (name != last_type_name_) {
+      last_type_ = doc_.internType(name);
+      last_type_name_ = doc_.type_names_[last_type_];
+    }
+    return last_type_;
   }
-  void pushTag(int code, TextRef value) {
+  void closeRecord(uint32_t raw_pos, uint32_t code_pos = 0) {
+    if (doc_.last_ == kNoRecord) return;
     Record& r = doc_.records_[doc_.last_];
-    r.first_tag = doc_.tags_.append(r.first_tag, {static_cast<int16_t>(code), value});
-    ++r.tag_count;
+    r.raw_end = raw_pos;
+    if (code_pos > r.code_pos) r.code_size = code_pos - r.code_pos;
   }
-  bool isEofRecord() const { return doc_.type(doc_.last_) == "EOF"; }
 
   Document& doc_;
   const std::string& name_;
+  uint16_t last_type_ = 0;
+  std::string_view last_type_name_;
 };
 
 base::Status DocumentBuilder::readAscii() {
@@ -133,10 +144,8 @@ base::Status DocumentBuilder::readAscii() {
       return errorAt(line + 1, "group code " + std::to_string(code) + " needs a number, found " +
                                    quoted(value));
     }
-    beginRecordIfNeeded(code, static_cast<uint32_t>(code_pos));
-    pushTag(code,
-            {static_cast<uint32_t>(value.data() - data), static_cast<uint32_t>(value.size())});
-    if (code == 0) seen_eof = isEofRecord();
+    addTag(code, value, static_cast<uint32_t>(code_pos));
+    if (code == 0) seen_eof = value == "EOF";
     line += 2;
   }
   if (doc_.last_ == kNoRecord) return errorAt(1, "the file is empty");
@@ -164,6 +173,8 @@ base::Status DocumentBuilder::readBinary() {
                                  ": the binary file is truncated");
   };
   char buf[32];
+  char hex[512];
+  std::string real_text;
   while (pos < size && !seen_eof) {
     size_t tag_pos = pos;
     int code;
@@ -179,14 +190,18 @@ base::Status DocumentBuilder::readBinary() {
       code = static_cast<int16_t>(data[pos] | (data[pos + 1] << 8));
       pos += 2;
     }
-    size_t value_start = decoded.size();
+    size_t code_start = decoded.size();
+    std::string_view value;
     auto need = [&](size_t n) { return pos + n <= size; };
+    auto number = [&](auto v) {
+      value = std::string_view(buf, std::to_chars(buf, buf + sizeof buf, v).ptr - buf);
+    };
     switch (valueKind(code)) {
       case ValueKind::kString: {
         const void* nul = std::memchr(data + pos, 0, size - pos);
         if (!nul) return truncated(tag_pos);
         size_t end = static_cast<const unsigned char*>(nul) - data;
-        decoded.append(reinterpret_cast<const char*>(data + pos), end - pos);
+        value = std::string_view(reinterpret_cast<const char*>(data + pos), end - pos);
         pos = end + 1;
         break;
       }
@@ -195,7 +210,8 @@ base::Status DocumentBuilder::readBinary() {
         double v;
         std::memcpy(&v, data + pos, 8);
         pos += 8;
-        decoded += formatDouble(v);
+        real_text = formatDouble(v);
+        value = real_text;
         break;
       }
       case ValueKind::kInt16: {
@@ -203,7 +219,7 @@ base::Status DocumentBuilder::readBinary() {
         int16_t v;
         std::memcpy(&v, data + pos, 2);
         pos += 2;
-        decoded.append(buf, std::to_chars(buf, buf + sizeof buf, v).ptr);
+        number(v);
         break;
       }
       case ValueKind::kInt32: {
@@ -211,7 +227,7 @@ base::Status DocumentBuilder::readBinary() {
         int32_t v;
         std::memcpy(&v, data + pos, 4);
         pos += 4;
-        decoded.append(buf, std::to_chars(buf, buf + sizeof buf, v).ptr);
+        number(v);
         break;
       }
       case ValueKind::kInt64: {
@@ -219,12 +235,12 @@ base::Status DocumentBuilder::readBinary() {
         int64_t v;
         std::memcpy(&v, data + pos, 8);
         pos += 8;
-        decoded.append(buf, std::to_chars(buf, buf + sizeof buf, v).ptr);
+        number(v);
         break;
       }
       case ValueKind::kBool: {
         if (!need(1)) return truncated(tag_pos);
-        decoded.append(buf, std::to_chars(buf, buf + sizeof buf, int{data[pos++]}).ptr);
+        number(int{data[pos++]});
         break;
       }
       case ValueKind::kBinary: {
@@ -233,26 +249,24 @@ base::Status DocumentBuilder::readBinary() {
         if (!need(n)) return truncated(tag_pos);
         static constexpr char kHex[] = "0123456789ABCDEF";
         for (size_t i = 0; i < n; ++i) {
-          decoded.push_back(kHex[data[pos + i] >> 4]);
-          decoded.push_back(kHex[data[pos + i] & 15]);
+          hex[2 * i] = kHex[data[pos + i] >> 4];
+          hex[2 * i + 1] = kHex[data[pos + i] & 15];
         }
+        value = std::string_view(hex, 2 * n);
         pos += n;
         break;
       }
     }
+    addTag(code, value, static_cast<uint32_t>(tag_pos), static_cast<uint32_t>(code_start));
+    encodeTag(code, value, decoded);
     if (decoded.size() > TextStore::kMaxBase) {
       return base::Status::invalid(name_ + ": the drawing is larger than 2 GiB of text");
     }
-    beginRecordIfNeeded(code, static_cast<uint32_t>(tag_pos));
-    pushTag(code, {static_cast<uint32_t>(value_start),
-                   static_cast<uint32_t>(decoded.size() - value_start)});
-    if (code == 0) {
-      seen_eof = std::string_view(decoded).substr(value_start) == "EOF";
-    }
+    if (code == 0) seen_eof = value == "EOF";
   }
   if (doc_.last_ == kNoRecord) return truncated(pos);
   // The sentinel belongs to no record; the writer puts it back.
-  closeRecord(static_cast<uint32_t>(size));
+  closeRecord(static_cast<uint32_t>(size), static_cast<uint32_t>(decoded.size()));
   doc_.text_.ownBase(std::move(decoded));
   if (!seen_eof) return truncated(pos);
   return base::Status::ok();

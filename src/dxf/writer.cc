@@ -53,13 +53,6 @@ int hexDigit(char c) {
 
 }  // namespace
 
-// The value to write for `tag`: its own text, or the current $HANDSEED when `tag` is that
-// variable's value and handles were handed out since loading.
-static std::string_view tagText(const Document& doc, const Tag& tag, const Tag* handseed,
-                                const std::string& handseed_text) {
-  return &tag == handseed ? std::string_view(handseed_text) : doc.text(tag);
-}
-
 // Writes to a file descriptor through a buffer, so that saving never holds the whole
 // output in memory; the first failure is kept and later writes are dropped.
 class FileOut {
@@ -109,15 +102,17 @@ template <typename Out>
 void Document::writeTo(Out& out) const {
   if (format_ == Format::kBinary) out.append(kBinarySentinel);
 
-  // $HANDSEED is kept current only here, so that handing out handles costs nothing.
+  // $HANDSEED is kept current only here, so that handing out handles costs nothing. Its
+  // value is the tag after "9 $HANDSEED" in the header record.
   RecordId head = header();
-  const Tag* handseed = nullptr;
+  size_t handseed_at = SIZE_MAX;
   std::string handseed_text;
   if (head != kNoRecord && handles_allocated_) {
-    auto head_tags = tags(head);
-    for (size_t i = 0; i + 1 < head_tags.size(); ++i) {
-      if (head_tags[i].code == 9 && text(head_tags[i]) == "$HANDSEED") {
-        handseed = &head_tags[i + 1];
+    size_t index = 0;
+    for (const Tag& tag : scan(head)) {
+      ++index;
+      if (tag.code == 9 && text(tag) == "$HANDSEED") {
+        handseed_at = index;
         handseed_text = formatHandle(next_handle_);
         break;
       }
@@ -125,14 +120,25 @@ void Document::writeTo(Out& out) const {
   }
 
   const std::string_view eol = crlf_ ? "\r\n" : "\n";
-  for (RecordId id = first_; id != kNoRecord; id = records_[id].next) {
+  const std::string_view raw = raw_;
+  for (RecordId id = first_; id != kNoRecord;) {
     const Record& r = records_[id];
-    if (!r.changed && !(handseed && id == head)) {
-      out.append(std::string_view(raw_).substr(r.raw_begin, r.raw_end - r.raw_begin));
+    if (!r.changed && !(handseed_at != SIZE_MAX && id == head)) {
+      // Runs of unchanged records that lie one after another in the file go out in one piece.
+      uint32_t end = r.raw_end;
+      id = r.next;
+      while (id != kNoRecord && !records_[id].changed && records_[id].raw_begin == end &&
+             !(handseed_at != SIZE_MAX && id == head)) {
+        end = records_[id].raw_end;
+        id = records_[id].next;
+      }
+      out.append(raw.substr(r.raw_begin, end - r.raw_begin));
       continue;
     }
-    for (const Tag& tag : tags(id)) {
-      std::string_view value = tagText(*this, tag, handseed, handseed_text);
+    size_t index = 0;
+    for (const Tag& tag : scan(id)) {
+      std::string_view value =
+          id == head && index++ == handseed_at ? std::string_view(handseed_text) : text(tag);
       if (format_ == Format::kAscii) {
         out.append(codeText(tag.code, padded_codes_));
         out.append(eol);
@@ -187,6 +193,7 @@ void Document::writeTo(Out& out) const {
         }
       }
     }
+    id = r.next;
   }
 }
 

@@ -51,7 +51,8 @@ TEST(AttributesTest, InsertsFollowTheirDefinitions) {
   // DEPTH goes; a new MATERIAL definition comes, before ID in the block.
   dxf::eraseObject(*doc, findAttdef(*doc, "DEPTH"));
   dxf::RecordId id_def = findAttdef(*doc, "ID");
-  std::vector<dxf::Tag> tags(doc->tags(id_def).begin(), doc->tags(id_def).end());
+  dxf::TagList list = doc->tags(id_def);
+  std::vector<dxf::Tag> tags(list.begin(), list.end());
   dxf::RecordId material = doc->newRecord(tags);
   {
     dxf::RecordEdit edit(*doc, material);
@@ -98,7 +99,7 @@ TEST(AttributesTest, RemovingEveryDefinitionRemovesTheSequence) {
   ASSERT_TRUE(again.isOk()) << again.status().message();
   for (dxf::RecordId id : dxf::modelSpaceEntities(*again)) {
     if (again->type(id) != "INSERT" || again->value(id, 2) != "MANHOLE") continue;
-    EXPECT_EQ(again->find(id, 66), nullptr);
+    EXPECT_FALSE(again->find(id, 66));
     EXPECT_NE(again->type(again->next(id)), "SEQEND");
     EXPECT_NE(again->type(again->next(id)), "ATTRIB");
   }

@@ -88,7 +88,7 @@ std::vector<std::string> markersOf(const Document& doc, RecordId id) {
   return out;
 }
 
-bool hasCode(const Document& doc, RecordId id, int code) { return doc.find(id, code) != nullptr; }
+bool hasCode(const Document& doc, RecordId id, int code) { return doc.find(id, code).has_value(); }
 
 using Make = std::function<base::Result<RecordId>(Document&, const CommonProps&)>;
 

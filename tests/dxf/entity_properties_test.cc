@@ -304,7 +304,7 @@ TEST(EntityPropBackground, RegistersItsApplicationOnce) {
 
   dxf::RecordId hatch = entity(reread, h::kHatch);
   ASSERT_TRUE(dxf::setProperty(reread, hatch, Prop::kBackgroundColor, EntityColor{-1}).isOk());
-  EXPECT_EQ(reread.find(hatch, 1001), nullptr);
+  EXPECT_FALSE(reread.find(hatch, 1001));
 }
 
 TEST(EntityPropR12, ReadsAndWritesRecordsWithoutSubclassMarkers) {

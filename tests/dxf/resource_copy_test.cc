@@ -369,7 +369,7 @@ TEST(CopyResources, R12TargetGetsWhatItsFormatHolds) {
   // The complex linetype that layer MÜLL uses keeps its dashes only.
   RecordId gas = findTableEntry(copied, "LTYPE", L"GASLINE");
   ASSERT_NE(gas, kNoRecord);
-  EXPECT_EQ(copied.find(gas, 9), nullptr);
+  EXPECT_FALSE(copied.find(gas, 9));
   EXPECT_EQ(copied.intValue(gas, 73, 0), 3);
 }
 

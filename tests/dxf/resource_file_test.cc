@@ -237,7 +237,7 @@ TEST(ImportResources, KeepsPatternsAndWritesWhatTheDrawingHolds) {
   EXPECT_EQ(doc.value(gas, 340), "11");  // the drawing's "Standard"
   EXPECT_EQ(doc.intValue(gas, 73, 0), 3);
   EXPECT_NEAR(doc.realValue(gas, 40, 0), 0.95, 1e-12);
-  EXPECT_EQ(doc.find(findTableEntry(doc, "LTYPE", L"FENCE"), 340), nullptr);
+  EXPECT_FALSE(doc.find(findTableEntry(doc, "LTYPE", L"FENCE"), 340));
   RecordId wall = findStyle(doc, L"ACAD_MLINESTYLE", L"DOUBLE_WALL");
   ASSERT_NE(wall, kNoRecord);
   std::vector<std::string> linetypes;
@@ -299,8 +299,8 @@ TEST(ImportResources, R12DrawingsTakeLinetypesButNoMultilineStyles) {
   ASSERT_TRUE(lin.isOk()) << lin.status().message();
   RecordId gas = findTableEntry(doc, "LTYPE", L"GAS_LINE");
   ASSERT_NE(gas, kNoRecord);
-  EXPECT_EQ(doc.find(gas, 100), nullptr);
-  EXPECT_EQ(doc.find(gas, 74), nullptr);
+  EXPECT_FALSE(doc.find(gas, 100));
+  EXPECT_FALSE(doc.find(gas, 74));
   auto mln = db.importResources(base::fromUtf8(dataPath("sample.mln")), host::kResourceMlineStyles,
                                 {{host::kResourceMlineStyles, {L"AXIS"}}});
   ASSERT_FALSE(mln.isOk());

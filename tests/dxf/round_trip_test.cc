@@ -43,7 +43,8 @@ TEST_P(CorpusRoundTrip, RecordsWrittenFromTagsReadBackTheSame) {
   ASSERT_TRUE(doc.isOk()) << doc.status().message();
   for (dxf::RecordId id = doc->first(); id != dxf::kNoRecord; id = doc->next(id)) {
     if (doc->type(id) == "EOF") continue;  // carries whatever trails the file
-    std::vector<dxf::Tag> tags(doc->tags(id).begin(), doc->tags(id).end());
+    dxf::TagList list = doc->tags(id);
+    std::vector<dxf::Tag> tags(list.begin(), list.end());
     doc->setTags(id, tags);
   }
   std::string out = doc->serialize();

@@ -1,0 +1,117 @@
+// A record's tags as callers see them, and the two forms they are kept in: the file's own
+// ASCII lines, read again when asked for (an unchanged record costs no memory of its own),
+// and a compact encoding for records read from binary files or made or changed since.
+#pragma once
+
+#include <cstdint>
+#include <cstring>
+#include <memory>
+#include <span>
+#include <string>
+#include <string_view>
+
+#include "dxf/text_store.h"
+
+namespace dxf {
+
+struct Tag {
+  int16_t code = 0;
+  TextRef value;
+};
+
+// Where a record's tags lie. `bytes` starts at text position `pos` (the file itself for
+// ASCII lines, the text store for encodings) and holds `count` tags.
+struct TagSource {
+  const char* bytes = nullptr;
+  uint32_t pos = 0;
+  uint32_t size = 0;
+  uint32_t count = 0;
+  bool ascii = false;
+};
+
+// The tags of one record, decoded one at a time as the range is walked. Nothing is copied,
+// so a scan is for reading a record straight through; it must not outlive a change to the
+// record (TagList keeps a copy).
+class TagScan {
+ public:
+  class iterator {
+   public:
+    using value_type = Tag;
+    using difference_type = std::ptrdiff_t;
+    iterator() = default;
+    explicit iterator(const TagSource& source);
+    const Tag& operator*() const { return tag_; }
+    const Tag* operator->() const { return &tag_; }
+    iterator& operator++() {
+      advance();
+      return *this;
+    }
+    void operator++(int) { advance(); }
+    bool operator==(std::default_sentinel_t) const { return left_ == 0; }
+
+   private:
+    void advance() {
+      if (--left_ > 0) decode();
+    }
+    void decode();
+
+    const char* origin_ = nullptr;
+    const char* at_ = nullptr;
+    const char* end_ = nullptr;
+    uint32_t origin_pos_ = 0;
+    uint32_t left_ = 0;  // tags from the current one on
+    bool ascii_ = false;
+    Tag tag_;
+  };
+
+  TagScan() = default;
+  explicit TagScan(const TagSource& source) : source_(source) {}
+  iterator begin() const { return iterator(source_); }
+  std::default_sentinel_t end() const { return {}; }
+  uint32_t size() const { return source_.count; }
+  bool empty() const { return source_.count == 0; }
+
+ private:
+  TagSource source_;
+};
+
+// A decoded copy of a record's tags: random access, and valid whatever happens to the
+// drawing afterwards. Most records fit the inline room, so taking one allocates nothing.
+class TagList {
+ public:
+  explicit TagList(const TagScan& scan);
+  TagList(const TagList& other) { assign(other.data(), other.size()); }
+  TagList& operator=(const TagList& other) {
+    if (this != &other) assign(other.data(), other.size());
+    return *this;
+  }
+
+  const Tag* data() const { return heap_ ? heap_.get() : inline_; }
+  const Tag* begin() const { return data(); }
+  const Tag* end() const { return data() + size_; }
+  size_t size() const { return size_; }
+  bool empty() const { return size_ == 0; }
+  const Tag& operator[](size_t i) const { return data()[i]; }
+  const Tag& front() const { return data()[0]; }
+  const Tag& back() const { return data()[size_ - 1]; }
+  // Only from a named list: a span of a temporary would outlive its tags.
+  operator std::span<const Tag>() const& { return {data(), size_}; }
+  operator std::span<const Tag>() const&& = delete;
+
+ private:
+  static constexpr size_t kInline = 24;
+  void assign(const Tag* tags, size_t count);
+  Tag* reserve(size_t count);
+
+  uint32_t size_ = 0;
+  std::unique_ptr<Tag[]> heap_;
+  Tag inline_[kInline];
+};
+
+// Appends the compact encoding of `tags` (values read through `text`) to `out`: per tag its
+// code (two bytes, little-endian), its value's length (LEB128) and the value's bytes.
+void encodeTags(std::span<const Tag> tags, const TextStore& text, std::string& out);
+// Appends one tag's encoding.
+void encodeTag(int code, std::string_view value, std::string& out);
+
+}  // namespace dxf
