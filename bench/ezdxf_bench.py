@@ -21,12 +21,9 @@ import sys
 import tempfile
 import time
 
-TASKS = ("load", "save", "xrecords", "classify")
+TASKS = ("load", "save", "xrecords")
 # The same values dxf_bench writes: text, real, integer, point.
 XRECORD_VALUES = [(1, "abc"), (40, 1.5), (90, 7), (10, (1.0, 2.0, 3.0))]
-# What classifying with bench/record_bench_classes.txt stores per entity: key, integer,
-# real, two texts, in one XRECORD named after the table.
-CLASSIFY_VALUES = [(90, 7), (40, 1.0), (1, "abc"), (1, "surveyed")]
 
 
 def run_task(task, path):
@@ -48,17 +45,7 @@ def run_task(task, path):
             entities += 1
         edit_s = time.perf_counter() - start
 
-    if task == "classify":
-        start = time.perf_counter()
-        for entity in doc.modelspace():
-            xdict = (entity.get_extension_dict() if entity.has_extension_dict
-                     else entity.new_extension_dict())
-            xrecord = xdict.add_xrecord("BENCH")
-            xrecord.extend([(1, entity.dxftype())] + CLASSIFY_VALUES)
-            entities += 1
-        edit_s = time.perf_counter() - start
-
-    if task in ("save", "xrecords", "classify"):
+    if task in ("save", "xrecords"):
         fd, out = tempfile.mkstemp(prefix="ezdxf_bench_", suffix=".dxf")
         os.close(fd)
         try:
