@@ -98,6 +98,17 @@ double Document::realValue(RecordId id, int code, double fallback) const {
   return tag && parseDouble(text(*tag), out) ? out : fallback;
 }
 
+Tag Document::makeTag(int code, std::string_view raw_text) {
+  constexpr size_t kShort = 32;
+  if (raw_text.size() > kShort) return {static_cast<int16_t>(code), text_.add(raw_text)};
+  if (value_cache_.empty()) value_cache_.assign(kValueCacheSize, TextRef{UINT32_MAX, 0});
+  TextRef& cached = value_cache_[std::hash<std::string_view>()(raw_text) % kValueCacheSize];
+  if (cached.pos == UINT32_MAX || cached.len != raw_text.size() || text_.view(cached) != raw_text) {
+    cached = text_.add(raw_text);
+  }
+  return {static_cast<int16_t>(code), cached};
+}
+
 Tag Document::makeTag(int code, double value) { return makeTag(code, formatDouble(value)); }
 Tag Document::makeTag(int code, int64_t value) { return makeTag(code, formatInt(value)); }
 
@@ -107,16 +118,85 @@ static Handle findOwnHandle(const Document& doc, RecordId id) {
   return factsOf(doc, doc.scan(id)).own_handle;
 }
 
-// A new encoding every time: the old one may still be read through text views handed out.
+// The splice header: the index of the first new tag, the file offset (from the record's
+// first byte) where they go, the count of the file's tags; then the new tags.
+TagSource Document::splicedSource(const Record& r, uint32_t* insert_at) const {
+  std::string_view code = text_.view({r.code_pos, r.code_size});
+  const char* at = code.data();
+  const char* end = at + code.size();
+  uint32_t first_new = decodeVarint(at, end);
+  uint32_t offset = std::min(decodeVarint(at, end), r.raw_end - r.raw_begin);
+  uint32_t file_tags = std::min(decodeVarint(at, end), r.tag_count);
+  first_new = std::min(first_new, file_tags);
+  if (insert_at != nullptr) *insert_at = offset;
+  TagSource source;
+  source.part_count = 3;
+  const char* raw = raw_.data() + r.raw_begin;
+  source.parts[0] = {raw, r.raw_begin, offset, first_new, true};
+  auto header = static_cast<uint32_t>(at - code.data());
+  source.parts[1] = {at, r.code_pos + header, r.code_size - header, r.tag_count - file_tags, false};
+  source.parts[2] = {raw + offset, r.raw_begin + offset, r.raw_end - r.raw_begin - offset,
+                     file_tags - first_new, true};
+  return source;
+}
+
+bool Document::trySplice(RecordId id, std::span<const Tag> tags) {
+  Record& r = records_[id];
+  // Only a record read from the file has bytes to keep.
+  if (r.changed || r.spliced || r.raw_end == r.raw_begin || format_ != Format::kAscii ||
+      tags.size() <= r.tag_count) {
+    return false;
+  }
+  auto same = [](const Tag& a, const Tag& b) {
+    return a.code == b.code && a.value.pos == b.value.pos && a.value.len == b.value.len;
+  };
+  TagScan old = scan(id);
+  size_t first_new = 0;
+  uint32_t offset = r.raw_end - r.raw_begin;
+  for (auto it = old.begin(); it != old.end(); ++it, ++first_new) {
+    if (!same(*it, tags[first_new])) {
+      offset = it.position() - r.raw_begin;
+      break;
+    }
+  }
+  size_t file_tags = r.tag_count;
+  size_t added = tags.size() - file_tags;
+  size_t index = 0;
+  for (const Tag& tag : old) {
+    if (index >= first_new && !same(tag, tags[index + added])) return false;
+    ++index;
+  }
+  encode_scratch_.clear();
+  encodeVarint(static_cast<uint32_t>(first_new), encode_scratch_);
+  encodeVarint(offset, encode_scratch_);
+  encodeVarint(static_cast<uint32_t>(file_tags), encode_scratch_);
+  encodeTags(tags.subspan(first_new, added), text_, encode_scratch_);
+  TextRef code = text_.add(encode_scratch_, TextStore::Lane::kEncodings);
+  r.code_pos = code.pos;
+  r.code_size = code.len;
+  r.tag_count = static_cast<uint32_t>(tags.size());
+  r.spliced = true;
+  return true;
+}
+
+// The record made or changed last is rewritten where it lies: an operation that makes an
+// object fills it in several edits. Any other record gets a new encoding.
 void Document::setTags(RecordId id, std::span<const Tag> tags) {
+  if (trySplice(id, tags)) {
+    noteTags(id, tags);
+    return;
+  }
   encode_scratch_.clear();
   encodeTags(tags, text_, encode_scratch_);
-  TextRef code = text_.add(encode_scratch_);
   Record& r = records_[id];
+  std::optional<TextRef> in_place;
+  if (r.changed) in_place = text_.replaceLast({r.code_pos, r.code_size}, encode_scratch_);
+  TextRef code = in_place ? *in_place : text_.add(encode_scratch_, TextStore::Lane::kEncodings);
   r.code_pos = code.pos;
   r.code_size = code.len;
   r.tag_count = static_cast<uint32_t>(tags.size());
   r.changed = true;
+  r.spliced = false;
   noteTags(id, tags);
 }
 
@@ -223,11 +303,15 @@ RecordId Document::byHandle(Handle handle) const {
 }
 
 void Document::buildDenseIndex() {
+  handle_count_ = handles_.size();
   dense_ = handles_.empty() || denseEnough(handles_.back().first);
   dense_handles_.clear();
-  if (!dense_ || handles_.empty()) return;
-  dense_handles_.assign(handles_.back().first + 1, kNoRecord);
-  for (const auto& [handle, id] : handles_) dense_handles_[handle] = id;
+  if (!dense_) return;
+  if (!handles_.empty()) {
+    dense_handles_.assign(handles_.back().first + 1, kNoRecord);
+    for (const auto& [handle, id] : handles_) dense_handles_[handle] = id;
+  }
+  handles_ = {};  // the direct index answers alone
 }
 
 Handle Document::allocateHandle() {
@@ -237,31 +321,39 @@ Handle Document::allocateHandle() {
 
 void Document::indexHandle(RecordId id, Handle handle) {
   records_[id].handle = handle;
-  if (dense_) {
-    if (handle >= dense_handles_.size()) {
-      if (denseEnough(handle)) {
-        dense_handles_.resize(std::max<size_t>(handle + 1, dense_handles_.size() * 3 / 2),
-                              kNoRecord);
-      } else {
-        dense_ = false;
-        dense_handles_ = {};
+  if (handle >= next_handle_) next_handle_ = handle + 1;
+  if (dense_ && handle >= dense_handles_.size()) {
+    if (denseEnough(handle)) {
+      dense_handles_.resize(std::max<size_t>(handle + 1, dense_handles_.size() * 3 / 2),
+                            kNoRecord);
+    } else {
+      // Too sparse from now on: the sorted list takes over.
+      dense_ = false;
+      for (Handle h = 0; h < dense_handles_.size(); ++h) {
+        if (dense_handles_[h] != kNoRecord) handles_.emplace_back(h, dense_handles_[h]);
       }
+      dense_handles_ = {};
     }
-    if (dense_) dense_handles_[handle] = id;
+  }
+  if (dense_) {
+    if (dense_handles_[handle] == kNoRecord) ++handle_count_;
+    dense_handles_[handle] = id;
+    return;
   }
   auto entry = std::make_pair(handle, id);
   if (handles_.empty() || handles_.back().first < handle) {
     handles_.push_back(entry);
-  } else {
-    auto it =
-        std::lower_bound(handles_.begin(), handles_.end(), std::make_pair(handle, RecordId{0}));
-    if (it != handles_.end() && it->first == handle) {
-      it->second = id;
-    } else {
-      handles_.insert(it, entry);
-    }
+    ++handle_count_;
+    return;
   }
-  if (handle >= next_handle_) next_handle_ = handle + 1;
+  auto it =
+      std::lower_bound(handles_.begin(), handles_.end(), std::make_pair(handle, RecordId{0}));
+  if (it != handles_.end() && it->first == handle) {
+    it->second = id;
+  } else {
+    handles_.insert(it, entry);
+    ++handle_count_;
+  }
 }
 
 Span Document::section(std::string_view name) const {

@@ -39,6 +39,9 @@ struct Record {
   bool changed : 1 = false;  // tags no longer match the raw bytes (or there never were any)
   bool erased : 1 = false;   // unlinked from the file; kept so that ids stay valid
   bool paper : 1 = false;    // an entity flagged as paper space (67)
+  // Unchanged but for tags inserted at one place: the encoding at code_pos holds where
+  // (see Document::splicedSource) and the new tags; the rest is still the file's bytes.
+  bool spliced : 1 = false;
   Handle handle = 0;
   Handle xdict = 0;  // the extension dictionary its tags name, 0 if none
 };
@@ -88,19 +91,22 @@ class Document {
   bool isR12() const { return version_ <= "AC1009"; }
   const Codec& codec() const { return codec_; }
 
-  // --- Records and tags. Text views stay valid while the drawing changes; a tag list is a
-  // copy of the tags the record had when it was taken, a scan reads them where they lie.
+  // --- Records and tags. Text views stay valid while the drawing changes, with one
+  // exception: the record changed last is rewritten in place by its next change, so views
+  // of its values must not be held across that. A tag list is a copy of the tags the record
+  // had when it was taken; a scan reads them where they lie.
   const Record& record(RecordId id) const { return records_[id]; }
   size_t recordCount() const { return records_.size(); }
   TagList tags(RecordId id) const { return TagList(scan(id)); }
   TagScan scan(RecordId id) const {
     const Record& r = records_[id];
+    if (r.spliced) return TagScan(splicedSource(r));
     if (!r.changed && format_ == Format::kAscii) {
-      return TagScan({raw_.data() + r.raw_begin, r.raw_begin, r.raw_end - r.raw_begin,
-                      r.tag_count, true});
+      return TagScan(TagSource({raw_.data() + r.raw_begin, r.raw_begin, r.raw_end - r.raw_begin,
+                                r.tag_count, true}));
     }
-    return TagScan({text_.view({r.code_pos, r.code_size}).data(), r.code_pos, r.code_size,
-                    r.tag_count, false});
+    return TagScan(TagSource({text_.view({r.code_pos, r.code_size}).data(), r.code_pos,
+                              r.code_size, r.tag_count, false}));
   }
   std::string_view text(const Tag& tag) const { return text_.view(tag.value); }
   std::string_view text(TextRef ref) const { return text_.view(ref); }
@@ -119,9 +125,7 @@ class Document {
   double realValue(RecordId id, int code, double fallback) const;
 
   // --- Changes.
-  Tag makeTag(int code, std::string_view raw_text) {
-    return {static_cast<int16_t>(code), text_.add(raw_text)};
-  }
+  Tag makeTag(int code, std::string_view raw_text);
   Tag makeTag(int code, double value);
   Tag makeTag(int code, int64_t value);
   // Replaces all tags of `id` (in place when they fit); the record is written from its tags
@@ -166,7 +170,7 @@ class Document {
 
  private:
   // Whether a direct index up to `handle` stays within a few slots per handle.
-  bool denseEnough(Handle handle) const { return handle <= 4 * handles_.size() + 4096; }
+  bool denseEnough(Handle handle) const { return handle <= 4 * handle_count_ + 4096; }
   void buildDenseIndex();
   friend class DocumentBuilder;
 
@@ -183,6 +187,13 @@ class Document {
   // its tags.
   void noteTags(RecordId id, std::span<const Tag> tags);
 
+  // A spliced record's three runs of tags; `insert_at`, when given, receives the file
+  // offset (from raw_begin) at which the new tags go.
+  TagSource splicedSource(const Record& r, uint32_t* insert_at = nullptr) const;
+  // Keeps an unchanged ASCII record as its file bytes when `tags` are its tags with some
+  // inserted at one place; returns false (nothing done) otherwise.
+  bool trySplice(RecordId id, std::span<const Tag> tags);
+
   base::Status buildStructure(const std::string& name);
   // `candidates` are the records with an extension dictionary group.
   base::Status checkExtensionDictionaries(const std::string& name,
@@ -196,6 +207,10 @@ class Document {
   std::string raw_;  // the file as read
   TextStore text_;
   std::string encode_scratch_;
+  // Recent short values made for edits, by hash: the same names, flags and defaults are
+  // made again for every object an operation writes, and are kept once.
+  static constexpr size_t kValueCacheSize = 4096;
+  std::vector<TextRef> value_cache_;
   // Structure names, few and repeated by every record: each kept once, index 0 being "".
   std::deque<std::string> type_names_ = {std::string()};  // a deque: names never move
   std::unordered_map<std::string_view, uint16_t> type_index_;
@@ -210,7 +225,9 @@ class Document {
   std::string version_;
   Codec codec_;
 
-  std::vector<std::pair<Handle, RecordId>> handles_;  // sorted by handle
+  // Sorted by handle; only while the handles are too sparse for the direct index.
+  std::vector<std::pair<Handle, RecordId>> handles_;
+  size_t handle_count_ = 0;
   // Record by handle, indexed directly, while the handles are dense enough (as writers
   // allocate them, counting up): commands look handles up for every entity they visit.
   // Empty when the handles are too sparse; handles_ answers then.

@@ -4,20 +4,27 @@
 
 namespace dxf {
 
-TagScan::iterator::iterator(const TagSource& source)
-    : origin_(source.bytes),
-      at_(source.bytes),
-      end_(source.bytes + source.size),
-      origin_pos_(source.pos),
-      left_(source.count),
-      ascii_(source.ascii) {
-  if (left_ > 0) decode();
+TagScan::iterator::iterator(const TagSource& source) : source_(source) { enterPart(0); }
+
+void TagScan::iterator::enterPart(int part) {
+  for (part_ = part; part_ < source_.part_count; ++part_) {
+    const TagSegment& segment = source_.parts[part_];
+    if (segment.count == 0) continue;
+    origin_ = at_ = segment.bytes;
+    end_ = segment.bytes + segment.size;
+    origin_pos_ = segment.pos;
+    left_ = segment.count;
+    ascii_ = segment.ascii;
+    decode();
+    return;
+  }
 }
 
 // The reader checked every line when the file was loaded, so decoding only has to stay
 // within the record's bytes.
 void TagScan::iterator::decode() {
   const char* p = at_;
+  start_pos_ = origin_pos_ + static_cast<uint32_t>(p - origin_);
   if (ascii_) {
     while (p < end_ && (*p == ' ' || *p == '\t')) ++p;
     bool negative = p < end_ && *p == '-';
@@ -36,7 +43,7 @@ void TagScan::iterator::decode() {
     return;
   }
   if (end_ - p < 3) {
-    left_ = 1;  // a damaged encoding ends the scan rather than reading past it
+    part_ = source_.part_count;  // a damaged encoding ends the scan rather than reading past it
     tag_ = {};
     return;
   }
@@ -44,12 +51,7 @@ void TagScan::iterator::decode() {
   auto hi = static_cast<unsigned char>(p[1]);
   tag_.code = static_cast<int16_t>(lo | (hi << 8));
   p += 2;
-  uint32_t length = 0;
-  for (int shift = 0; p < end_ && shift < 35; shift += 7) {
-    auto byte = static_cast<unsigned char>(*p++);
-    length |= static_cast<uint32_t>(byte & 0x7F) << shift;
-    if ((byte & 0x80) == 0) break;
-  }
+  uint32_t length = decodeVarint(p, end_);
   length = std::min<uint32_t>(length, static_cast<uint32_t>(end_ - p));
   tag_.value = {origin_pos_ + static_cast<uint32_t>(p - origin_), length};
   at_ = p + length;
@@ -77,16 +79,29 @@ void TagList::assign(const Tag* tags, size_t count) {
   size_ = static_cast<uint32_t>(count);
 }
 
+void encodeVarint(uint32_t value, std::string& out) {
+  while (value >= 0x80) {
+    out.push_back(static_cast<char>((value & 0x7F) | 0x80));
+    value >>= 7;
+  }
+  out.push_back(static_cast<char>(value));
+}
+
+uint32_t decodeVarint(const char*& at, const char* end) {
+  uint32_t value = 0;
+  for (int shift = 0; at < end && shift < 35; shift += 7) {
+    auto byte = static_cast<unsigned char>(*at++);
+    value |= static_cast<uint32_t>(byte & 0x7F) << shift;
+    if ((byte & 0x80) == 0) break;
+  }
+  return value;
+}
+
 void encodeTag(int code, std::string_view value, std::string& out) {
   auto bits = static_cast<uint16_t>(static_cast<int16_t>(code));
   out.push_back(static_cast<char>(bits & 0xFF));
   out.push_back(static_cast<char>(bits >> 8));
-  auto length = static_cast<uint32_t>(value.size());
-  while (length >= 0x80) {
-    out.push_back(static_cast<char>((length & 0x7F) | 0x80));
-    length >>= 7;
-  }
-  out.push_back(static_cast<char>(length));
+  encodeVarint(static_cast<uint32_t>(value.size()), out);
   out.append(value);
 }
 

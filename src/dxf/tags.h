@@ -19,14 +19,30 @@ struct Tag {
   TextRef value;
 };
 
-// Where a record's tags lie. `bytes` starts at text position `pos` (the file itself for
+// A run of a record's tags: `bytes` starts at text position `pos` (the file itself for
 // ASCII lines, the text store for encodings) and holds `count` tags.
-struct TagSource {
+struct TagSegment {
   const char* bytes = nullptr;
   uint32_t pos = 0;
   uint32_t size = 0;
   uint32_t count = 0;
   bool ascii = false;
+};
+
+// Where a record's tags lie: one run, or three when tags were inserted into an unchanged
+// record (its lines before the insertion, the encoded new tags, its lines after).
+struct TagSource {
+  static constexpr int kMaxParts = 3;
+  TagSegment parts[kMaxParts];
+  int part_count = 0;
+
+  TagSource() = default;
+  explicit TagSource(const TagSegment& only) : parts{only}, part_count(1) {}
+  uint32_t count() const {
+    uint32_t n = 0;
+    for (int i = 0; i < part_count; ++i) n += parts[i].count;
+    return n;
+  }
 };
 
 // The tags of one record, decoded one at a time as the range is walked. Nothing is copied,
@@ -47,32 +63,44 @@ class TagScan {
       return *this;
     }
     void operator++(int) { advance(); }
-    bool operator==(std::default_sentinel_t) const { return left_ == 0; }
+    bool operator==(std::default_sentinel_t) const { return part_ >= source_.part_count; }
+    // The text position of the current tag's first byte (an ASCII tag's code line).
+    uint32_t position() const { return start_pos_; }
 
    private:
     void advance() {
-      if (--left_ > 0) decode();
+      if (--left_ > 0) {
+        decode();
+      } else {
+        enterPart(part_ + 1);
+      }
     }
+    // Moves to the first tag of part `part` or, when it has none, of a later one.
+    void enterPart(int part);
     void decode();
 
+    TagSource source_;
+    int part_ = 0;
     const char* origin_ = nullptr;
     const char* at_ = nullptr;
     const char* end_ = nullptr;
     uint32_t origin_pos_ = 0;
-    uint32_t left_ = 0;  // tags from the current one on
+    uint32_t start_pos_ = 0;
+    uint32_t left_ = 0;  // tags of the part from the current one on
     bool ascii_ = false;
     Tag tag_;
   };
 
   TagScan() = default;
-  explicit TagScan(const TagSource& source) : source_(source) {}
+  explicit TagScan(const TagSource& source) : source_(source), size_(source.count()) {}
   iterator begin() const { return iterator(source_); }
   std::default_sentinel_t end() const { return {}; }
-  uint32_t size() const { return source_.count; }
-  bool empty() const { return source_.count == 0; }
+  uint32_t size() const { return size_; }
+  bool empty() const { return size_ == 0; }
 
  private:
   TagSource source_;
+  uint32_t size_ = 0;
 };
 
 // A decoded copy of a record's tags: random access, and valid whatever happens to the
@@ -113,5 +141,8 @@ class TagList {
 void encodeTags(std::span<const Tag> tags, const TextStore& text, std::string& out);
 // Appends one tag's encoding.
 void encodeTag(int code, std::string_view value, std::string& out);
+// Appends `value` in LEB128 / reads it from [at, end), advancing `at` (0 when cut short).
+void encodeVarint(uint32_t value, std::string& out);
+uint32_t decodeVarint(const char*& at, const char* end);
 
 }  // namespace dxf

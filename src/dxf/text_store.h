@@ -1,16 +1,19 @@
-// The bytes of every tag value: the file's own text plus the values added since loading.
+// The bytes of every tag value: the file's own text plus the values and record encodings
+// added since loading.
 #pragma once
 
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
 
 namespace dxf {
 
-// Where one value's bytes live. Views handed out stay valid for the store's lifetime, so
-// callers may hold a name while they edit the drawing.
+// Where one value's bytes live. Views handed out stay valid for the store's lifetime (only
+// the last encoding may be rewritten in place), so callers may hold a name while they edit
+// the drawing.
 struct TextRef {
   uint32_t pos = 0;
   uint32_t len = 0;
@@ -20,6 +23,10 @@ class TextStore {
  public:
   // The largest file text the 32-bit positions can address, with room left for additions.
   static constexpr uint64_t kMaxBase = uint64_t{1} << 31;
+
+  // Values made for edits and the encodings of whole records fill chunks of their own, so
+  // that the records an operation makes lie next to one another.
+  enum class Lane { kValues, kEncodings };
 
   TextStore() = default;
   TextStore(const TextStore&) = delete;
@@ -41,18 +48,29 @@ class TextStore {
     return {chunks_[off >> kChunkBits].get() + (off & (kChunkSize - 1)), ref.len};
   }
 
-  TextRef add(std::string_view text);
+  TextRef add(std::string_view text, Lane lane = Lane::kValues);
+  // Puts `text` where `ref` lies when `ref` is the last text added to the encodings lane
+  // and its chunk has room; returns the new place, or nothing (then nothing changed).
+  std::optional<TextRef> replaceLast(TextRef ref, std::string_view text);
 
   std::string_view base() const { return base_; }
 
  private:
   static constexpr int kChunkBits = 20;
   static constexpr uint64_t kChunkSize = uint64_t{1} << kChunkBits;
+  static constexpr uint64_t kNoChunk = UINT64_MAX;
+
+  struct Cursor {
+    uint64_t chunk = kNoChunk;  // the chunk the lane fills
+    uint64_t used = 0;          // bytes of it handed out
+  };
+  uint64_t chunkStart(uint64_t chunk) const { return base_.size() + chunk * kChunkSize; }
 
   std::string_view base_;
   std::string owned_base_;
+  // One per address slot; a value longer than a slot owns the first of the slots it spans.
   std::vector<std::unique_ptr<char[]>> chunks_;
-  uint64_t used_ = 0;  // bytes of the address space after base_ handed out or skipped
+  Cursor lanes_[2];
 };
 
 }  // namespace dxf

@@ -123,11 +123,12 @@ void Document::writeTo(Out& out) const {
   const std::string_view raw = raw_;
   for (RecordId id = first_; id != kNoRecord;) {
     const Record& r = records_[id];
-    if (!r.changed && !(handseed_at != SIZE_MAX && id == head)) {
+    if (!r.changed && !r.spliced && !(handseed_at != SIZE_MAX && id == head)) {
       // Runs of unchanged records that lie one after another in the file go out in one piece.
       uint32_t end = r.raw_end;
       id = r.next;
-      while (id != kNoRecord && !records_[id].changed && records_[id].raw_begin == end &&
+      while (id != kNoRecord && !records_[id].changed && !records_[id].spliced &&
+             records_[id].raw_begin == end &&
              !(handseed_at != SIZE_MAX && id == head)) {
         end = records_[id].raw_end;
         id = records_[id].next;
@@ -135,10 +136,26 @@ void Document::writeTo(Out& out) const {
       out.append(raw.substr(r.raw_begin, end - r.raw_begin));
       continue;
     }
+    const bool handseed_here = id == head && handseed_at != SIZE_MAX;
+    if (r.spliced && !handseed_here) {
+      // The file's bytes around the new tags, which are written as any changed tag.
+      uint32_t insert_at = 0;
+      TagSource parts = splicedSource(r, &insert_at);
+      out.append(raw.substr(r.raw_begin, insert_at));
+      for (const Tag& tag : TagScan(TagSource(parts.parts[1]))) {
+        out.append(codeText(tag.code, padded_codes_));
+        out.append(eol);
+        out.append(text(tag));
+        out.append(eol);
+      }
+      out.append(raw.substr(r.raw_begin + insert_at, r.raw_end - r.raw_begin - insert_at));
+      id = r.next;
+      continue;
+    }
     size_t index = 0;
     for (const Tag& tag : scan(id)) {
       std::string_view value =
-          id == head && index++ == handseed_at ? std::string_view(handseed_text) : text(tag);
+          handseed_here && index++ == handseed_at ? std::string_view(handseed_text) : text(tag);
       if (format_ == Format::kAscii) {
         out.append(codeText(tag.code, padded_codes_));
         out.append(eol);
