@@ -118,6 +118,34 @@ static Handle findOwnHandle(const Document& doc, RecordId id) {
   return factsOf(doc, doc.scan(id)).own_handle;
 }
 
+void Document::encode(std::span<const Tag> tags, std::string& out) {
+  constexpr size_t kMaxShared = 1 << 16;
+  constexpr size_t kLongest = 64;
+  for (const Tag& tag : tags) {
+    std::string_view value = text_.view(tag.value);
+    bool recurring = tag.code == 0 || tag.code == 2 || tag.code == 3 || tag.code == 6 ||
+                     tag.code == 7 || tag.code == 8 || tag.code == 100 || tag.code == 102 ||
+                     tag.code == 1001;
+    if (!recurring || value.empty() || value.size() > kLongest) {
+      encodeTag(tag.code, value, out);
+      continue;
+    }
+    auto it = shared_index_.find(value);
+    if (it == shared_index_.end()) {
+      // Reserved whole at once: scans read the list while it grows.
+      if (shared_.capacity() < kMaxShared) shared_.reserve(kMaxShared);
+      if (shared_.size() >= kMaxShared) {
+        encodeTag(tag.code, value, out);
+        continue;
+      }
+      TextRef ref = text_.add(value);
+      it = shared_index_.emplace(text_.view(ref), static_cast<uint32_t>(shared_.size())).first;
+      shared_.push_back(ref);
+    }
+    encodeSharedTag(tag.code, it->second, out);
+  }
+}
+
 // The splice header: the index of the first new tag, the file offset (from the record's
 // first byte) where they go, the count of the file's tags; then the new tags.
 TagSource Document::splicedSource(const Record& r, uint32_t* insert_at) const {
@@ -132,11 +160,12 @@ TagSource Document::splicedSource(const Record& r, uint32_t* insert_at) const {
   TagSource source;
   source.part_count = 3;
   const char* raw = raw_.data() + r.raw_begin;
-  source.parts[0] = {raw, r.raw_begin, offset, first_new, true};
+  source.parts[0] = {raw, r.raw_begin, offset, first_new, true, {}};
   auto header = static_cast<uint32_t>(at - code.data());
-  source.parts[1] = {at, r.code_pos + header, r.code_size - header, r.tag_count - file_tags, false};
+  source.parts[1] = {at,    r.code_pos + header,        r.code_size - header,
+                     r.tag_count - file_tags, false, shared_};
   source.parts[2] = {raw + offset, r.raw_begin + offset, r.raw_end - r.raw_begin - offset,
-                     file_tags - first_new, true};
+                     file_tags - first_new, true, {}};
   return source;
 }
 
@@ -170,7 +199,7 @@ bool Document::trySplice(RecordId id, std::span<const Tag> tags) {
   encodeVarint(static_cast<uint32_t>(first_new), encode_scratch_);
   encodeVarint(offset, encode_scratch_);
   encodeVarint(static_cast<uint32_t>(file_tags), encode_scratch_);
-  encodeTags(tags.subspan(first_new, added), text_, encode_scratch_);
+  encode(tags.subspan(first_new, added), encode_scratch_);
   TextRef code = text_.add(encode_scratch_, TextStore::Lane::kEncodings);
   r.code_pos = code.pos;
   r.code_size = code.len;
@@ -187,7 +216,7 @@ void Document::setTags(RecordId id, std::span<const Tag> tags) {
     return;
   }
   encode_scratch_.clear();
-  encodeTags(tags, text_, encode_scratch_);
+  encode(tags, encode_scratch_);
   Record& r = records_[id];
   std::optional<TextRef> in_place;
   if (r.changed) in_place = text_.replaceLast({r.code_pos, r.code_size}, encode_scratch_);

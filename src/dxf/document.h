@@ -103,10 +103,10 @@ class Document {
     if (r.spliced) return TagScan(splicedSource(r));
     if (!r.changed && format_ == Format::kAscii) {
       return TagScan(TagSource({raw_.data() + r.raw_begin, r.raw_begin, r.raw_end - r.raw_begin,
-                                r.tag_count, true}));
+                                r.tag_count, true, {}}));
     }
     return TagScan(TagSource({text_.view({r.code_pos, r.code_size}).data(), r.code_pos,
-                              r.code_size, r.tag_count, false}));
+                              r.code_size, r.tag_count, false, shared_}));
   }
   std::string_view text(const Tag& tag) const { return text_.view(tag.value); }
   std::string_view text(TextRef ref) const { return text_.view(ref); }
@@ -181,6 +181,10 @@ class Document {
   void link(RecordId pos, RecordId id);
   void unlinkQuietly(RecordId id);
 
+  // Appends the encoding of `tags` to `out`, naming the values that recur in every object
+  // (structure names, markers, keys, layer and style names) by their shared number.
+  void encode(std::span<const Tag> tags, std::string& out);
+
   // The index of structure name `name` (the text of a code 0 tag) in type_names_.
   uint16_t internType(std::string_view name);
   // Keeps the facts a record caches (type, extension dictionary, paper space) in step with
@@ -211,6 +215,9 @@ class Document {
   // made again for every object an operation writes, and are kept once.
   static constexpr size_t kValueCacheSize = 4096;
   std::vector<TextRef> value_cache_;
+  // Values that encodings name by number, each kept once (a bounded number of them).
+  std::vector<TextRef> shared_;
+  std::unordered_map<std::string_view, uint32_t> shared_index_;
   // Structure names, few and repeated by every record: each kept once, index 0 being "".
   std::deque<std::string> type_names_ = {std::string()};  // a deque: names never move
   std::unordered_map<std::string_view, uint16_t> type_index_;

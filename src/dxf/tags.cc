@@ -15,6 +15,7 @@ void TagScan::iterator::enterPart(int part) {
     origin_pos_ = segment.pos;
     left_ = segment.count;
     ascii_ = segment.ascii;
+    shared_ = segment.shared;
     decode();
     return;
   }
@@ -51,8 +52,14 @@ void TagScan::iterator::decode() {
   auto hi = static_cast<unsigned char>(p[1]);
   tag_.code = static_cast<int16_t>(lo | (hi << 8));
   p += 2;
-  uint32_t length = decodeVarint(p, end_);
-  length = std::min<uint32_t>(length, static_cast<uint32_t>(end_ - p));
+  uint32_t word = decodeVarint(p, end_);
+  if ((word & 1) != 0) {
+    uint32_t index = word >> 1;
+    tag_.value = index < shared_.size() ? shared_[index] : TextRef{};
+    at_ = p;
+    return;
+  }
+  uint32_t length = std::min<uint32_t>(word >> 1, static_cast<uint32_t>(end_ - p));
   tag_.value = {origin_pos_ + static_cast<uint32_t>(p - origin_), length};
   at_ = p + length;
 }
@@ -101,12 +108,15 @@ void encodeTag(int code, std::string_view value, std::string& out) {
   auto bits = static_cast<uint16_t>(static_cast<int16_t>(code));
   out.push_back(static_cast<char>(bits & 0xFF));
   out.push_back(static_cast<char>(bits >> 8));
-  encodeVarint(static_cast<uint32_t>(value.size()), out);
+  encodeVarint(static_cast<uint32_t>(value.size()) << 1, out);
   out.append(value);
 }
 
-void encodeTags(std::span<const Tag> tags, const TextStore& text, std::string& out) {
-  for (const Tag& tag : tags) encodeTag(tag.code, text.view(tag.value), out);
+void encodeSharedTag(int code, uint32_t index, std::string& out) {
+  auto bits = static_cast<uint16_t>(static_cast<int16_t>(code));
+  out.push_back(static_cast<char>(bits & 0xFF));
+  out.push_back(static_cast<char>(bits >> 8));
+  encodeVarint(index << 1 | 1, out);
 }
 
 }  // namespace dxf

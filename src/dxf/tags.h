@@ -27,6 +27,8 @@ struct TagSegment {
   uint32_t size = 0;
   uint32_t count = 0;
   bool ascii = false;
+  // The values an encoding names by number (see encodeTag).
+  std::span<const TextRef> shared;
 };
 
 // Where a record's tags lie: one run, or three when tags were inserted into an unchanged
@@ -88,6 +90,7 @@ class TagScan {
     uint32_t start_pos_ = 0;
     uint32_t left_ = 0;  // tags of the part from the current one on
     bool ascii_ = false;
+    std::span<const TextRef> shared_;
     Tag tag_;
   };
 
@@ -136,11 +139,12 @@ class TagList {
   Tag inline_[kInline];
 };
 
-// Appends the compact encoding of `tags` (values read through `text`) to `out`: per tag its
-// code (two bytes, little-endian), its value's length (LEB128) and the value's bytes.
-void encodeTags(std::span<const Tag> tags, const TextStore& text, std::string& out);
-// Appends one tag's encoding.
+// Appends one tag's compact encoding to `out`: its code (two bytes, little-endian), then
+// twice its value's length (LEB128) and the value's bytes.
 void encodeTag(int code, std::string_view value, std::string& out);
+// Appends a tag whose value is the shared value number `index`: the code, then twice the
+// index plus one (LEB128).
+void encodeSharedTag(int code, uint32_t index, std::string& out);
 // Appends `value` in LEB128 / reads it from [at, end), advancing `at` (0 when cut short).
 void encodeVarint(uint32_t value, std::string& out);
 uint32_t decodeVarint(const char*& at, const char* end);
