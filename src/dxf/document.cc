@@ -146,33 +146,38 @@ void Document::encode(std::span<const Tag> tags, std::string& out) {
   }
 }
 
-// The splice header: the index of the first new tag, the file offset (from the record's
-// first byte) where they go, the count of the file's tags; then the new tags.
-TagSource Document::splicedSource(const Record& r, uint32_t* insert_at) const {
-  std::string_view code = text_.view({r.code_pos, r.code_size});
+// The splice header: the file bytes' first byte and length, the index of the first new
+// tag, the offset into the bytes where the new tags go, the count of the file's tags; then
+// the new tags.
+TagSource Document::splicedSource(const Record& r, std::string_view* file,
+                                  uint32_t* insert_at) const {
+  std::string_view code = text_.view({r.pos, r.size});
   const char* at = code.data();
   const char* end = at + code.size();
+  uint32_t raw_begin = std::min<uint32_t>(decodeVarint(at, end), static_cast<uint32_t>(raw_.size()));
+  uint32_t raw_size =
+      std::min<uint32_t>(decodeVarint(at, end), static_cast<uint32_t>(raw_.size()) - raw_begin);
   uint32_t first_new = decodeVarint(at, end);
-  uint32_t offset = std::min(decodeVarint(at, end), r.raw_end - r.raw_begin);
+  uint32_t offset = std::min(decodeVarint(at, end), raw_size);
   uint32_t file_tags = std::min(decodeVarint(at, end), r.tag_count);
   first_new = std::min(first_new, file_tags);
+  if (file != nullptr) *file = std::string_view(raw_).substr(raw_begin, raw_size);
   if (insert_at != nullptr) *insert_at = offset;
   TagSource source;
   source.part_count = 3;
-  const char* raw = raw_.data() + r.raw_begin;
-  source.parts[0] = {raw, r.raw_begin, offset, first_new, true, {}};
+  const char* raw = raw_.data() + raw_begin;
+  source.parts[0] = {raw, raw_begin, offset, first_new, true, {}};
   auto header = static_cast<uint32_t>(at - code.data());
-  source.parts[1] = {at,    r.code_pos + header,        r.code_size - header,
-                     r.tag_count - file_tags, false, shared_};
-  source.parts[2] = {raw + offset, r.raw_begin + offset, r.raw_end - r.raw_begin - offset,
-                     file_tags - first_new, true, {}};
+  source.parts[1] = {at, r.pos + header, r.size - header, r.tag_count - file_tags, false, shared_};
+  source.parts[2] = {raw + offset, raw_begin + offset, raw_size - offset, file_tags - first_new,
+                     true, {}};
   return source;
 }
 
 bool Document::trySplice(RecordId id, std::span<const Tag> tags) {
   Record& r = records_[id];
   // Only a record read from the file has bytes to keep.
-  if (r.changed || r.spliced || r.raw_end == r.raw_begin || format_ != Format::kAscii ||
+  if (r.changed || r.spliced || r.size == 0 || format_ != Format::kAscii ||
       tags.size() <= r.tag_count) {
     return false;
   }
@@ -181,10 +186,10 @@ bool Document::trySplice(RecordId id, std::span<const Tag> tags) {
   };
   TagScan old = scan(id);
   size_t first_new = 0;
-  uint32_t offset = r.raw_end - r.raw_begin;
+  uint32_t offset = r.size;
   for (auto it = old.begin(); it != old.end(); ++it, ++first_new) {
     if (!same(*it, tags[first_new])) {
-      offset = it.position() - r.raw_begin;
+      offset = it.position() - r.pos;
       break;
     }
   }
@@ -196,13 +201,15 @@ bool Document::trySplice(RecordId id, std::span<const Tag> tags) {
     ++index;
   }
   encode_scratch_.clear();
+  encodeVarint(r.pos, encode_scratch_);
+  encodeVarint(r.size, encode_scratch_);
   encodeVarint(static_cast<uint32_t>(first_new), encode_scratch_);
   encodeVarint(offset, encode_scratch_);
   encodeVarint(static_cast<uint32_t>(file_tags), encode_scratch_);
   encode(tags.subspan(first_new, added), encode_scratch_);
   TextRef code = text_.add(encode_scratch_, TextStore::Lane::kEncodings);
-  r.code_pos = code.pos;
-  r.code_size = code.len;
+  r.pos = code.pos;
+  r.size = code.len;
   r.tag_count = static_cast<uint32_t>(tags.size());
   r.spliced = true;
   return true;
@@ -219,10 +226,10 @@ void Document::setTags(RecordId id, std::span<const Tag> tags) {
   encode(tags, encode_scratch_);
   Record& r = records_[id];
   std::optional<TextRef> in_place;
-  if (r.changed) in_place = text_.replaceLast({r.code_pos, r.code_size}, encode_scratch_);
+  if (r.changed) in_place = text_.replaceLast({r.pos, r.size}, encode_scratch_);
   TextRef code = in_place ? *in_place : text_.add(encode_scratch_, TextStore::Lane::kEncodings);
-  r.code_pos = code.pos;
-  r.code_size = code.len;
+  r.pos = code.pos;
+  r.size = code.len;
   r.tag_count = static_cast<uint32_t>(tags.size());
   r.changed = true;
   r.spliced = false;
@@ -499,7 +506,7 @@ base::Status Document::checkExtensionDictionaries(const std::string& name,
       if (++it == record_tags.end()) break;
       const Tag pointer = *it;
       if (pointer.code == 360 && byHandle(parseHandle(text(pointer))) != kNoRecord) break;
-      uint32_t at = format_ == Format::kAscii ? pointer.value.pos : records_[id].raw_begin;
+      uint32_t at = format_ == Format::kAscii ? pointer.value.pos : fileBytes(id).first;
       return base::Status::invalid(placeOf(name, at) + "the extension dictionary handle '" +
                                    std::string(text(pointer)) + "' names no object");
     }
@@ -515,7 +522,7 @@ std::string Document::placeOf(const std::string& name, uint32_t offset) const {
 }
 
 base::Status Document::buildStructure(const std::string& name) {
-  auto where = [&](RecordId id) { return placeOf(name, records_[id].raw_begin); };
+  auto where = [&](RecordId id) { return placeOf(name, fileBytes(id).first); };
   RecordId open_section = kNoRecord;
   RecordId open_table = kNoRecord;
   std::string section_name;
@@ -598,7 +605,7 @@ base::Status Document::buildStructure(const std::string& name) {
     for (RecordId id = first_; id != kNoRecord; id = records_[id].next) {
       for (const Tag& tag : scan(id)) {
         if (valueKind(tag.code) == ValueKind::kString && !base::isValidUtf8(text(tag))) {
-          uint32_t at = format_ == Format::kAscii ? tag.value.pos : records_[id].raw_begin;
+          uint32_t at = format_ == Format::kAscii ? tag.value.pos : fileBytes(id).first;
           return base::Status::invalid(placeOf(name, at) + "group code " +
                                        std::to_string(tag.code) +
                                        " holds bytes that are not UTF-8");

@@ -26,12 +26,10 @@ enum class Format : uint8_t { kAscii, kBinary };
 
 // One structure of the file: a run of tags from a code 0 tag to the next one.
 struct Record {
-  uint32_t raw_begin = 0;  // the file bytes of the record while it is unchanged
-  uint32_t raw_end = 0;
-  // The record's encoded tags in the text store: those of a binary file's record, or of one
-  // made or changed since loading. An unchanged ASCII record is read from its file bytes.
-  uint32_t code_pos = 0;
-  uint32_t code_size = 0;
+  // Where the record's tags lie in the text: an unchanged ASCII record's file bytes, else
+  // its encoding (a binary file's record, one made, changed or spliced since loading).
+  uint32_t pos = 0;
+  uint32_t size = 0;
   uint32_t tag_count = 0;
   RecordId prev = kNoRecord;  // file order
   RecordId next = kNoRecord;
@@ -39,8 +37,8 @@ struct Record {
   bool changed : 1 = false;  // tags no longer match the raw bytes (or there never were any)
   bool erased : 1 = false;   // unlinked from the file; kept so that ids stay valid
   bool paper : 1 = false;    // an entity flagged as paper space (67)
-  // Unchanged but for tags inserted at one place: the encoding at code_pos holds where
-  // (see Document::splicedSource) and the new tags; the rest is still the file's bytes.
+  // Unchanged but for tags inserted at one place: the encoding holds the file bytes' place,
+  // where the new tags go (see Document::splicedSource) and the new tags.
   bool spliced : 1 = false;
   Handle handle = 0;
   Handle xdict = 0;  // the extension dictionary its tags name, 0 if none
@@ -102,11 +100,10 @@ class Document {
     const Record& r = records_[id];
     if (r.spliced) return TagScan(splicedSource(r));
     if (!r.changed && format_ == Format::kAscii) {
-      return TagScan(TagSource({raw_.data() + r.raw_begin, r.raw_begin, r.raw_end - r.raw_begin,
-                                r.tag_count, true, {}}));
+      return TagScan(TagSource({raw_.data() + r.pos, r.pos, r.size, r.tag_count, true, {}}));
     }
-    return TagScan(TagSource({text_.view({r.code_pos, r.code_size}).data(), r.code_pos,
-                              r.code_size, r.tag_count, false, shared_}));
+    return TagScan(TagSource(
+        {text_.view({r.pos, r.size}).data(), r.pos, r.size, r.tag_count, false, shared_}));
   }
   std::string_view text(const Tag& tag) const { return text_.view(tag.value); }
   std::string_view text(TextRef ref) const { return text_.view(ref); }
@@ -191,9 +188,15 @@ class Document {
   // its tags.
   void noteTags(RecordId id, std::span<const Tag> tags);
 
-  // A spliced record's three runs of tags; `insert_at`, when given, receives the file
-  // offset (from raw_begin) at which the new tags go.
-  TagSource splicedSource(const Record& r, uint32_t* insert_at = nullptr) const;
+  // A spliced record's three runs of tags; `file`, when given, receives its file bytes and
+  // `insert_at` the offset into them at which the new tags go.
+  TagSource splicedSource(const Record& r, std::string_view* file = nullptr,
+                          uint32_t* insert_at = nullptr) const;
+  // The file bytes [begin, end) of the unchanged record `id`.
+  std::pair<uint32_t, uint32_t> fileBytes(RecordId id) const {
+    if (format_ == Format::kBinary) return binary_raw_[id];
+    return {records_[id].pos, records_[id].pos + records_[id].size};
+  }
   // Keeps an unchanged ASCII record as its file bytes when `tags` are its tags with some
   // inserted at one place; returns false (nothing done) otherwise.
   bool trySplice(RecordId id, std::span<const Tag> tags);
@@ -209,6 +212,8 @@ class Document {
   void writeTo(Out& out) const;
 
   std::string raw_;  // the file as read
+  // A binary file's records read from its text (their encodings); these are their bytes.
+  std::vector<std::pair<uint32_t, uint32_t>> binary_raw_;
   TextStore text_;
   std::string encode_scratch_;
   // Recent short values made for edits, by hash: the same names, flags and defaults are

@@ -56,9 +56,13 @@ class DocumentBuilder {
     if (code == 0 || doc_.last_ == kNoRecord) {
       closeRecord(raw_pos, code_pos);
       Record r;
-      r.raw_begin = raw_pos;
       if (code == 0) r.type = internType(value);
-      r.code_pos = code_pos;
+      if (doc_.format_ == Format::kBinary) {
+        r.pos = code_pos;
+        doc_.binary_raw_.emplace_back(raw_pos, raw_pos);
+      } else {
+        r.pos = raw_pos;
+      }
       r.prev = doc_.last_;
       RecordId id = static_cast<RecordId>(doc_.records_.size());
       if (doc_.last_ != kNoRecord) doc_.records_[doc_.last_].next = id;
@@ -79,8 +83,12 @@ class DocumentBuilder {
   void closeRecord(uint32_t raw_pos, uint32_t code_pos = 0) {
     if (doc_.last_ == kNoRecord) return;
     Record& r = doc_.records_[doc_.last_];
-    r.raw_end = raw_pos;
-    if (code_pos > r.code_pos) r.code_size = code_pos - r.code_pos;
+    if (doc_.format_ == Format::kBinary) {
+      doc_.binary_raw_.back().second = raw_pos;
+      r.size = code_pos - r.pos;
+    } else {
+      r.size = raw_pos - r.pos;
+    }
   }
 
   Document& doc_;

@@ -123,32 +123,35 @@ void Document::writeTo(Out& out) const {
   const std::string_view raw = raw_;
   for (RecordId id = first_; id != kNoRecord;) {
     const Record& r = records_[id];
-    if (!r.changed && !r.spliced && !(handseed_at != SIZE_MAX && id == head)) {
+    auto unchanged = [&](RecordId at) {
+      return !records_[at].changed && !records_[at].spliced &&
+             !(handseed_at != SIZE_MAX && at == head);
+    };
+    if (unchanged(id)) {
       // Runs of unchanged records that lie one after another in the file go out in one piece.
-      uint32_t end = r.raw_end;
+      auto [begin, end] = fileBytes(id);
       id = r.next;
-      while (id != kNoRecord && !records_[id].changed && !records_[id].spliced &&
-             records_[id].raw_begin == end &&
-             !(handseed_at != SIZE_MAX && id == head)) {
-        end = records_[id].raw_end;
+      while (id != kNoRecord && unchanged(id) && fileBytes(id).first == end) {
+        end = fileBytes(id).second;
         id = records_[id].next;
       }
-      out.append(raw.substr(r.raw_begin, end - r.raw_begin));
+      out.append(raw.substr(begin, end - begin));
       continue;
     }
     const bool handseed_here = id == head && handseed_at != SIZE_MAX;
     if (r.spliced && !handseed_here) {
       // The file's bytes around the new tags, which are written as any changed tag.
+      std::string_view file;
       uint32_t insert_at = 0;
-      TagSource parts = splicedSource(r, &insert_at);
-      out.append(raw.substr(r.raw_begin, insert_at));
+      TagSource parts = splicedSource(r, &file, &insert_at);
+      out.append(file.substr(0, insert_at));
       for (const Tag& tag : TagScan(TagSource(parts.parts[1]))) {
         out.append(codeText(tag.code, padded_codes_));
         out.append(eol);
         out.append(text(tag));
         out.append(eol);
       }
-      out.append(raw.substr(r.raw_begin + insert_at, r.raw_end - r.raw_begin - insert_at));
+      out.append(file.substr(insert_at));
       id = r.next;
       continue;
     }
