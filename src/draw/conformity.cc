@@ -269,6 +269,15 @@ bool matchesTypeProperties(host::Database& database, host::ObjectId entity,
 
 }  // namespace
 
+std::wstring dimensionMode(host::Database& database, host::ObjectId entity) {
+  std::wstring_view mode = dimensionModeOfClass(database.entityClass(entity));
+  if (mode.empty()) {
+    host::PropertyValue type = database.getProperty(entity, P::kDimensionType);
+    if (const auto* code = std::get_if<int64_t>(&type)) mode = dimensionModeOfType(*code);
+  }
+  return std::wstring(mode);
+}
+
 EntityConformity::EntityConformity(host::Database& database, host::ObjectId entity, int precision)
     : database_(database),
       entity_(entity),

@@ -14,6 +14,11 @@ namespace draw {
 // 4 when the host does not report it.
 int linearPrecision(host::Database& database);
 
+// The dimension mode of a dimension entity ("linear", "radius"...): from its host class, or
+// from its dimension type where the host names every dimension by the base class. Empty
+// for any other entity.
+std::wstring dimensionMode(host::Database& database, host::ObjectId entity);
+
 class Matcher;
 
 // The conformity test of one entity against many classes: the entity's type and properties

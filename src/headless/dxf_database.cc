@@ -366,6 +366,18 @@ bool DxfDatabase::hasAttributeDefinitions(std::wstring_view block) {
   return dxf::hasAttributeDefinitions(drawing_, block);
 }
 
+bool DxfDatabase::isExternalReference(std::wstring_view block) {
+  // The BLOCK's flags: 4 an attached reference, 8 an overlay.
+  constexpr int kExternalFlags = 4 | 8;
+  dxf::RecordId r = dxf::findBlock(drawing_, block);
+  if (r == dxf::kNoRecord) return false;
+  std::string_view flags = drawing_.value(r, 70);
+  while (!flags.empty() && flags.front() == ' ') flags.remove_prefix(1);
+  int value = 0;
+  std::from_chars(flags.data(), flags.data() + flags.size(), value);
+  return (value & kExternalFlags) != 0;
+}
+
 Result<host::LayerState> DxfDatabase::layerState(std::wstring_view layer) {
   dxf::RecordId r = dxf::findTableEntry(drawing_, "LAYER", layer);
   if (r == dxf::kNoRecord)

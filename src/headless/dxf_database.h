@@ -56,6 +56,7 @@ class DxfDatabase : public host::Database, private dxf::DocumentObserver {
   bool hasSymbol(host::SymbolTable table, std::wstring_view name) override;
   base::Result<host::LayerState> layerState(std::wstring_view layer) override;
   bool hasAttributeDefinitions(std::wstring_view block) override;
+  bool isExternalReference(std::wstring_view block) override;
   // A variable the drawing's header holds is read from and written to the header (a point
   // stored without z is a Point2); one of session_variables.h the header lacks is kept in
   // this object, for as long as it lives; any other name is kNotFound.

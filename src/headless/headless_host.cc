@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "base/utf.h"
+#include "headless/text_file.h"
 
 namespace headless {
 
@@ -29,6 +30,10 @@ std::optional<std::wstring> HeadlessHost::getEnv(std::wstring_view name) {
 bool HeadlessHost::setEnv(std::wstring_view name, std::wstring_view value) {
   environment_.insert_or_assign(std::wstring(name), std::wstring(value));
   return true;
+}
+
+base::Status HeadlessHost::writeTextFile(const std::wstring& path, std::string_view contents) {
+  return writeFileAtomically(base::toUtf8(path), contents);
 }
 
 std::wstring HeadlessHost::computerName() {

@@ -42,6 +42,8 @@ class HeadlessHost : public host::Host {
   // path "ACAD" comes from the ACAD variable); changes last for the session.
   std::optional<std::wstring> getEnv(std::wstring_view name) override;
   bool setEnv(std::wstring_view name, std::wstring_view value) override;
+  // Through a temporary file beside `path`, flushed, then renamed over it.
+  base::Status writeTextFile(const std::wstring& path, std::string_view contents) override;
   std::wstring computerName() override;
   std::wstring userName() override;
   void pushResourceHandle() override { ++resource_depth_; }

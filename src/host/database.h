@@ -134,6 +134,12 @@ class Database {
   // Whether block `block` defines attributes that its inserts carry (constant ones aside);
   // false for a block that does not exist.
   virtual bool hasAttributeDefinitions(std::wstring_view block) = 0;
+  // Whether block `block` is an external reference (attached or overlaid); false for a
+  // block that does not exist and where the host cannot tell.
+  virtual bool isExternalReference(std::wstring_view block) {
+    (void)block;
+    return false;
+  }
 
   // --- System variables. kNotFound for a name the host does not know.
   virtual base::Result<SysVar> getVar(std::string_view name) = 0;

@@ -48,6 +48,14 @@ class Host {
     return false;
   }
 
+  // Writes `contents` to the file at `path` whole or not at all: a reader sees the file as it
+  // was or as written, never a part, and a failure leaves what was there. kUnsupported where
+  // the host writes no files.
+  virtual base::Status writeTextFile(const std::wstring& path, std::string_view contents) {
+    (void)path, (void)contents;
+    return base::Status::unsupported("this host cannot write files");
+  }
+
   // The names of this machine and of the user running the program, as the operating system
   // reports them; empty when it reports none.
   virtual std::wstring computerName() = 0;

@@ -7,6 +7,7 @@
 #include "shell/pending_command.h"
 #include "shell/remove_commands.h"
 #include "shell/selection_commands.h"
+#include "shell/template_commands.h"
 #include "shell/validation_commands.h"
 
 namespace shell {
@@ -59,8 +60,8 @@ constexpr CommandSpec kCommands[] = {
     {L"TAXOR_ROUND", "round the real values in records to the decimals the class file uses", true,
      roundCommand},
     {L"TAXOR_TEMPLATE", "write a template class-definition file from the selected entities", false,
-     pendingCommand},
-    {L"TAXOR_TYPE", "print the object types of the selected entities", false, pendingCommand},
+     templateCommand},
+    {L"TAXOR_TYPE", "print the object types of the selected entities", false, typeCommand},
     {L"TAXOR_STAT", "count the selected entities per class and show the report", true, statCommand},
     {L"TAXOR_ABOUT", "show the product name and version", false, aboutCommand},
     {L"TAXOR_IMPL_INSRT", "insert a block reference of a class (run by TAXOR_DRAW)", true,

@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "catalogue/class_lists.h"
+#include "maintenance/class_template.h"
 #include "shell/string_table.h"
 
 namespace catalogue {
@@ -34,6 +35,8 @@ struct ProcessState {
   // Answers to yes/no and mode prompts, remembered per command and prompt.
   std::map<std::pair<std::wstring, StringId>, int> prompt_defaults;
   ClassifyOptions classify_options;
+  // The class-name format of TAXOR_TEMPLATE, as last accepted.
+  std::wstring template_name_format{maintenance::kInitialNameFormat};
   // The lists of the recent and favorites palettes; null while those palettes do not exist,
   // and then loading neither reads nor writes the list files.
   std::unique_ptr<catalogue::RecentList> recent_list;

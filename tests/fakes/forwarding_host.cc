@@ -35,6 +35,11 @@ std::optional<std::wstring> ForwardingHost::getEnv(std::wstring_view name) {
   return target_.getEnv(name);
 }
 
+base::Status ForwardingHost::writeTextFile(const std::wstring& path, std::string_view contents) {
+  note("Host::writeTextFile");
+  return target_.writeTextFile(path, contents);
+}
+
 bool ForwardingHost::setEnv(std::wstring_view name, std::wstring_view value) {
   note("Host::setEnv");
   return target_.setEnv(name, value);
@@ -177,6 +182,11 @@ Status ForwardingHost::setRelativeDrawOrder(const std::vector<ObjectId>& entitie
 bool ForwardingHost::hasSymbol(host::SymbolTable table, std::wstring_view name) {
   note("Database::hasSymbol");
   return targetDatabase().hasSymbol(table, name);
+}
+
+bool ForwardingHost::isExternalReference(std::wstring_view block) {
+  note("Database::isExternalReference");
+  return targetDatabase().isExternalReference(block);
 }
 
 bool ForwardingHost::hasAttributeDefinitions(std::wstring_view block) {

@@ -45,6 +45,7 @@ class ForwardingHost : public host::Host,
   std::wstring userName() override;
   std::optional<std::wstring> getEnv(std::wstring_view name) override;
   bool setEnv(std::wstring_view name, std::wstring_view value) override;
+  base::Status writeTextFile(const std::wstring& path, std::string_view contents) override;
 
   // host::Document
   host::Database& database() override { return *this; }
@@ -81,6 +82,7 @@ class ForwardingHost : public host::Host,
   base::Status setRelativeDrawOrder(const std::vector<host::ObjectId>& entities) override;
   bool hasSymbol(host::SymbolTable table, std::wstring_view name) override;
   bool hasAttributeDefinitions(std::wstring_view block) override;
+  bool isExternalReference(std::wstring_view block) override;
   base::Result<host::LayerState> layerState(std::wstring_view layer) override;
   base::Result<host::SysVar> getVar(std::string_view name) override;
   base::Status setVar(std::string_view name, const host::SysVar& value) override;

@@ -1,0 +1,61 @@
+#include "headless/text_file.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstring>
+#include <vector>
+
+namespace headless {
+
+base::Status writeFileAtomically(const std::string& path, std::string_view contents) {
+  std::vector<char> temp_name(path.begin(), path.end());
+  for (char c : std::string_view(".XXXXXX")) temp_name.push_back(c);
+  temp_name.push_back('\0');
+  int fd = ::mkstemp(temp_name.data());
+  if (fd < 0) {
+    return base::Status::io("cannot create a temporary file beside '" + path +
+                            "': " + std::strerror(errno));
+  }
+  auto fail = [&](const char* what) {
+    std::string message = std::string(what) + " '" + temp_name.data() + "': " + std::strerror(errno);
+    ::close(fd);
+    ::unlink(temp_name.data());
+    return base::Status::io(message + "; '" + path + "' was left unchanged");
+  };
+  struct stat existing;
+  mode_t mode = 0666;
+  if (::stat(path.c_str(), &existing) == 0) {
+    mode = existing.st_mode & 07777;
+  } else {
+    mode_t mask = ::umask(0);
+    ::umask(mask);
+    mode &= ~mask;
+  }
+  if (::fchmod(fd, mode) != 0) return fail("cannot set the permissions of");
+  for (size_t written = 0; written < contents.size();) {
+    ssize_t n = ::write(fd, contents.data() + written, contents.size() - written);
+    if (n < 0) {
+      if (errno == EINTR) continue;
+      return fail("cannot write");
+    }
+    written += static_cast<size_t>(n);
+  }
+  if (::fsync(fd) != 0) return fail("cannot flush");
+  if (::close(fd) != 0) {
+    std::string message =
+        std::string("cannot close '") + temp_name.data() + "': " + std::strerror(errno);
+    ::unlink(temp_name.data());
+    return base::Status::io(message + "; '" + path + "' was left unchanged");
+  }
+  if (::rename(temp_name.data(), path.c_str()) != 0) {
+    std::string message = "cannot replace '" + path + "': " + std::strerror(errno);
+    ::unlink(temp_name.data());
+    return base::Status::io(message + "; it was left unchanged");
+  }
+  return base::Status::ok();
+}
+
+}  // namespace headless

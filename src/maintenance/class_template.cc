@@ -1,0 +1,133 @@
+#include "maintenance/class_template.h"
+
+#include <map>
+
+#include "base/text_case.h"
+#include "catalogue/class_writer.h"
+#include "draw/entity_definition.h"
+
+namespace maintenance {
+
+namespace {
+
+// Tables other applications keep in the same dictionary.
+constexpr std::wstring_view kForeignTablePrefixes[] = {L"TPMCNTR_", L"TPMDESC_", L"TPMID_",
+                                                       L"TPMLINK_", L"TPMNODE_", L"CNTR_"};
+
+constexpr std::wstring_view kResourceKeywords[] = {
+    L"BlockReference", L"BlockReferenceFile", L"Dimension", L"Layer",   L"Layout",
+    L"Linetype",       L"MLeader",            L"Mline",     L"Pattern", L"Textstyle"};
+
+void replaceAll(std::wstring& text, std::wstring_view from, std::wstring_view to) {
+  for (size_t at = text.find(from); at != std::wstring::npos; at = text.find(from, at + to.size())) {
+    text.replace(at, from.size(), to);
+  }
+}
+
+std::wstring_view valueTypeWord(int type) {
+  switch (type) {
+    case 1:
+      return L"Integer";
+    case 2:
+      return L"Real";
+    case 3:
+      return L"Character";
+    case 4:
+      return L"Point";
+    default:
+      return L"Unknown";
+  }
+}
+
+bool isForeignTable(std::wstring_view name) {
+  for (std::wstring_view prefix : kForeignTablePrefixes) {
+    if (name.starts_with(prefix)) return true;
+  }
+  return false;
+}
+
+std::wstring layerOf(const draw::DrawingProperties& definition) {
+  return definition.layer.isSet() ? definition.layer.value : std::wstring();
+}
+
+}  // namespace
+
+bool isValidNameFormat(std::wstring_view format) {
+  bool type = format.find(L"%T") != std::wstring_view::npos ||
+              format.find(L"%t") != std::wstring_view::npos;
+  return type && format.find(L"%i") != std::wstring_view::npos;
+}
+
+std::wstring expandClassName(std::wstring_view format, int number, std::wstring_view layer,
+                             std::wstring_view type) {
+  std::wstring name(format);
+  replaceAll(name, L"%i", std::to_wstring(number));
+  replaceAll(name, L"%L", layer);
+  replaceAll(name, L"%l", base::lowerCase(layer));
+  replaceAll(name, L"%T", type);
+  replaceAll(name, L"%t", base::lowerCase(type));
+  return name;
+}
+
+void DefinitionList::add(draw::DrawingProperties definition) {
+  std::wstring key = definition.object_types.empty() ? std::wstring() : definition.object_types[0];
+  key += L'\n';
+  key += layerOf(definition);
+  std::vector<size_t>& bucket = by_type_and_layer_[key];
+  for (size_t index : bucket) {
+    if (draw::sameDefinition(definitions_[index], definition)) return;
+  }
+  bucket.push_back(definitions_.size());
+  definitions_.push_back(std::move(definition));
+}
+
+std::wstring composeTemplate(const TemplateSource& source) {
+  std::wstring out;
+  for (std::wstring_view keyword : kResourceKeywords) {
+    if (!out.empty()) out += L"\n";
+    out += L"#";
+    out += keyword;
+    out += L"\t" + source.drawing_path;
+  }
+  out += L"\n\n";
+
+  bool any_variable = false;
+  for (const auto& [name, value] : source.variables) {
+    if (value.empty()) continue;
+    out += L"Variable\t" + name + L"\t" + value + L"\n";
+    any_variable = true;
+  }
+  if (any_variable) out += L"\n";
+
+  std::map<std::wstring, std::vector<size_t>> groups;
+  for (size_t i = 0; i < source.definitions.size(); ++i) {
+    const auto& types = source.definitions[i].object_types;
+    if (!types.empty()) groups[types.front()].push_back(i);
+  }
+  for (const auto& [type, members] : groups) {
+    out += L"Class\t" + type + L"\t1\n\n";
+    int number = 0;
+    for (size_t index : members) {
+      catalogue::ObjectClass cls;
+      cls.properties = source.definitions[index];
+      cls.display_name =
+          expandClassName(source.name_format, ++number, layerOf(cls.properties), type);
+      out += catalogue::writeClassDefinition(cls, nullptr, source.precision);
+      out += L"\tvel_name\tVEL_NAME\n\t\tvel_key\tVEL_KEY\n\n";
+    }
+    out += L"/Class\n\n";
+  }
+
+  for (const StoredTableOutline& table : source.tables) {
+    if (isForeignTable(table.name)) continue;
+    out += L"\n#vel_name\t" + table.name + L"\n";
+    for (const auto& [field, type] : table.fields) {
+      out += L"#\tvel_fld\t" + field + L"\tdescription\t";
+      out += valueTypeWord(type);
+      out += L"\n";
+    }
+  }
+  return out;
+}
+
+}  // namespace maintenance

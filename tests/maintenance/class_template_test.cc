@@ -1,0 +1,89 @@
+// The template file: class names, numbering per type group, layout of the text.
+#include "maintenance/class_template.h"
+
+#include <gtest/gtest.h>
+
+#include "base/utf.h"
+
+namespace {
+
+TEST(ClassTemplateTest, NameFormats) {
+  struct Case {
+    const wchar_t* format;
+    const wchar_t* layer;
+    const wchar_t* expanded;  // with number 2 and type Door; null: the format is refused
+  };
+  const Case cases[] = {
+      {L"%t_%i_%L", L"Walls", L"door_2_Walls"},
+      {L"%T-%i %l", L"Walls", L"Door-2 walls"},
+      // The number goes in first, so a layer name holding "%t" is expanded in turn, and one
+      // holding "%i" is not.
+      {L"%i:%L:%T", L"%t/%i", L"2:door/%i:Door"},
+      {L"%T", L"Walls", nullptr},
+      {L"%i", L"Walls", nullptr},
+      {L"%I %t", L"Walls", nullptr},
+  };
+  for (const Case& c : cases) {
+    EXPECT_EQ(maintenance::isValidNameFormat(c.format), c.expanded != nullptr)
+        << base::toUtf8(c.format);
+    if (c.expanded) {
+      EXPECT_EQ(maintenance::expandClassName(c.format, 2, c.layer, L"Door"), c.expanded);
+    }
+  }
+}
+
+draw::DrawingProperties definition(const wchar_t* type, const wchar_t* layer) {
+  draw::DrawingProperties p;
+  p.object_types = {type};
+  p.layer.mode = draw::ConstraintMode::kSingle;
+  p.layer.value = layer;
+  return p;
+}
+
+TEST(ClassTemplateTest, DistinctDefinitionsInOrderFirstMet) {
+  maintenance::DefinitionList list;
+  list.add(definition(L"Line", L"A"));
+  list.add(definition(L"Arc", L"A"));
+  list.add(definition(L"Line", L"A"));
+  list.add(definition(L"Line", L"a"));  // texts compare with case
+  ASSERT_EQ(list.definitions().size(), 3u);
+  EXPECT_EQ(list.definitions()[1].object_types.front(), L"Arc");
+  EXPECT_EQ(list.definitions()[2].layer.value, L"a");
+}
+
+TEST(ClassTemplateTest, GroupsNumberedPerTypeWithoutStoredTables) {
+  maintenance::TemplateSource source;
+  source.drawing_path = L"/d/site.dxf";
+  source.variables = {{L"INSUNITS", L"6"}, {L"LUPREC", L""}};
+  source.definitions = {definition(L"Line", L"A"), definition(L"Arc", L"B"),
+                        definition(L"Line", L"C")};
+  source.name_format = L"%T-%i";
+  std::wstring text = maintenance::composeTemplate(source);
+  const std::wstring head =
+      L"#BlockReference\t/d/site.dxf\n#BlockReferenceFile\t/d/site.dxf\n#Dimension\t/d/site.dxf\n"
+      L"#Layer\t/d/site.dxf\n#Layout\t/d/site.dxf\n#Linetype\t/d/site.dxf\n#MLeader\t/d/site.dxf\n"
+      L"#Mline\t/d/site.dxf\n#Pattern\t/d/site.dxf\n#Textstyle\t/d/site.dxf\n\n"
+      L"Variable\tINSUNITS\t6\n\n"
+      L"Class\tArc\t1\n\n"
+      L"obj_name\tArc-1\t1\t5000\tIcons/Arc.png\n\tobj_type\tArc\n\t\tobj_prop\tlayer\tB\n"
+      L"\tvel_name\tVEL_NAME\n\t\tvel_key\tVEL_KEY\n\n"
+      L"/Class\n\n"
+      L"Class\tLine\t1\n\n";
+  EXPECT_EQ(text.substr(0, head.size()), head);
+  EXPECT_NE(text.find(L"obj_name\tLine-1\t"), std::wstring::npos);
+  EXPECT_NE(text.find(L"obj_name\tLine-2\t"), std::wstring::npos);
+  EXPECT_TRUE(text.ends_with(L"\t\tvel_key\tVEL_KEY\n\n/Class\n\n"));
+}
+
+TEST(ClassTemplateTest, StoredTablesCommentedOut) {
+  maintenance::TemplateSource source;
+  source.tables = {{L"PIPES", {{L"DN", 1}, {L"DEPTH", 2}, {L"NOTE", 3}, {L"AT", 4}, {L"X", 9}}},
+                   {L"TPMID_1", {{L"ID", 1}}},
+                   {L"CNTR_A", {{L"ID", 1}}}};
+  EXPECT_TRUE(maintenance::composeTemplate(source).ends_with(
+      L"\n\n\n#vel_name\tPIPES\n#\tvel_fld\tDN\tdescription\tInteger\n"
+      L"#\tvel_fld\tDEPTH\tdescription\tReal\n#\tvel_fld\tNOTE\tdescription\tCharacter\n"
+      L"#\tvel_fld\tAT\tdescription\tPoint\n#\tvel_fld\tX\tdescription\tUnknown\n"));
+}
+
+}  // namespace

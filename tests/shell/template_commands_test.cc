@@ -1,0 +1,124 @@
+// TAXOR_TEMPLATE and TAXOR_TYPE on the headless command line.
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "draw/conformity.h"
+#include "draw/entity_definition.h"
+#include "dxf/entity_factory.h"
+#include "maintenance/candidates.h"
+#include "shell/commands_fixture.h"
+#include "test_paths.h"
+
+namespace {
+
+using headless::DxfDatabase;
+
+class TemplateCommandsTest : public commands_fixture::CommandsTest {
+ protected:
+  std::string path() const { return (dir_ / "template.txt").string(); }
+
+  // Makes `picked` the pick-first set, after the class file is loaded (loading empties it).
+  void pick(const std::vector<host::ObjectId>& picked) {
+    run("");
+    session().host->editor().setImpliedSelection(picked);
+  }
+
+  // Runs TAXOR_TEMPLATE on `picked` with the format answer `format`.
+  std::string writeTemplate(const std::vector<host::ObjectId>& picked,
+                            const std::string& format = "") {
+    pick(picked);
+    return run("TAXOR_TEMPLATE\n" + format + "\n" + path() + "\n", true);
+  }
+
+  host::ObjectId add(base::Result<dxf::RecordId> record) {
+    EXPECT_TRUE(record);
+    return DxfDatabase::toId(*record);
+  }
+};
+
+TEST_F(TemplateCommandsTest, EqualEntitiesGiveOneClass) {
+  dxf::Document& doc = session().drawing;
+  host::ObjectId a = add(dxf::addLine(doc, {.layer = L"Walls"}, {0, 0, 0}, {1, 0, 0}));
+  host::ObjectId b = add(dxf::addLine(doc, {.layer = L"Walls"}, {5, 5, 0}, {9, 1, 0}));
+  EXPECT_NE(writeTemplate({a, b}).find("Completed: 1/2\n"), std::string::npos);
+  std::string text = testing_paths::readFile(path());
+  EXPECT_TRUE(text.starts_with("\xEF\xBB\xBF#BlockReference\t"));
+  EXPECT_NE(text.find("obj_name\tline_1_Walls\t1\t5000\tIcons/Line.png\n"), std::string::npos);
+  EXPECT_EQ(text.find("line_2"), std::string::npos);
+}
+
+TEST_F(TemplateCommandsTest, AnonymousBlocksGiveNoClass) {
+  dxf::Document& doc = session().drawing;
+  ASSERT_TRUE(dxf::addBlock(doc, L"*U7", {0, 0, 0}));
+  host::ObjectId anonymous = add(dxf::addInsert(doc, {}, {.block_name = L"*U7"}));
+  std::string out = writeTemplate({anonymous, id(commands_fixture::kInsert)}, "%T-%i");
+  EXPECT_NE(out.find("Completed: 1/2\n"), std::string::npos);
+  std::string text = testing_paths::readFile(path());
+  EXPECT_NE(text.find("obj_name\tBlockReference-1\t"), std::string::npos);
+  EXPECT_NE(text.find("\t\tobj_prop\tblockName\tDoor\n"), std::string::npos);
+  EXPECT_EQ(text.find("*U7"), std::string::npos);
+}
+
+TEST_F(TemplateCommandsTest, RefusedFormatsAndFiles) {
+  host::ObjectId line = id(commands_fixture::kLine);
+  EXPECT_NE(writeTemplate({line}, "%T").find("Command: TAXOR_TEMPLATE\nFormat<%t_%i_%L>: %T\n"
+                                              "Error: invalid format (%T/%t, %i are required).\n"
+                                              "Command: "),
+            std::string::npos);
+  EXPECT_FALSE(std::filesystem::exists(path()));
+  // An accepted format is kept for the next run.
+  writeTemplate({line}, "%t%i");
+  pick({line});
+  std::string out = run("TAXOR_TEMPLATE\n\n" + (dir_ / "none" / "t.txt").string() + "\n", true);
+  EXPECT_NE(out.find("Format<%t%i>: "), std::string::npos);
+  EXPECT_NE(out.find("Error: Error: unable to open '%s'.\n"), std::string::npos);
+  EXPECT_EQ(out.find("Completed"), std::string::npos);
+}
+
+TEST_F(TemplateCommandsTest, TypeReport) {
+  pick({id(commands_fixture::kLine), id(commands_fixture::kCircle), id(commands_fixture::kText),
+       id(commands_fixture::kLine)});
+  EXPECT_EQ(run("TAXOR_TYPE\n", true), "Command: TAXOR_TYPE\nCircle\nLine\nText\nCommand: \n");
+  EXPECT_EQ(run("TAXOR_TYPE\n\n"),
+            "Command: TAXOR_TYPE\nSelect objects: \nError: no objects selected.\nCommand: \n");
+}
+
+// A template of a real drawing loads, and classifying the drawing with it gives every entity
+// that made a class one.
+TEST_F(TemplateCommandsTest, TemplateOfARealDrawingClassifiesIt) {
+  const std::string file = testing_paths::corpusDir() + "/acadsharp__sample_AC1015_ascii.dxf";
+  std::string drawing = testing_paths::readFile(file);
+  if (drawing.empty()) GTEST_SKIP() << "no " << file;
+  restart(drawing);
+  session().run("TAXOR_TEMPLATE\nALL\n\n\n" + path() + "\n");
+
+  host::Database& db = database();
+  std::vector<host::ObjectId> candidates = db.modelSpaceEntities();
+  maintenance::pruneCandidates(db, candidates);
+  int described = 0;
+  for (host::ObjectId entity : candidates) {
+    draw::DrawingProperties p =
+        draw::buildDefinitionFromEntity(db, entity, draw::linearPrecision(db));
+    if (p.object_types.empty()) continue;
+    if (p.block_name.isSet() &&
+        (p.block_name.value.starts_with(L'*') || db.isExternalReference(p.block_name.value)))
+      continue;
+    ++described;
+  }
+  ASSERT_GT(described, 0);
+
+  std::string out = session().out();
+  ASSERT_NE(out.find("Completed: "), std::string::npos) << out;
+  size_t before = out.size();
+  session().run("TAXOR_LOAD\n" + path() + "\nTAXOR_CLASSIFY_AUTO\n0\n0\nALL\n\n");
+  out = session().out().substr(before);
+  EXPECT_EQ(out.find("error"), std::string::npos) << out;
+  EXPECT_EQ(out.find("Error"), std::string::npos) << out;
+  EXPECT_NE(out.find("Completed: " + std::to_string(described) + "/" +
+                     std::to_string(candidates.size()) + "\n"),
+            std::string::npos)
+      << out;
+}
+
+}  // namespace
