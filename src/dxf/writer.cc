@@ -1,12 +1,11 @@
 // Writes a drawing back: unchanged records as their original bytes, changed ones from tags.
-#include <fcntl.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
 
+#include "base/atomic_file.h"
 #include "dxf/document.h"
 #include "dxf/group_code.h"
 #include "dxf/number_text.h"
@@ -218,55 +217,12 @@ void Document::writeTo(Out& out) const {
 }
 
 base::Status Document::save(const std::string& path) const {
-  std::string dir = ".";
-  size_t slash = path.find_last_of('/');
-  if (slash != std::string::npos) dir = slash == 0 ? "/" : path.substr(0, slash);
-  std::string temp = path + ".XXXXXX";
-  std::vector<char> temp_name(temp.begin(), temp.end());
-  temp_name.push_back('\0');
-  int fd = mkstemp(temp_name.data());
-  if (fd < 0) {
-    return base::Status::io("cannot create a temporary file in '" + dir +
-                            "': " + std::strerror(errno) +
-                            "; check that the folder exists and is writable");
-  }
-  auto fail = [&](const char* what) {
-    std::string message =
-        std::string(what) + " '" + temp_name.data() + "': " + std::strerror(errno);
-    ::close(fd);
-    ::unlink(temp_name.data());
-    return base::Status::io(message + "; '" + path + "' was left unchanged");
-  };
-  struct stat existing;
-  mode_t mode = 0666;
-  if (::stat(path.c_str(), &existing) == 0) {
-    mode = existing.st_mode & 07777;
-  } else {
-    mode_t mask = ::umask(0);
-    ::umask(mask);
-    mode &= ~mask;
-  }
-  if (::fchmod(fd, mode) != 0) return fail("cannot set the permissions of");
-  FileOut out(fd);
-  writeTo(out);
-  out.flush();
-  if (out.error() != 0) {
-    errno = out.error();
-    return fail("cannot write");
-  }
-  if (::fsync(fd) != 0) return fail("cannot flush");
-  if (::close(fd) != 0) {
-    std::string message =
-        std::string("cannot close '") + temp_name.data() + "': " + std::strerror(errno);
-    ::unlink(temp_name.data());
-    return base::Status::io(message + "; '" + path + "' was left unchanged");
-  }
-  if (::rename(temp_name.data(), path.c_str()) != 0) {
-    std::string message = "cannot replace '" + path + "': " + std::strerror(errno);
-    ::unlink(temp_name.data());
-    return base::Status::io(message + "; it was left unchanged");
-  }
-  return base::Status::ok();
+  return base::writeFileAtomically(path, [this](int fd) {
+    FileOut out(fd);
+    writeTo(out);
+    out.flush();
+    return out.error();
+  });
 }
 
 base::Result<Document> Document::load(const std::string& path) {

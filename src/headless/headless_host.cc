@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "base/utf.h"
-#include "headless/text_file.h"
+#include "base/atomic_file.h"
 
 namespace headless {
 
@@ -33,7 +33,7 @@ bool HeadlessHost::setEnv(std::wstring_view name, std::wstring_view value) {
 }
 
 base::Status HeadlessHost::writeTextFile(const std::wstring& path, std::string_view contents) {
-  return writeFileAtomically(base::toUtf8(path), contents);
+  return base::writeFileAtomically(base::toUtf8(path), contents);
 }
 
 std::wstring HeadlessHost::computerName() {
