@@ -1,10 +1,16 @@
 // The contract of host::Database for entities, symbol tables, system variables and
-// resources, run over every host implementation (see host_subjects.h).
+// resources, and of the host's environment and files, run over every host implementation
+// (see host_subjects.h).
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <algorithm>
+#include <filesystem>
+#include <fstream>
+#include <set>
 
 #include "host/host_subjects.h"
+#include "test_paths.h"
 
 namespace {
 
@@ -266,6 +272,87 @@ TEST_P(EntityContractTest, EnvironmentValuesSetAreGotBack) {
   } else {
     EXPECT_EQ(host().getEnv(L"TAXOR_CONTRACT_VALUE"), std::nullopt);
   }
+}
+
+TEST_P(EntityContractTest, ExternalReferencesAreTheBlocksFlaggedAsSuch) {
+  struct Case {
+    const wchar_t* name;
+    const char* flags;  // null: not added here
+    bool external;
+  };
+  const Case cases[] = {
+      {L"Plan", "4", true},         // attached
+      {L"Site", "    12", true},    // an overlay, padded as writers pad integers
+      {L"Survey", "8", true},       // an overlay without the attached bit
+      {L"Loaded", "36", true},      // resolved
+      {L"Plan|Door", "48", false},  // taken in from a reference, not one itself
+      {L"Tag", "2", false},         // has attributes
+      {L"*U1", "1", false},         // anonymous
+      {L"pLAN", nullptr, true},     // names ignore case
+      {L"Door", nullptr, false},    // ordinary
+      {L"Window", nullptr, false},  // none
+  };
+  for (const Case& c : cases) {
+    if (c.flags) subject_->addBlock(c.name, c.flags);
+    ASSERT_EQ(db().hasSymbol(SymbolTable::kBlock, c.name), c.name != std::wstring(L"Window"));
+  }
+  for (const Case& c : cases) {
+    EXPECT_EQ(db().isExternalReference(c.name), c.external && GetParam().tells_external_references)
+        << base::toUtf8(c.name);
+  }
+}
+
+enum Before { kNothing, kFile, kFolder };
+struct WriteCase {
+  const char* what;
+  const char* file;
+  Before before;
+  bool read_only;
+  Code expected;
+};
+
+// Whole or not at all, and never a temporary file left behind.
+void expectWrittenWholeOrNotAtAll(host::Host& host, bool writes_files, const WriteCase& c) {
+  namespace fs = std::filesystem;
+  const std::string text =
+      "\xEF\xBB\xBF"
+      "Tür; 門\r\nfin\n";
+  const std::string old_text = "an older, longer text than the new one\n";
+  const testing_paths::TempDir dir("taxor_write_text");
+  const fs::path target = dir / c.file;
+  if (c.before == kFile) std::ofstream(target, std::ios::binary) << old_text;
+  if (c.before == kFolder) fs::create_directory(target);
+  if (c.read_only) fs::permissions(dir.path(), fs::perms::owner_write, fs::perm_options::remove);
+  const Code code = codeOf(host.writeTextFile(base::fromUtf8(target.string()), text));
+  fs::permissions(dir.path(), fs::perms::owner_all, fs::perm_options::add);
+  const Code expected = writes_files ? c.expected : Code::kUnsupported;
+  EXPECT_EQ(code, expected) << c.what;
+  if (c.before == kFolder) {
+    EXPECT_TRUE(fs::is_directory(target)) << c.what;
+  } else if (expected == Code::kOk || c.before == kFile) {
+    EXPECT_EQ(testing_paths::readFile(target.string()), expected == Code::kOk ? text : old_text)
+        << c.what;
+  }
+  std::set<fs::path> left;
+  for (const auto& entry : fs::recursive_directory_iterator(dir.path())) left.insert(entry);
+  const bool there = expected == Code::kOk || c.before != kNothing;
+  EXPECT_EQ(left, there ? std::set<fs::path>{target} : std::set<fs::path>{}) << c.what;
+}
+
+TEST_P(EntityContractTest, TextFilesAreWrittenWholeOrNotAtAll) {
+  const WriteCase cases[] = {
+      {"new", "Tür.txt", kNothing, false, Code::kOk},
+      {"replaced", "Tür.txt", kFile, false, Code::kOk},
+      {"in a missing folder", "missing/Tür.txt", kNothing, false, Code::kIo},
+      {"over a folder", "Tür.txt", kFolder, false, Code::kIo},  // fails after the temporary file
+  };
+  for (const WriteCase& c : cases) expectWrittenWholeOrNotAtAll(host(), GetParam().writes_files, c);
+}
+
+TEST_P(EntityContractTest, TextFilesInAReadOnlyFolderAreRefused) {
+  if (geteuid() == 0) GTEST_SKIP() << "root writes into a read-only folder";
+  expectWrittenWholeOrNotAtAll(host(), GetParam().writes_files,
+                               {"in a read-only folder", "Tür.txt", kFile, true, Code::kIo});
 }
 
 INSTANTIATE_TEST_SUITE_P(AllHosts, EntityContractTest,

@@ -12,6 +12,7 @@
 
 #include "base/utf.h"
 #include "dxf/entity_factory.h"
+#include "dxf/record_edit.h"
 #include "dxf/sample_drawing.h"
 #include "dxf/sort_entities.h"
 #include "fakes/fake_host.h"
@@ -46,6 +47,8 @@ class Subject {
   virtual ObjectId addLine() = 0;
   // An entity of host class `entity_class`.
   virtual ObjectId entityOf(const std::wstring& entity_class) = 0;
+  // A block `name` whose BLOCK flags (code 70) read `flags`, where the host keeps flags.
+  virtual void addBlock(const std::wstring& name, const std::string& flags) = 0;
   // Model-space entities in the order they are drawn, lowest first.
   virtual std::vector<ObjectId> drawOrder() = 0;
   // Runs the command `name`; prompts after the answers run out are cancelled.
@@ -73,6 +76,9 @@ class FakeSubject : public Subject {
   ObjectId addLine() override { return fake_.addEntity(L"AcDbLine"); }
   ObjectId entityOf(const std::wstring& entity_class) override {
     return fake_.addEntity(entity_class);
+  }
+  void addBlock(const std::wstring& name, const std::string&) override {
+    fake_.fakeDatabase().addSymbol(host::SymbolTable::kBlock, name);
   }
   std::vector<ObjectId> drawOrder() override { return fake_.fakeDatabase().drawOrder(); }
   void run(const std::wstring& name, const std::vector<Answer>& answers) override {
@@ -123,6 +129,13 @@ class HeadlessSubject : public Subject {
     ADD_FAILURE() << "the sample drawing has no " << base::toUtf8(entity_class);
     return {};
   }
+  void addBlock(const std::wstring& name, const std::string& flags) override {
+    auto block = dxf::addBlock(session_.drawing, name, {});
+    ASSERT_TRUE(block) << block.status().message();
+    dxf::RecordEdit edit(session_.drawing, *block);
+    edit.setInSubclass("AcDbBlockBegin", 70, flags);
+    edit.commit();
+  }
   std::vector<ObjectId> drawOrder() override {
     std::vector<ObjectId> ids;
     for (dxf::RecordId r : dxf::modelSpaceDrawOrder(session_.drawing))
@@ -152,6 +165,9 @@ class HeadlessSubject : public Subject {
 struct Implementation {
   const char* name;
   std::function<std::unique_ptr<Subject>()> make;
+  // A host without these gives the "not supported" answers of host.h and database.h.
+  bool writes_files;
+  bool tells_external_references;
 };
 
 inline void PrintTo(const Implementation& implementation, std::ostream* os) {
@@ -159,9 +175,9 @@ inline void PrintTo(const Implementation& implementation, std::ostream* os) {
 }
 
 inline const Implementation kImplementations[] = {
-    {"Fake", [] { return std::make_unique<FakeSubject>(); }},
-    {"Headless", [] { return std::make_unique<HeadlessSubject>(false); }},
-    {"ForwardingToHeadless", [] { return std::make_unique<HeadlessSubject>(true); }},
+    {"Fake", [] { return std::make_unique<FakeSubject>(); }, false, false},
+    {"Headless", [] { return std::make_unique<HeadlessSubject>(false); }, true, true},
+    {"ForwardingToHeadless", [] { return std::make_unique<HeadlessSubject>(true); }, true, true},
 };
 
 inline std::string implementationName(const testing::TestParamInfo<Implementation>& info) {
