@@ -176,11 +176,7 @@ TagSource Document::splicedSource(const Record& r, std::string_view* file,
 
 bool Document::trySplice(RecordId id, std::span<const Tag> tags) {
   Record& r = records_[id];
-  // Only a record read from the file has bytes to keep.
-  if (r.changed || r.spliced || r.size == 0 || format_ != Format::kAscii ||
-      tags.size() <= r.tag_count) {
-    return false;
-  }
+  if (!spliceable(r) || tags.size() <= r.tag_count) return false;
   auto same = [](const Tag& a, const Tag& b) {
     return a.code == b.code && a.value.pos == b.value.pos && a.value.len == b.value.len;
   };
@@ -200,19 +196,55 @@ bool Document::trySplice(RecordId id, std::span<const Tag> tags) {
     if (index >= first_new && !same(tag, tags[index + added])) return false;
     ++index;
   }
+  splice(id, static_cast<uint32_t>(first_new), offset, tags.subspan(first_new, added));
+  return true;
+}
+
+void Document::splice(RecordId id, uint32_t first_new, uint32_t offset,
+                      std::span<const Tag> added) {
+  Record& r = records_[id];
   encode_scratch_.clear();
   encodeVarint(r.pos, encode_scratch_);
   encodeVarint(r.size, encode_scratch_);
-  encodeVarint(static_cast<uint32_t>(first_new), encode_scratch_);
+  encodeVarint(first_new, encode_scratch_);
   encodeVarint(offset, encode_scratch_);
-  encodeVarint(static_cast<uint32_t>(file_tags), encode_scratch_);
-  encode(tags.subspan(first_new, added), encode_scratch_);
+  encodeVarint(r.tag_count, encode_scratch_);
+  encode(added, encode_scratch_);
   TextRef code = text_.add(encode_scratch_, TextStore::Lane::kEncodings);
   r.pos = code.pos;
   r.size = code.len;
-  r.tag_count = static_cast<uint32_t>(tags.size());
+  r.tag_count += static_cast<uint32_t>(added.size());
   r.spliced = true;
-  return true;
+}
+
+void Document::insertTags(RecordId id, size_t index, std::span<const Tag> tags) {
+  if (tags.empty()) return;
+  const Record& r = records_[id];
+  if (spliceable(r) && index <= r.tag_count) {
+    uint32_t offset = r.size;
+    size_t at = 0;
+    TagScan old = scan(id);
+    for (auto it = old.begin(); it != old.end(); ++it, ++at) {
+      if (at == index) {
+        offset = it.position() - r.pos;
+        break;
+      }
+    }
+    splice(id, static_cast<uint32_t>(index), offset, tags);
+    TagScan all = scan(id);
+    auto first = all.begin();
+    Record& spliced = records_[id];
+    spliced.type = first != all.end() && first->code == 0 ? internType(text(*first)) : 0;
+    RecordFacts facts = factsOf(*this, all);
+    spliced.xdict = facts.xdict;
+    spliced.paper = facts.paper;
+    return;
+  }
+  TagList old = this->tags(id);
+  std::vector<Tag> all(old.begin(), old.end());
+  index = std::min(index, all.size());
+  all.insert(all.begin() + static_cast<std::ptrdiff_t>(index), tags.begin(), tags.end());
+  setTags(id, all);
 }
 
 // The record made or changed last is rewritten where it lies: an operation that makes an

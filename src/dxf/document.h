@@ -128,6 +128,9 @@ class Document {
   // Replaces all tags of `id` (in place when they fit); the record is written from its tags
   // from now on.
   void setTags(RecordId id, std::span<const Tag> tags);
+  // Inserts `tags` before the tag at `index` (0 = before the first); the same as setTags
+  // with them inserted, without decoding the record when it is unchanged.
+  void insertTags(RecordId id, size_t index, std::span<const Tag> tags);
   // Creates an unlinked record; link it with insertBefore.
   RecordId newRecord(std::span<const Tag> tags);
   // Links the unlinked record `id` into the file just before `pos`.
@@ -200,6 +203,13 @@ class Document {
   // Keeps an unchanged ASCII record as its file bytes when `tags` are its tags with some
   // inserted at one place; returns false (nothing done) otherwise.
   bool trySplice(RecordId id, std::span<const Tag> tags);
+  // Whether `id` is an unchanged ASCII record, whose file bytes a splice can keep.
+  bool spliceable(const Record& r) const {
+    return !r.changed && !r.spliced && r.size != 0 && format_ == Format::kAscii;
+  }
+  // Makes `id` the file's bytes with `added` inserted before its tag `first_new`, which
+  // starts at file offset `offset` into them.
+  void splice(RecordId id, uint32_t first_new, uint32_t offset, std::span<const Tag> added);
 
   base::Status buildStructure(const std::string& name);
   // `candidates` are the records with an extension dictionary group.

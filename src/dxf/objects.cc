@@ -10,17 +10,29 @@ namespace dxf {
 
 namespace {
 
-// Index just after the record's application groups that precede its owner tag, where a
-// new "102 {ACAD_XDICTIONARY" group belongs.
-size_t extensionGroupPosition(RecordEdit& edit) {
-  const auto& tags = edit.tags();
+// Index just after the record's handle and its reactor groups, where a new
+// "102 {ACAD_XDICTIONARY" group belongs.
+size_t extensionGroupPosition(const Document& doc, RecordId id) {
+  size_t index = 0;
   size_t pos = 1;
-  if (pos < tags.size() && (tags[pos].code == 5 || tags[pos].code == 105)) ++pos;
-  while (pos < tags.size() && tags[pos].code == 102 && edit.text(pos) == "{ACAD_REACTORS") {
-    while (pos < tags.size() && !(tags[pos].code == 102 && edit.text(pos) == "}")) ++pos;
-    if (pos < tags.size()) ++pos;
+  bool in_reactors = false;
+  for (const Tag& tag : doc.scan(id)) {
+    size_t i = index++;
+    if (i == 0) continue;
+    if (i == 1 && (tag.code == 5 || tag.code == 105)) {
+      pos = 2;
+    } else if (in_reactors) {
+      if (tag.code == 102 && doc.text(tag) == "}") {
+        in_reactors = false;
+        pos = i + 1;
+      }
+    } else if (i == pos && tag.code == 102 && doc.text(tag) == "{ACAD_REACTORS") {
+      in_reactors = true;
+    } else {
+      break;
+    }
   }
-  return pos;
+  return in_reactors ? index : std::min(pos, index);
 }
 
 bool isFollower(std::string_view type) {
@@ -70,6 +82,20 @@ base::Result<RecordId> appendObject(Document& doc, std::vector<Tag> tags, Handle
   return id;
 }
 
+namespace {
+
+// The extension dictionary `handle` of `owner`, at the end of the objects.
+base::Result<RecordId> appendDictionary(Document& doc, RecordId owner, Handle handle) {
+  std::string owner_text = formatHandle(doc.record(owner).handle);
+  return appendObject(doc,
+                      {doc.makeTag(0, "DICTIONARY"), doc.makeTag(330, owner_text),
+                       doc.makeTag(100, "AcDbDictionary"), doc.makeTag(280, "1"),
+                       doc.makeTag(281, "1")},
+                      handle);
+}
+
+}  // namespace
+
 base::Result<RecordId> ensureExtensionDictionary(Document& doc, RecordId id) {
   Handle existing = extensionDictionaryOf(doc, id);
   if (existing != 0) {
@@ -77,16 +103,23 @@ base::Result<RecordId> ensureExtensionDictionary(Document& doc, RecordId id) {
     if (dict != kNoRecord) return dict;
   }
   if (base::Status status = requireObjects(doc); !status) return status;
+  // The entity is rewritten first so that the new dictionary is the record made last, which
+  // the entry added to it next can grow in place.
+  Handle dict_handle_value = doc.allocateHandle();
+  std::string dict_handle = formatHandle(dict_handle_value);
+  if (existing == 0 && doc.record(id).handle != 0) {
+    // The common case: a group inserted, the rest of the record kept as it lies.
+    Tag group[] = {doc.makeTag(102, "{ACAD_XDICTIONARY"), doc.makeTag(360, dict_handle),
+                   doc.makeTag(102, "}")};
+    doc.insertTags(id, extensionGroupPosition(doc, id), group);
+    return appendDictionary(doc, id, dict_handle_value);
+  }
   RecordEdit edit(doc, id);
   if (doc.record(id).handle == 0) {
     Handle h = doc.allocateHandle();
     edit.insert(1, 5, formatHandle(h));
     doc.indexHandle(id, h);
   }
-  // The entity is rewritten first so that the new dictionary is the record made last, which
-  // the entry added to it next can grow in place.
-  Handle dict_handle_value = doc.allocateHandle();
-  std::string dict_handle = formatHandle(dict_handle_value);
   if (existing != 0) {
     // A dangling pointer: replace it rather than add a second group.
     int at = -1;
@@ -98,18 +131,14 @@ base::Result<RecordId> ensureExtensionDictionary(Document& doc, RecordId id) {
     }
     if (at >= 0) edit.setText(static_cast<size_t>(at), dict_handle);
   } else {
-    size_t pos = extensionGroupPosition(edit);
-    edit.insert(pos, 102, "{ACAD_XDICTIONARY");
-    edit.insert(pos + 1, 360, dict_handle);
-    edit.insert(pos + 2, 102, "}");
+    edit.commit();  // the new handle goes in first: the group's place follows it
+    Tag group[] = {doc.makeTag(102, "{ACAD_XDICTIONARY"), doc.makeTag(360, dict_handle),
+                   doc.makeTag(102, "}")};
+    doc.insertTags(id, extensionGroupPosition(doc, id), group);
+    return appendDictionary(doc, id, dict_handle_value);
   }
   edit.commit();
-  std::string owner = formatHandle(doc.record(id).handle);
-  return appendObject(
-      doc,
-      {doc.makeTag(0, "DICTIONARY"), doc.makeTag(330, owner), doc.makeTag(100, "AcDbDictionary"),
-       doc.makeTag(280, "1"), doc.makeTag(281, "1")},
-      dict_handle_value);
+  return appendDictionary(doc, id, dict_handle_value);
 }
 
 bool releaseExtensionDictionary(Document& doc, RecordId id) {
