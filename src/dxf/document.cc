@@ -98,11 +98,22 @@ double Document::realValue(RecordId id, int code, double fallback) const {
   return tag && parseDouble(text(*tag), out) ? out : fallback;
 }
 
+namespace {
+
+// FNV-1a: short values are hashed for every tag an edit makes.
+uint64_t hashOf(std::string_view text) {
+  uint64_t hash = 14695981039346656037ull;
+  for (char c : text) hash = (hash ^ static_cast<unsigned char>(c)) * 1099511628211ull;
+  return hash;
+}
+
+}  // namespace
+
 Tag Document::makeTag(int code, std::string_view raw_text) {
   constexpr size_t kShort = 32;
   if (raw_text.size() > kShort) return {static_cast<int16_t>(code), text_.add(raw_text)};
   if (value_cache_.empty()) value_cache_.assign(kValueCacheSize, TextRef{UINT32_MAX, 0});
-  TextRef& cached = value_cache_[std::hash<std::string_view>()(raw_text) % kValueCacheSize];
+  TextRef& cached = value_cache_[hashOf(raw_text) % kValueCacheSize];
   if (cached.pos == UINT32_MAX || cached.len != raw_text.size() || text_.view(cached) != raw_text) {
     cached = text_.add(raw_text);
   }

@@ -4,11 +4,11 @@
 
 namespace dxf {
 
-TagScan::iterator::iterator(const TagSource& source) : source_(source) { enterPart(0); }
+TagScan::iterator::iterator(const TagSource& source) : source_(&source) { enterPart(0); }
 
 void TagScan::iterator::enterPart(int part) {
-  for (part_ = part; part_ < source_.part_count; ++part_) {
-    const TagSegment& segment = source_.parts[part_];
+  for (part_ = part; part_ < source_->part_count; ++part_) {
+    const TagSegment& segment = source_->parts[part_];
     if (segment.count == 0) continue;
     origin_ = at_ = segment.bytes;
     end_ = segment.bytes + segment.size;
@@ -44,7 +44,7 @@ void TagScan::iterator::decode() {
     return;
   }
   if (end_ - p < 3) {
-    part_ = source_.part_count;  // a damaged encoding ends the scan rather than reading past it
+    part_ = source_->part_count;  // a damaged encoding ends the scan rather than reading past it
     tag_ = {};
     return;
   }

@@ -49,7 +49,7 @@ struct TagSource {
 
 // The tags of one record, decoded one at a time as the range is walked. Nothing is copied,
 // so a scan is for reading a record straight through; it must not outlive a change to the
-// record (TagList keeps a copy).
+// record (TagList keeps a copy), and its iterators must not outlive it.
 class TagScan {
  public:
   class iterator {
@@ -65,7 +65,9 @@ class TagScan {
       return *this;
     }
     void operator++(int) { advance(); }
-    bool operator==(std::default_sentinel_t) const { return part_ >= source_.part_count; }
+    bool operator==(std::default_sentinel_t) const {
+      return source_ == nullptr || part_ >= source_->part_count;
+    }
     // The text position of the current tag's first byte (an ASCII tag's code line).
     uint32_t position() const { return start_pos_; }
 
@@ -81,7 +83,7 @@ class TagScan {
     void enterPart(int part);
     void decode();
 
-    TagSource source_;
+    const TagSource* source_ = nullptr;
     int part_ = 0;
     const char* origin_ = nullptr;
     const char* at_ = nullptr;
