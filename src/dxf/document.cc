@@ -211,6 +211,30 @@ bool Document::trySplice(RecordId id, std::span<const Tag> tags) {
   return true;
 }
 
+bool Document::tryUnsplice(RecordId id, std::span<const Tag> tags) {
+  Record& r = records_[id];
+  if (!r.spliced) return false;
+  TagSource parts = splicedSource(r);
+  TagSource file;
+  file.parts[0] = parts.parts[0];
+  file.parts[1] = parts.parts[2];
+  file.part_count = 2;
+  if (tags.size() != file.count()) return false;
+  size_t index = 0;
+  for (const Tag& tag : TagScan(file)) {
+    const Tag& want = tags[index++];
+    if (tag.code != want.code || tag.value.pos != want.value.pos ||
+        tag.value.len != want.value.len) {
+      return false;
+    }
+  }
+  r.pos = file.parts[0].pos;
+  r.size = file.parts[0].size + file.parts[1].size;
+  r.tag_count = static_cast<uint32_t>(tags.size());
+  r.spliced = false;
+  return true;
+}
+
 void Document::splice(RecordId id, uint32_t first_new, uint32_t offset,
                       std::span<const Tag> added) {
   Record& r = records_[id];
@@ -261,7 +285,7 @@ void Document::insertTags(RecordId id, size_t index, std::span<const Tag> tags) 
 // The record made or changed last is rewritten where it lies: an operation that makes an
 // object fills it in several edits. Any other record gets a new encoding.
 void Document::setTags(RecordId id, std::span<const Tag> tags) {
-  if (trySplice(id, tags)) {
+  if (tryUnsplice(id, tags) || trySplice(id, tags)) {
     noteTags(id, tags);
     return;
   }

@@ -203,6 +203,9 @@ class Document {
   // Keeps an unchanged ASCII record as its file bytes when `tags` are its tags with some
   // inserted at one place; returns false (nothing done) otherwise.
   bool trySplice(RecordId id, std::span<const Tag> tags);
+  // Makes a spliced record its file bytes again when `tags` are exactly those (what was
+  // inserted taken out again); returns false (nothing done) otherwise.
+  bool tryUnsplice(RecordId id, std::span<const Tag> tags);
   // Whether `id` is an unchanged ASCII record, whose file bytes a splice can keep.
   bool spliceable(const Record& r) const {
     return !r.changed && !r.spliced && r.size != 0 && format_ == Format::kAscii;

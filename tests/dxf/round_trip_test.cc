@@ -38,13 +38,15 @@ namespace {
 // Every way a record can be kept after an edit, over every record of every real drawing:
 // tags set again unchanged (a new encoding; binary drawings must still give the file
 // itself), one tag inserted into an unchanged record (the file's lines around it), an
-// insertion edited again, and tags set again edited again at once (rewritten in place).
-// The drawing written must read back to the tags that were set.
-enum class Edit { kSame, kInsert, kInsertTwice, kSameTwice };
+// insertion edited again, tags set again edited again at once (rewritten in place), and an
+// insertion taken out again (the file's bytes once more). The drawing written must read
+// back to the tags that were set; where they are the file's own, it must be the file.
+enum class Edit { kSame, kInsert, kInsertTwice, kSameTwice, kInsertRemoved };
 
 TEST_P(CorpusRoundTrip, EditedRecordsReadBackAsSet) {
   std::string bytes = testing_paths::readFile(GetParam());
-  for (Edit edit : {Edit::kSame, Edit::kInsert, Edit::kInsertTwice, Edit::kSameTwice}) {
+  for (Edit edit : {Edit::kSame, Edit::kInsert, Edit::kInsertTwice, Edit::kSameTwice,
+                    Edit::kInsertRemoved}) {
     SCOPED_TRACE(static_cast<int>(edit));
     auto doc = dxf::Document::parse(bytes, GetParam());
     ASSERT_TRUE(doc.isOk()) << doc.status().message();
@@ -54,11 +56,16 @@ TEST_P(CorpusRoundTrip, EditedRecordsReadBackAsSet) {
       std::vector<dxf::Tag> tags(list.begin(), list.end());
       // EOF carries whatever trails the file; a comment after it would be read as such.
       if (doc->type(id) != "EOF") {
-        if (edit == Edit::kInsert || edit == Edit::kInsertTwice) {
+        std::vector<dxf::Tag> original = tags;
+        if (edit == Edit::kInsert || edit == Edit::kInsertTwice || edit == Edit::kInsertRemoved) {
           size_t at = std::min<size_t>(2, tags.size());
           tags.insert(tags.begin() + static_cast<std::ptrdiff_t>(at), doc->makeTag(999, "TAXOR"));
         }
         doc->setTags(id, tags);
+        if (edit == Edit::kInsertRemoved) {
+          tags = original;
+          doc->setTags(id, tags);
+        }
         if (edit == Edit::kInsertTwice || edit == Edit::kSameTwice) {
           tags.push_back(doc->makeTag(999, "again"));
           doc->setTags(id, tags);
@@ -68,7 +75,8 @@ TEST_P(CorpusRoundTrip, EditedRecordsReadBackAsSet) {
       for (const dxf::Tag& tag : tags) want.emplace_back(tag.code, doc->text(tag));
     }
     std::string out = doc->serialize();
-    if (edit == Edit::kSame && doc->format() == dxf::Format::kBinary) {
+    if (edit == Edit::kInsertRemoved ||
+        (edit == Edit::kSame && doc->format() == dxf::Format::kBinary)) {
       EXPECT_TRUE(out == bytes);
       continue;
     }
