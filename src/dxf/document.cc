@@ -7,6 +7,7 @@
 #include "base/utf.h"
 #include "dxf/group_code.h"
 #include "dxf/number_text.h"
+#include "dxf/record_facts.h"
 
 namespace dxf {
 
@@ -26,42 +27,11 @@ uint16_t Document::internType(std::string_view name) {
 
 namespace {
 
-// What commands ask of nearly every record, read in one pass over its tags.
-struct RecordFacts {
-  Handle own_handle = 0;  // code 5 (105 for DIMSTYLE) before the first subclass marker
-  Handle xdict = 0;       // the 360 of "102 {ACAD_XDICTIONARY", before the first marker
-  bool xdict_group = false;  // such a group is there, whatever it holds
-  bool paper = false;     // the first 67 (before the type's own subclass) holds a 1
-};
-
 template <typename Tags>
 RecordFacts factsOf(const Document& doc, const Tags& tags) {
-  RecordFacts facts;
-  bool in_xdict = false;
-  bool common = true;       // before the first subclass marker
-  bool handle_open = true;  // before the first marker or application group
-  bool seen_paper = false;
-  for (const Tag& tag : tags) {
-    if (tag.code == 100) {
-      common = handle_open = false;
-      if (doc.text(tag) != "AcDbEntity") break;
-      continue;
-    }
-    if (tag.code == 67 && !seen_paper) {
-      seen_paper = true;
-      facts.paper = doc.text(tag).find('1') != std::string_view::npos;
-    }
-    if (tag.code == 102) {
-      handle_open = false;
-      if (common) in_xdict = doc.text(tag) == "{ACAD_XDICTIONARY";
-      facts.xdict_group |= in_xdict;
-    } else if (common && in_xdict && tag.code == 360 && facts.xdict == 0) {
-      facts.xdict = parseHandle(doc.text(tag));
-    } else if (handle_open && (tag.code == 5 || tag.code == 105) && facts.own_handle == 0) {
-      facts.own_handle = parseHandle(doc.text(tag));
-    }
-  }
-  return facts;
+  RecordFactsReader reader;
+  for (const Tag& tag : tags) reader.add(tag.code, doc.text(tag));
+  return reader.facts();
 }
 
 }  // namespace
@@ -593,7 +563,6 @@ base::Status Document::buildStructure(const std::string& name) {
   RecordId open_section = kNoRecord;
   RecordId open_table = kNoRecord;
   std::string section_name;
-  std::vector<RecordId> with_xdict;
   for (RecordId id = first_; id != kNoRecord; id = records_[id].next) {
     std::string_view t = type(id);
     if (t == "SECTION") {
@@ -634,14 +603,7 @@ base::Status Document::buildStructure(const std::string& name) {
         open_table = kNoRecord;
       }
     }
-    RecordFacts facts = factsOf(*this, scan(id));
-    records_[id].xdict = facts.xdict;
-    records_[id].paper = facts.paper;
-    if (facts.xdict_group) with_xdict.push_back(id);
-    if (facts.own_handle != 0) {
-      records_[id].handle = facts.own_handle;
-      handles_.emplace_back(facts.own_handle, id);
-    }
+
   }
   if (open_section != kNoRecord) {
     return base::Status::invalid(where(last_) + "section " + section_name + " is not closed");
@@ -656,7 +618,9 @@ base::Status Document::buildStructure(const std::string& name) {
   }
   if (!handles_.empty()) next_handle_ = handles_.back().first + 1;
   buildDenseIndex();
-  if (base::Status status = checkExtensionDictionaries(name, with_xdict); !status) return status;
+  base::Status status = checkExtensionDictionaries(name, xdict_candidates_);
+  xdict_candidates_ = {};
+  if (!status) return status;
 
   std::vector<Tag> var = headerVariable("$ACADVER");
   if (!var.empty()) version_ = std::string(text(var.front()));

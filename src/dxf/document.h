@@ -225,6 +225,8 @@ class Document {
   void writeTo(Out& out) const;
 
   std::string raw_;  // the file as read
+  // While loading: the records with an extension dictionary group, to be checked.
+  std::vector<RecordId> xdict_candidates_;
   // A binary file's records read from its text (their encodings); these are their bytes.
   std::vector<std::pair<uint32_t, uint32_t>> binary_raw_;
   TextStore text_;

@@ -6,6 +6,7 @@
 #include "dxf/document.h"
 #include "dxf/group_code.h"
 #include "dxf/number_text.h"
+#include "dxf/record_facts.h"
 
 namespace dxf {
 
@@ -55,6 +56,7 @@ class DocumentBuilder {
   void addTag(int code, std::string_view value, uint32_t raw_pos, uint32_t code_pos = 0) {
     if (code == 0 || doc_.last_ == kNoRecord) {
       closeRecord(raw_pos, code_pos);
+      facts_ = RecordFactsReader();
       Record r;
       if (code == 0) r.type = internType(value);
       if (doc_.format_ == Format::kBinary) {
@@ -71,6 +73,7 @@ class DocumentBuilder {
       doc_.last_ = id;
     }
     ++doc_.records_[doc_.last_].tag_count;
+    facts_.add(code, value);
   }
   // The same structure name follows itself for long runs (entities of one kind).
   uint16_t internType(std::string_view name) {
@@ -83,6 +86,15 @@ class DocumentBuilder {
   void closeRecord(uint32_t raw_pos, uint32_t code_pos = 0) {
     if (doc_.last_ == kNoRecord) return;
     Record& r = doc_.records_[doc_.last_];
+    const RecordFacts& facts = facts_.facts();
+    r.xdict = facts.xdict;
+    r.paper = facts.paper;
+    if (facts.xdict_group) doc_.xdict_candidates_.push_back(doc_.last_);
+    // A section's 5 tags are header variables ($HANDSEED), not a handle of its own.
+    if (facts.own_handle != 0 && doc_.type_names_[r.type] != "SECTION") {
+      r.handle = facts.own_handle;
+      doc_.handles_.emplace_back(facts.own_handle, doc_.last_);
+    }
     if (doc_.format_ == Format::kBinary) {
       doc_.binary_raw_.back().second = raw_pos;
       r.size = code_pos - r.pos;
@@ -95,6 +107,7 @@ class DocumentBuilder {
   const std::string& name_;
   uint16_t last_type_ = 0;
   std::string_view last_type_name_;
+  RecordFactsReader facts_;
 };
 
 base::Status DocumentBuilder::readAscii() {

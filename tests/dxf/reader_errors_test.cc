@@ -67,10 +67,19 @@ std::string dropLines(std::string text, int first, int count) {
   return text.erase(begin, end - begin);
 }
 
+// Valid, and read as written: the handles of the objects (not the header's 5 tag, which
+// is $HANDSEED and the next handle to give out), the line's extension dictionary.
 TEST(ReaderErrorsTest, TheSampleIsValid) {
   auto doc = dxf::Document::parse(good(), "good.dxf");
   ASSERT_TRUE(doc.isOk()) << doc.status().message();
   EXPECT_EQ(doc->serialize(), good());
+  dxf::RecordId line = doc->byHandle(0x20);
+  ASSERT_NE(line, dxf::kNoRecord);
+  EXPECT_EQ(doc->type(line), "LINE");
+  EXPECT_EQ(doc->record(line).xdict, 0x21u);
+  EXPECT_EQ(doc->type(doc->byHandle(0x21)), "DICTIONARY");
+  EXPECT_EQ(doc->byHandle(0x30), dxf::kNoRecord);
+  EXPECT_EQ(doc->allocateHandle(), 0x30u);
 }
 
 TEST(ReaderErrorsTest, DamagedInputNamesFileLineAndFault) {

@@ -1,0 +1,53 @@
+// What commands ask of nearly every record, read in one pass over its tags: by the reader as
+// the file streams past, and again for a record whose tags change.
+#pragma once
+
+#include <string_view>
+
+#include "dxf/number_text.h"
+
+namespace dxf {
+
+struct RecordFacts {
+  uint64_t own_handle = 0;   // code 5 (105 for DIMSTYLE) before the first subclass marker
+  uint64_t xdict = 0;        // the 360 of "102 {ACAD_XDICTIONARY", before the first marker
+  bool xdict_group = false;  // such a group is there, whatever it holds
+  bool paper = false;        // the first 67 (before the type's own subclass) holds a 1
+};
+
+class RecordFactsReader {
+ public:
+  // Takes the record's tags in order, its code 0 tag included.
+  void add(int code, std::string_view value) {
+    if (done_) return;
+    if (code == 100) {
+      common_ = handle_open_ = false;
+      done_ = value != "AcDbEntity";
+      return;
+    }
+    if (code == 67 && !seen_paper_) {
+      seen_paper_ = true;
+      facts_.paper = value.find('1') != std::string_view::npos;
+    }
+    if (code == 102) {
+      handle_open_ = false;
+      if (common_) in_xdict_ = value == "{ACAD_XDICTIONARY";
+      facts_.xdict_group |= in_xdict_;
+    } else if (common_ && in_xdict_ && code == 360 && facts_.xdict == 0) {
+      facts_.xdict = parseHandle(value);
+    } else if (handle_open_ && (code == 5 || code == 105) && facts_.own_handle == 0) {
+      facts_.own_handle = parseHandle(value);
+    }
+  }
+  const RecordFacts& facts() const { return facts_; }
+
+ private:
+  RecordFacts facts_;
+  bool done_ = false;
+  bool in_xdict_ = false;
+  bool common_ = true;       // before the first subclass marker
+  bool handle_open_ = true;  // before the first marker or application group
+  bool seen_paper_ = false;
+};
+
+}  // namespace dxf
