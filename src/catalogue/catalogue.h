@@ -20,6 +20,9 @@
 
 namespace catalogue {
 
+// The longest class name a class file may give, in UTF-16 units.
+inline constexpr size_t kMaxObjectName = 132;
+
 // A node of the classification tree.
 struct Group {
   std::vector<Group> children;  // file order

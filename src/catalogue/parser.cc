@@ -21,7 +21,6 @@ using PM = ParseMessage;
 using Tokens = std::vector<std::wstring>;
 
 // Name limits count UTF-16 code units.
-constexpr size_t kMaxObjectName = 132;
 
 std::wstring trimName(std::wstring_view text) {
   size_t first = text.find_first_not_of(L" \t");

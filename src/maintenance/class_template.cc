@@ -3,6 +3,8 @@
 #include <map>
 
 #include "base/text_case.h"
+#include "base/utf.h"
+#include "catalogue/catalogue.h"
 #include "catalogue/class_writer.h"
 #include "draw/entity_definition.h"
 
@@ -69,6 +71,15 @@ std::wstring expandClassName(std::wstring_view format, int number, std::wstring_
   return name;
 }
 
+std::wstring className(std::wstring_view format, int number, std::wstring_view layer,
+                       std::wstring_view type) {
+  std::wstring name = expandClassName(format, number, layer, type);
+  name.resize(base::utf16Prefix(name, catalogue::kMaxObjectName));
+  // A blank at the end of a field would not survive the file.
+  while (!name.empty() && name.back() == L' ') name.pop_back();
+  return name;
+}
+
 void DefinitionList::add(draw::DrawingProperties definition) {
   std::wstring key = definition.object_types.empty() ? std::wstring() : definition.object_types[0];
   key += L'\n';
@@ -110,8 +121,7 @@ std::wstring composeTemplate(const TemplateSource& source) {
     for (size_t index : members) {
       catalogue::ObjectClass cls;
       cls.properties = source.definitions[index];
-      cls.display_name =
-          expandClassName(source.name_format, ++number, layerOf(cls.properties), type);
+      cls.display_name = className(source.name_format, ++number, layerOf(cls.properties), type);
       out += catalogue::writeClassDefinition(cls, nullptr, source.precision);
       out += L"\tvel_name\tVEL_NAME\n\t\tvel_key\tVEL_KEY\n\n";
     }

@@ -24,6 +24,11 @@ bool isValidNameFormat(std::wstring_view format);
 std::wstring expandClassName(std::wstring_view format, int number, std::wstring_view layer,
                              std::wstring_view type);
 
+// The class name the template gives: the expanded format, cut to the longest name a class
+// file may hold (never inside a character) and without blanks at its end.
+std::wstring className(std::wstring_view format, int number, std::wstring_view layer,
+                       std::wstring_view type);
+
 // The distinct definitions of a drawing's entities, in the order first met.
 class DefinitionList {
  public:

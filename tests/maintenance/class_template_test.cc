@@ -32,6 +32,29 @@ TEST(ClassTemplateTest, NameFormats) {
   }
 }
 
+// Long layer names give class names a class file still holds: cut at 132 UTF-16 units,
+// never inside a character, without a blank at the end.
+TEST(ClassTemplateTest, LongNamesAreCut) {
+  const std::wstring emoji = L"\U0001F600";  // two UTF-16 units
+  struct Case {
+    std::wstring layer;
+    size_t units;  // of the class name "line_1_" + layer
+  };
+  std::wstring pairs;
+  for (int i = 0; i < 100; ++i) pairs += emoji;
+  const Case cases[] = {
+      {std::wstring(200, L'x'), 132},
+      {pairs, 131},
+      {std::wstring(124, L'x') + L"  yy", 131},
+      {L"short", 12},
+  };
+  for (const Case& c : cases) {
+    std::wstring name = maintenance::className(L"%t_%i_%L", 1, c.layer, L"Line");
+    EXPECT_EQ(base::utf16Length(name), c.units) << base::toUtf8(c.layer);
+    EXPECT_TRUE((L"line_1_" + c.layer).starts_with(name));
+  }
+}
+
 draw::DrawingProperties definition(const wchar_t* type, const wchar_t* layer) {
   draw::DrawingProperties p;
   p.object_types = {type};
