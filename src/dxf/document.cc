@@ -11,8 +11,6 @@
 
 namespace dxf {
 
-namespace {}  // namespace
-
 uint16_t Document::internType(std::string_view name) {
   if (name.empty()) return 0;
   auto it = type_index_.find(name);
@@ -36,10 +34,13 @@ RecordFacts factsOf(const Document& doc, const Tags& tags) {
 
 }  // namespace
 
-void Document::noteTags(RecordId id, std::span<const Tag> tags) {
-  Record& r = records_[id];
-  r.type = !tags.empty() && tags[0].code == 0 ? internType(text_.view(tags[0].value)) : 0;
+void Document::noteTags(RecordId id) {
+  TagScan tags = scan(id);
+  auto first = tags.begin();
+  uint16_t type = first != tags.end() && first->code == 0 ? internType(text(*first)) : 0;
   RecordFacts facts = factsOf(*this, tags);
+  Record& r = records_[id];
+  r.type = type;
   r.xdict = facts.xdict;
   r.paper = facts.paper;
 }
@@ -68,217 +69,10 @@ double Document::realValue(RecordId id, int code, double fallback) const {
   return tag && parseDouble(text(*tag), out) ? out : fallback;
 }
 
-namespace {
-
-// FNV-1a: short values are hashed for every tag an edit makes.
-uint64_t hashOf(std::string_view text) {
-  uint64_t hash = 14695981039346656037ull;
-  for (char c : text) hash = (hash ^ static_cast<unsigned char>(c)) * 1099511628211ull;
-  return hash;
-}
-
-}  // namespace
-
-Tag Document::makeTag(int code, std::string_view raw_text) {
-  constexpr size_t kShort = 32;
-  if (raw_text.size() > kShort) return {static_cast<int16_t>(code), text_.add(raw_text)};
-  if (value_cache_.empty()) value_cache_.assign(kValueCacheSize, TextRef{UINT32_MAX, 0});
-  TextRef& cached = value_cache_[hashOf(raw_text) % kValueCacheSize];
-  if (cached.pos == UINT32_MAX || cached.len != raw_text.size() || text_.view(cached) != raw_text) {
-    cached = text_.add(raw_text);
-  }
-  return {static_cast<int16_t>(code), cached};
-}
-
-Tag Document::makeTag(int code, double value) { return makeTag(code, formatDouble(value)); }
-Tag Document::makeTag(int code, int64_t value) { return makeTag(code, formatInt(value)); }
-
 // A record's handle is its code 5 tag (105 for DIMSTYLE) among the tags before the first
 // subclass marker; later 5 tags belong to something else ($HANDSEED in the header).
 static Handle findOwnHandle(const Document& doc, RecordId id) {
   return factsOf(doc, doc.scan(id)).own_handle;
-}
-
-void Document::encode(std::span<const Tag> tags, std::string& out) {
-  constexpr size_t kMaxShared = 1 << 16;
-  constexpr size_t kLongest = 64;
-  for (const Tag& tag : tags) {
-    std::string_view value = text_.view(tag.value);
-    bool recurring = tag.code == 0 || tag.code == 2 || tag.code == 3 || tag.code == 6 ||
-                     tag.code == 7 || tag.code == 8 || tag.code == 100 || tag.code == 102 ||
-                     tag.code == 1001;
-    if (!recurring || value.empty() || value.size() > kLongest) {
-      encodeTag(tag.code, value, out);
-      continue;
-    }
-    auto it = shared_index_.find(value);
-    if (it == shared_index_.end()) {
-      // Reserved whole at once: scans read the list while it grows.
-      if (shared_.capacity() < kMaxShared) shared_.reserve(kMaxShared);
-      if (shared_.size() >= kMaxShared) {
-        encodeTag(tag.code, value, out);
-        continue;
-      }
-      TextRef ref = text_.add(value);
-      it = shared_index_.emplace(text_.view(ref), static_cast<uint32_t>(shared_.size())).first;
-      shared_.push_back(ref);
-    }
-    encodeSharedTag(tag.code, it->second, out);
-  }
-}
-
-// The splice header: the file bytes' first byte and length, the index of the first new
-// tag, the offset into the bytes where the new tags go, the count of the file's tags; then
-// the new tags.
-TagSource Document::splicedSource(const Record& r, std::string_view* file,
-                                  uint32_t* insert_at) const {
-  std::string_view code = text_.view({r.pos, r.size});
-  const char* at = code.data();
-  const char* end = at + code.size();
-  uint32_t raw_begin = std::min<uint32_t>(decodeVarint(at, end), static_cast<uint32_t>(raw_.size()));
-  uint32_t raw_size =
-      std::min<uint32_t>(decodeVarint(at, end), static_cast<uint32_t>(raw_.size()) - raw_begin);
-  uint32_t first_new = decodeVarint(at, end);
-  uint32_t offset = std::min(decodeVarint(at, end), raw_size);
-  uint32_t file_tags = std::min(decodeVarint(at, end), r.tag_count);
-  first_new = std::min(first_new, file_tags);
-  if (file != nullptr) *file = std::string_view(raw_).substr(raw_begin, raw_size);
-  if (insert_at != nullptr) *insert_at = offset;
-  TagSource source;
-  source.part_count = 3;
-  const char* raw = raw_.data() + raw_begin;
-  source.parts[0] = {raw, raw_begin, offset, first_new, true, {}};
-  auto header = static_cast<uint32_t>(at - code.data());
-  source.parts[1] = {at, r.pos + header, r.size - header, r.tag_count - file_tags, false, shared_};
-  source.parts[2] = {raw + offset, raw_begin + offset, raw_size - offset, file_tags - first_new,
-                     true, {}};
-  return source;
-}
-
-bool Document::trySplice(RecordId id, std::span<const Tag> tags) {
-  Record& r = records_[id];
-  if (!spliceable(r) || tags.size() <= r.tag_count) return false;
-  auto same = [](const Tag& a, const Tag& b) {
-    return a.code == b.code && a.value.pos == b.value.pos && a.value.len == b.value.len;
-  };
-  TagScan old = scan(id);
-  size_t first_new = 0;
-  uint32_t offset = r.size;
-  for (auto it = old.begin(); it != old.end(); ++it, ++first_new) {
-    if (!same(*it, tags[first_new])) {
-      offset = it.position() - r.pos;
-      break;
-    }
-  }
-  size_t file_tags = r.tag_count;
-  size_t added = tags.size() - file_tags;
-  size_t index = 0;
-  for (const Tag& tag : old) {
-    if (index >= first_new && !same(tag, tags[index + added])) return false;
-    ++index;
-  }
-  splice(id, static_cast<uint32_t>(first_new), offset, tags.subspan(first_new, added));
-  return true;
-}
-
-bool Document::tryUnsplice(RecordId id, std::span<const Tag> tags) {
-  Record& r = records_[id];
-  if (!r.spliced) return false;
-  TagSource parts = splicedSource(r);
-  TagSource file;
-  file.parts[0] = parts.parts[0];
-  file.parts[1] = parts.parts[2];
-  file.part_count = 2;
-  if (tags.size() != file.count()) return false;
-  size_t index = 0;
-  for (const Tag& tag : TagScan(file)) {
-    const Tag& want = tags[index++];
-    if (tag.code != want.code || tag.value.pos != want.value.pos ||
-        tag.value.len != want.value.len) {
-      return false;
-    }
-  }
-  r.pos = file.parts[0].pos;
-  r.size = file.parts[0].size + file.parts[1].size;
-  r.tag_count = static_cast<uint32_t>(tags.size());
-  r.spliced = false;
-  return true;
-}
-
-void Document::splice(RecordId id, uint32_t first_new, uint32_t offset,
-                      std::span<const Tag> added) {
-  Record& r = records_[id];
-  encode_scratch_.clear();
-  encodeVarint(r.pos, encode_scratch_);
-  encodeVarint(r.size, encode_scratch_);
-  encodeVarint(first_new, encode_scratch_);
-  encodeVarint(offset, encode_scratch_);
-  encodeVarint(r.tag_count, encode_scratch_);
-  encode(added, encode_scratch_);
-  TextRef code = text_.add(encode_scratch_, TextStore::Lane::kEncodings);
-  r.pos = code.pos;
-  r.size = code.len;
-  r.tag_count += static_cast<uint32_t>(added.size());
-  r.spliced = true;
-}
-
-void Document::insertTags(RecordId id, size_t index, std::span<const Tag> tags) {
-  if (tags.empty()) return;
-  const Record& r = records_[id];
-  if (spliceable(r) && index <= r.tag_count) {
-    uint32_t offset = r.size;
-    size_t at = 0;
-    TagScan old = scan(id);
-    for (auto it = old.begin(); it != old.end(); ++it, ++at) {
-      if (at == index) {
-        offset = it.position() - r.pos;
-        break;
-      }
-    }
-    splice(id, static_cast<uint32_t>(index), offset, tags);
-    TagScan all = scan(id);
-    auto first = all.begin();
-    Record& spliced = records_[id];
-    spliced.type = first != all.end() && first->code == 0 ? internType(text(*first)) : 0;
-    RecordFacts facts = factsOf(*this, all);
-    spliced.xdict = facts.xdict;
-    spliced.paper = facts.paper;
-    return;
-  }
-  TagList old = this->tags(id);
-  std::vector<Tag> all(old.begin(), old.end());
-  index = std::min(index, all.size());
-  all.insert(all.begin() + static_cast<std::ptrdiff_t>(index), tags.begin(), tags.end());
-  setTags(id, all);
-}
-
-// The record made or changed last is rewritten where it lies: an operation that makes an
-// object fills it in several edits. Any other record gets a new encoding.
-void Document::setTags(RecordId id, std::span<const Tag> tags) {
-  if (tryUnsplice(id, tags) || trySplice(id, tags)) {
-    noteTags(id, tags);
-    return;
-  }
-  encode_scratch_.clear();
-  encode(tags, encode_scratch_);
-  Record& r = records_[id];
-  std::optional<TextRef> in_place;
-  if (r.changed) in_place = text_.replaceLast({r.pos, r.size}, encode_scratch_);
-  TextRef code = in_place ? *in_place : text_.add(encode_scratch_, TextStore::Lane::kEncodings);
-  r.pos = code.pos;
-  r.size = code.len;
-  r.tag_count = static_cast<uint32_t>(tags.size());
-  r.changed = true;
-  r.spliced = false;
-  noteTags(id, tags);
-}
-
-RecordId Document::newRecord(std::span<const Tag> tags) {
-  RecordId id = static_cast<RecordId>(records_.size());
-  records_.emplace_back();
-  records_[id].erased = true;  // until linked
-  setTags(id, tags);
-  return id;
 }
 
 void Document::insertBefore(RecordId pos, RecordId id) {

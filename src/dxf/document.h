@@ -188,8 +188,8 @@ class Document {
   // The index of structure name `name` (the text of a code 0 tag) in type_names_.
   uint16_t internType(std::string_view name);
   // Keeps the facts a record caches (type, extension dictionary, paper space) in step with
-  // its tags.
-  void noteTags(RecordId id, std::span<const Tag> tags);
+  // its tags, after they changed.
+  void noteTags(RecordId id);
 
   // A spliced record's three runs of tags; `file`, when given, receives its file bytes and
   // `insert_at` the offset into them at which the new tags go.

@@ -119,6 +119,12 @@ void Document::writeTo(Out& out) const {
   }
 
   const std::string_view eol = crlf_ ? "\r\n" : "\n";
+  auto writeAscii = [&](int code, std::string_view value) {
+    out.append(codeText(code, padded_codes_));
+    out.append(eol);
+    out.append(value);
+    out.append(eol);
+  };
   const std::string_view raw = raw_;
   for (RecordId id = first_; id != kNoRecord;) {
     const Record& r = records_[id];
@@ -144,12 +150,7 @@ void Document::writeTo(Out& out) const {
       uint32_t insert_at = 0;
       TagSource parts = splicedSource(r, &file, &insert_at);
       out.append(file.substr(0, insert_at));
-      for (const Tag& tag : TagScan(TagSource(parts.parts[1]))) {
-        out.append(codeText(tag.code, padded_codes_));
-        out.append(eol);
-        out.append(text(tag));
-        out.append(eol);
-      }
+      for (const Tag& tag : TagScan(TagSource(parts.parts[1]))) writeAscii(tag.code, text(tag));
       out.append(file.substr(insert_at));
       id = r.next;
       continue;
@@ -159,10 +160,7 @@ void Document::writeTo(Out& out) const {
       std::string_view value =
           handseed_here && index++ == handseed_at ? std::string_view(handseed_text) : text(tag);
       if (format_ == Format::kAscii) {
-        out.append(codeText(tag.code, padded_codes_));
-        out.append(eol);
-        out.append(value);
-        out.append(eol);
+        writeAscii(tag.code, value);
         continue;
       }
       int code = tag.code;
