@@ -34,12 +34,22 @@ TagTexts textsOf(const dxf::Document& doc, auto&& tags) {
   return out;
 }
 
+// $HANDSEED is written current on save, so it moves when an edit gives out a handle.
+TagTexts withoutHandseed(TagTexts tags) {
+  for (size_t i = 0; i + 1 < tags.size(); ++i) {
+    if (tags[i] == std::make_pair(9, std::string("$HANDSEED"))) tags[i + 1].second.clear();
+  }
+  return tags;
+}
+
 void checkEdits(dxf::Document& doc) {
   std::vector<TagTexts> expected;
   size_t index = 0;
   for (dxf::RecordId id = doc.first(); id != dxf::kNoRecord; id = doc.next(id), ++index) {
     dxf::TagList list = doc.tags(id);
     std::vector<dxf::Tag> tags(list.begin(), list.end());
+    // A record sharing an earlier one's handle is given a fresh one when it changes.
+    bool rehandled = doc.record(id).rehandle;
     // EOF carries whatever trails the file; a tag after it would be read as part of that.
     if (doc.type(id) != "EOF" && !tags.empty()) {
       if (index % 3 != 1) {
@@ -52,7 +62,14 @@ void checkEdits(dxf::Document& doc) {
         doc.setTags(id, tags);
       }
     }
-    expected.push_back(textsOf(doc, tags));
+    TagTexts now = textsOf(doc, doc.scan(id));
+    TagTexts set = textsOf(doc, tags);
+    if (now != set && !(rehandled && now.size() == set.size())) {
+      std::fprintf(stderr, "dxf_reader_fuzzer: record %zu holds other tags than were set\n",
+                   index);
+      std::abort();
+    }
+    expected.push_back(withoutHandseed(std::move(now)));
   }
   auto edited = dxf::Document::parse(doc.serialize(), "fuzz-edited");
   if (!edited.isOk()) {
@@ -62,7 +79,8 @@ void checkEdits(dxf::Document& doc) {
   }
   index = 0;
   for (dxf::RecordId id = edited->first(); id != dxf::kNoRecord; id = edited->next(id), ++index) {
-    if (index >= expected.size() || textsOf(*edited, edited->scan(id)) != expected[index]) {
+    if (index >= expected.size() ||
+        withoutHandseed(textsOf(*edited, edited->scan(id))) != expected[index]) {
       std::fprintf(stderr, "dxf_reader_fuzzer: edited record %zu reads back otherwise\n", index);
       std::abort();
     }

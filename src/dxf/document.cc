@@ -107,7 +107,7 @@ void Document::link(RecordId pos, RecordId id) {
     last_ = id;
   }
   Handle h = findOwnHandle(*this, id);
-  if (h != 0) indexHandle(id, h);
+  if (h != 0 && !r.rehandle) indexHandle(id, h);
 }
 
 void Document::unlinkQuietly(RecordId id) {
@@ -191,8 +191,7 @@ void Document::indexHandle(RecordId id, Handle handle) {
   if (handle >= next_handle_) next_handle_ = handle + 1;
   if (dense_ && handle >= dense_handles_.size()) {
     if (denseEnough(handle)) {
-      dense_handles_.resize(std::max<size_t>(handle + 1, dense_handles_.size() * 3 / 2),
-                            kNoRecord);
+      dense_handles_.resize(std::max<size_t>(handle + 1, dense_handles_.size() * 3 / 2), kNoRecord);
     } else {
       // Too sparse from now on: the sorted list takes over.
       dense_ = false;
@@ -213,8 +212,7 @@ void Document::indexHandle(RecordId id, Handle handle) {
     ++handle_count_;
     return;
   }
-  auto it =
-      std::lower_bound(handles_.begin(), handles_.end(), std::make_pair(handle, RecordId{0}));
+  auto it = std::lower_bound(handles_.begin(), handles_.end(), std::make_pair(handle, RecordId{0}));
   if (it != handles_.end() && it->first == handle) {
     it->second = id;
   } else {
@@ -320,36 +318,104 @@ void Document::setHeaderVariable(std::string_view name, std::span<const Tag> val
   setTags(head, out);
 }
 
-// References are resolved once every record exists. An extension dictionary that names no
-// object is refused: the data the system keeps there would have nowhere to go. Dangling
-// entries of ordinary dictionaries are common in real drawings (some writers leave them
-// behind); they are kept as read and treated as absent.
-base::Status Document::checkExtensionDictionaries(const std::string& name,
-                                                  std::span<const RecordId> candidates) const {
-  for (RecordId id : candidates) {
-    if (byHandle(records_[id].xdict) != kNoRecord) continue;
+void Document::addFault(uint32_t offset, const std::string& name, std::string what) {
+  pending_faults_.emplace_back(offset, placeOf(name, offset) + std::move(what));
+}
+
+uint32_t Document::offsetOf(RecordId id, const Tag* tag) const {
+  if (tag != nullptr && format_ == Format::kAscii && !records_[id].changed) return tag->value.pos;
+  return fileBytes(id).first;
+}
+
+// "LINE 2F", naming an object as a CAD program's audit does.
+static std::string objectName(std::string_view type, Handle handle) {
+  return std::string(type) + " " + formatHandle(handle);
+}
+
+// The first object with a handle keeps it: references in the file most likely mean that one.
+void Document::noteDuplicateHandles(const std::string& name) {
+  std::sort(handles_.begin(), handles_.end());  // equal handles: file order, ids rising
+  size_t kept = 0;
+  for (size_t i = 0; i < handles_.size(); ++i) {
+    auto [handle, id] = handles_[i];
+    if (kept == 0 || handle != handles_[kept - 1].first) {
+      handles_[kept++] = handles_[i];
+      continue;
+    }
+    RecordId first = handles_[kept - 1].second;
+    records_[id].rehandle = true;
+    addFault(offsetOf(id), name,
+             "warning: " + objectName(type(id), handle) + " uses the handle of " +
+                 objectName(type(first), handle) + " at " + lineOf(offsetOf(first)) +
+                 "; references to the handle mean the first, and this one is given a new "
+                 "handle when it is changed (an audit in a CAD program repairs the file)");
+  }
+  handles_.resize(kept);
+}
+
+// Dangling entries of ordinary dictionaries are common in real drawings and are treated as
+// absent where they are read; a dangling extension dictionary is reported, since data
+// attached to the object later replaces it.
+void Document::noteDanglingExtensionDictionaries(const std::string& name) {
+  for (RecordId id : xdict_candidates_) {
+    Handle xdict = records_[id].xdict;
+    if (xdict != 0 && byHandle(xdict) != kNoRecord) continue;
     TagScan record_tags = scan(id);
-    auto it = record_tags.begin();
-    if (it == record_tags.end()) continue;
-    for (++it; it != record_tags.end(); ++it) {
-      if (it->code == 100) break;
-      if (it->code != 102 || text(*it) != "{ACAD_XDICTIONARY") continue;
-      if (++it == record_tags.end()) break;
-      const Tag pointer = *it;
-      if (pointer.code == 360 && byHandle(parseHandle(text(pointer))) != kNoRecord) break;
-      uint32_t at = format_ == Format::kAscii ? pointer.value.pos : fileBytes(id).first;
-      return base::Status::invalid(placeOf(name, at) + "the extension dictionary handle '" +
-                                   std::string(text(pointer)) + "' names no object");
+    std::optional<Tag> pointer;
+    bool in_group = false;
+    for (const Tag& tag : record_tags) {
+      if (tag.code == 100) break;
+      if (tag.code == 102) in_group = text(tag) == "{ACAD_XDICTIONARY";
+      if (in_group && tag.code != 102) {
+        pointer = tag;
+        break;
+      }
+    }
+    std::string value = pointer ? std::string(text(*pointer)) : std::string();
+    // Never given to a new object: that one would become this object's dictionary.
+    next_handle_ = std::max(next_handle_, xdict + 1);
+    addFault(offsetOf(id, pointer ? &*pointer : nullptr), name,
+             "warning: " + objectName(type(id), records_[id].handle) +
+                 ": the extension dictionary handle '" + value +
+                 "' names no object; the object is read as having none, and attaching data "
+                 "to it gives it a new one");
+  }
+  xdict_candidates_ = {};
+}
+
+// Text that is not UTF-8 in a drawing that declares it is read with U+FFFD in its place
+// and written back as it came. One report, naming the first: such files are usually
+// wrong throughout (another code page saved as UTF-8).
+void Document::noteTextThatIsNotUtf8(const std::string& name) {
+  std::optional<std::pair<RecordId, Tag>> first;
+  size_t count = 0;
+  for (RecordId id = first_; id != kNoRecord; id = records_[id].next) {
+    for (const Tag& tag : scan(id)) {
+      if (valueKind(tag.code) != ValueKind::kString || base::isValidUtf8(text(tag))) continue;
+      if (!first) first.emplace(id, tag);
+      ++count;
     }
   }
-  return base::Status::ok();
+  if (!first) return;
+  auto [id, tag] = *first;
+  std::string more = count == 1 ? "" : " (and " + std::to_string(count - 1) + " more values)";
+  addFault(offsetOf(id, &tag), name,
+           "warning: group code " + std::to_string(tag.code) + " of " +
+               objectName(type(id), records_[id].handle) + " holds bytes that are not UTF-8" +
+               more +
+               "; they read as U+FFFD and are written back unchanged (save the drawing "
+               "again from the program that made it to repair it)");
+}
+
+std::string Document::lineOf(uint32_t offset) const {
+  if (format_ == Format::kBinary) return "byte " + std::to_string(offset);
+  // Lines are counted only when a message needs one.
+  return "line " + std::to_string(1 + std::count(raw_.begin(), raw_.begin() + offset, '\n'));
 }
 
 std::string Document::placeOf(const std::string& name, uint32_t offset) const {
   if (format_ == Format::kBinary) return name + ": byte " + std::to_string(offset) + ": ";
-  // Lines are counted only when an error needs one.
-  uint64_t line = 1 + std::count(raw_.begin(), raw_.begin() + offset, '\n');
-  return name + ":" + std::to_string(line) + ": ";
+  return name + ":" + lineOf(offset).substr(5) + ": ";
 }
 
 base::Status Document::buildStructure(const std::string& name) {
@@ -397,24 +463,15 @@ base::Status Document::buildStructure(const std::string& name) {
         open_table = kNoRecord;
       }
     }
-
   }
   if (open_section != kNoRecord) {
     return base::Status::invalid(where(last_) + "section " + section_name + " is not closed");
   }
 
-  std::sort(handles_.begin(), handles_.end());
-  for (size_t i = 1; i < handles_.size(); ++i) {
-    if (handles_[i].first == handles_[i - 1].first) {
-      return base::Status::invalid(where(handles_[i].second) + "handle " +
-                                   formatHandle(handles_[i].first) + " is used twice");
-    }
-  }
+  noteDuplicateHandles(name);
   if (!handles_.empty()) next_handle_ = handles_.back().first + 1;
   buildDenseIndex();
-  base::Status status = checkExtensionDictionaries(name, xdict_candidates_);
-  xdict_candidates_ = {};
-  if (!status) return status;
+  noteDanglingExtensionDictionaries(name);
 
   std::vector<Tag> var = headerVariable("$ACADVER");
   if (!var.empty()) version_ = std::string(text(var.front()));
@@ -426,18 +483,12 @@ base::Status Document::buildStructure(const std::string& name) {
   auto codec = Codec::forDrawing(version_, var.empty() ? std::string_view() : text(var.front()));
   if (!codec) return codec.status().withContext(name);
   codec_ = std::move(codec.value());
-  if (codec_.isUtf8()) {
-    for (RecordId id = first_; id != kNoRecord; id = records_[id].next) {
-      for (const Tag& tag : scan(id)) {
-        if (valueKind(tag.code) == ValueKind::kString && !base::isValidUtf8(text(tag))) {
-          uint32_t at = format_ == Format::kAscii ? tag.value.pos : fileBytes(id).first;
-          return base::Status::invalid(placeOf(name, at) + "group code " +
-                                       std::to_string(tag.code) +
-                                       " holds bytes that are not UTF-8");
-        }
-      }
-    }
-  }
+  if (codec_.isUtf8()) noteTextThatIsNotUtf8(name);
+
+  std::stable_sort(pending_faults_.begin(), pending_faults_.end(),
+                   [](const auto& a, const auto& b) { return a.first < b.first; });
+  for (auto& fault : pending_faults_) faults_.push_back(std::move(fault.second));
+  pending_faults_ = {};
   return base::Status::ok();
 }
 

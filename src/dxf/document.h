@@ -33,13 +33,16 @@ struct Record {
   uint32_t tag_count = 0;
   RecordId prev = kNoRecord;  // file order
   RecordId next = kNoRecord;
-  uint16_t type = 0;  // the structure name, as an index into the drawing's list of them
+  uint16_t type = 0;         // the structure name, as an index into the drawing's list of them
   bool changed : 1 = false;  // tags no longer match the raw bytes (or there never were any)
   bool erased : 1 = false;   // unlinked from the file; kept so that ids stay valid
   bool paper : 1 = false;    // an entity flagged as paper space (67)
   // Unchanged but for tags inserted at one place: the encoding holds the file bytes' place,
   // where the new tags go (see Document::splicedSource) and the new tags.
   bool spliced : 1 = false;
+  // Its handle was used by an object earlier in the file, which keeps it in the index; this
+  // one keeps it in its bytes until it changes, and is then given a fresh one.
+  bool rehandle : 1 = false;
   Handle handle = 0;
   Handle xdict = 0;  // the extension dictionary its tags name, 0 if none
 };
@@ -71,7 +74,8 @@ class Document {
   Document& operator=(Document&&) = default;
 
   // Parses a whole file held in `bytes`; `name` is used in error messages
-  // ("NAME:LINE: what is wrong"). On error nothing of the drawing is returned.
+  // ("NAME:LINE: what is wrong"). On error nothing of the drawing is returned. Faults that
+  // a CAD program's audit repairs or ignores do not refuse the drawing: see faults().
   static base::Result<Document> parse(std::string bytes, const std::string& name);
   // Reads and parses a file.
   static base::Result<Document> load(const std::string& path);
@@ -88,6 +92,9 @@ class Document {
   const std::string& version() const { return version_; }  // "AC1009"... or "" if absent
   bool isR12() const { return version_ <= "AC1009"; }
   const Codec& codec() const { return codec_; }
+  // What was wrong with the file but did not keep it from being read, in file order, each
+  // once, as "NAME:LINE: what; how it is read". The bytes stay as they were.
+  const std::vector<std::string>& faults() const { return faults_; }
 
   // --- Records and tags. Text views stay valid while the drawing changes, with one
   // exception: the record changed last is rewritten in place by its next change, so views
@@ -208,18 +215,26 @@ class Document {
   bool tryUnsplice(RecordId id, std::span<const Tag> tags);
   // Whether `id` is an unchanged ASCII record, whose file bytes a splice can keep.
   bool spliceable(const Record& r) const {
-    return !r.changed && !r.spliced && r.size != 0 && format_ == Format::kAscii;
+    return !r.changed && !r.spliced && !r.rehandle && r.size != 0 && format_ == Format::kAscii;
   }
   // Makes `id` the file's bytes with `added` inserted before its tag `first_new`, which
   // starts at file offset `offset` into them.
   void splice(RecordId id, uint32_t first_new, uint32_t offset, std::span<const Tag> added);
 
   base::Status buildStructure(const std::string& name);
-  // `candidates` are the records with an extension dictionary group.
-  base::Status checkExtensionDictionaries(const std::string& name,
-                                          std::span<const RecordId> candidates) const;
+  // Notes the faults a load reads past. Each goes with its file offset, to sort them by.
+  void noteDuplicateHandles(const std::string& name);
+  void noteDanglingExtensionDictionaries(const std::string& name);
+  void noteTextThatIsNotUtf8(const std::string& name);
+  void addFault(uint32_t offset, const std::string& name, std::string what);
+  // The file offset of `id`, or of its tag `tag` (ASCII files).
+  uint32_t offsetOf(RecordId id, const Tag* tag = nullptr) const;
   // "NAME:LINE: " (ASCII) or "NAME: byte N: " (binary) for the file byte `offset`.
   std::string placeOf(const std::string& name, uint32_t offset) const;
+  // "line N" or "byte N".
+  std::string lineOf(uint32_t offset) const;
+  // Writes the fresh handle a `rehandle` record is given into `tags`.
+  void giveFreshHandle(RecordId id, std::vector<Tag>& tags);
   // Writes the whole drawing to `out` (a std::string or a buffered file).
   template <typename Out>
   void writeTo(Out& out) const;
@@ -265,6 +280,8 @@ class Document {
   bool handles_allocated_ = false;
   std::vector<std::pair<std::string, Span>> sections_;
   std::vector<std::pair<std::string, Span>> tables_;
+  std::vector<std::string> faults_;
+  std::vector<std::pair<uint32_t, std::string>> pending_faults_;  // while loading
 
   DocumentObserver* observer_ = nullptr;
   int batch_depth_ = 0;

@@ -68,7 +68,8 @@ TagSource Document::splicedSource(const Record& r, std::string_view* file,
   std::string_view code = text_.view({r.pos, r.size});
   const char* at = code.data();
   const char* end = at + code.size();
-  uint32_t raw_begin = std::min<uint32_t>(decodeVarint(at, end), static_cast<uint32_t>(raw_.size()));
+  uint32_t raw_begin =
+      std::min<uint32_t>(decodeVarint(at, end), static_cast<uint32_t>(raw_.size()));
   uint32_t raw_size =
       std::min<uint32_t>(decodeVarint(at, end), static_cast<uint32_t>(raw_.size()) - raw_begin);
   uint32_t first_new = decodeVarint(at, end);
@@ -83,8 +84,8 @@ TagSource Document::splicedSource(const Record& r, std::string_view* file,
   source.parts[0] = {raw, raw_begin, offset, first_new, true, {}};
   auto header = static_cast<uint32_t>(at - code.data());
   source.parts[1] = {at, r.pos + header, r.size - header, r.tag_count - file_tags, false, shared_};
-  source.parts[2] = {raw + offset, raw_begin + offset, raw_size - offset, file_tags - first_new,
-                     true, {}};
+  source.parts[2] = {
+      raw + offset, raw_begin + offset, raw_size - offset, file_tags - first_new, true, {}};
   return source;
 }
 
@@ -182,6 +183,12 @@ void Document::insertTags(RecordId id, size_t index, std::span<const Tag> tags) 
 // The record made or changed last is rewritten where it lies: an operation that makes an
 // object fills it in several edits. Any other record gets a new encoding.
 void Document::setTags(RecordId id, std::span<const Tag> tags) {
+  if (records_[id].rehandle) {
+    std::vector<Tag> renamed(tags.begin(), tags.end());
+    giveFreshHandle(id, renamed);
+    setTags(id, renamed);
+    return;
+  }
   if (tryUnsplice(id, tags) || trySplice(id, tags)) {
     noteTags(id);
     return;
@@ -198,6 +205,18 @@ void Document::setTags(RecordId id, std::span<const Tag> tags) {
   r.changed = true;
   r.spliced = false;
   noteTags(id);
+}
+
+void Document::giveFreshHandle(RecordId id, std::vector<Tag>& tags) {
+  records_[id].rehandle = false;
+  for (size_t i = 1; i < tags.size() && tags[i].code != 100 && tags[i].code != 102; ++i) {
+    if (tags[i].code == 5 || tags[i].code == 105) {
+      Handle fresh = allocateHandle();
+      tags[i] = makeTag(tags[i].code, formatHandle(fresh));
+      indexHandle(id, fresh);
+      return;
+    }
+  }
 }
 
 RecordId Document::newRecord(std::span<const Tag> tags) {

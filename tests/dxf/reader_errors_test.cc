@@ -1,7 +1,9 @@
-// Damaged drawings: each is refused with the place and what is wrong, never half-read.
+// Damaged drawings: refused with the place and what is wrong, never half-read, unless a CAD
+// program's audit would repair them.
 #include <gtest/gtest.h>
 
 #include "dxf/document.h"
+#include "dxf/objects.h"
 #include "dxf/sample_drawing.h"
 
 namespace {
@@ -106,16 +108,67 @@ TEST(ReaderErrorsTest, DamagedInputNamesFileLineAndFault) {
       {"missing ENDSEC", dropLines(text, 49, 2),
        "49: section ENTITIES is not closed by ENDSEC before the next SECTION"},
       {"ENDSEC outside a section", replaceLine(text, 16, "ENDSEC"), "15: ENDSEC without a SECTION"},
-      {"dangling extension dictionary", replaceLine(text, 26, "99"),
-       "26: the extension dictionary handle '99' names no object"},
-      {"handle used twice", replaceLine(text, 68, "20"), "65: handle 20 is used twice"},
-      {"bytes that are not UTF-8", replaceLine(replaceLine(text, 8, "AC1021"), 34, "\xff\xfe"),
-       "34: group code 8 holds bytes that are not UTF-8"},
   };
   for (const Case& c : cases) {
     auto doc = dxf::Document::parse(c.input, "bad.dxf");
     ASSERT_FALSE(doc.isOk()) << c.what;
     EXPECT_EQ(doc.status().message(), std::string("bad.dxf:") + c.message) << c.what;
+  }
+}
+
+// Faults that a CAD program's audit repairs or ignores do not refuse the drawing: it loads,
+// names each fault once with its place, and writes back as it came. Changing the objects
+// concerned repairs the first two; text that is not UTF-8 stays as it was.
+TEST(ReaderErrorsTest, AuditableFaultsLoadAndAreReportedOnce) {
+  const std::string text = good();
+  const std::string not_utf8 = replaceLine(replaceLine(text, 8, "AC1021"), 34, "\xff\xfe");
+  struct Case {
+    const char* what;
+    std::string input;
+    std::vector<std::string> faults;  // after "bad.dxf:"
+    size_t faults_after_changes;
+  };
+  const Case cases[] = {
+      {"dangling extension dictionary",
+       replaceLine(text, 26, "99"),
+       {"26: warning: LINE 20: the extension dictionary handle '99' names no object; the object "
+        "is read as having none, and attaching data to it gives it a new one"},
+       0},
+      {"handle used twice (which leaves the line's dictionary dangling)",
+       replaceLine(text, 68, "20"),
+       {"26: warning: LINE 20: the extension dictionary handle '21' names no object; the object "
+        "is read as having none, and attaching data to it gives it a new one",
+        "65: warning: DICTIONARY 20 uses the handle of LINE 20 at line 19; references to the "
+        "handle mean the first, and this one is given a new handle when it is changed (an audit "
+        "in a CAD program repairs the file)"},
+       0},
+      {"bytes that are not UTF-8",
+       replaceLine(not_utf8, 36, "AcDb\xe9Line"),
+       {"34: warning: group code 8 of LINE 20 holds bytes that are not UTF-8 (and 1 more "
+        "values); they read as U+FFFD and are written back unchanged (save the drawing again "
+        "from the program that made it to repair it)"},
+       1},
+  };
+  for (const Case& c : cases) {
+    auto doc = dxf::Document::parse(c.input, "bad.dxf");
+    ASSERT_TRUE(doc.isOk()) << c.what << ": " << doc.status().message();
+    std::vector<std::string> faults;
+    for (const std::string& fault : c.faults) faults.push_back("bad.dxf:" + fault);
+    EXPECT_EQ(doc->faults(), faults) << c.what;
+    EXPECT_EQ(doc->serialize(), c.input) << c.what;
+
+    dxf::RecordId line = doc->byHandle(0x20);
+    ASSERT_EQ(doc->type(line), "LINE") << c.what;
+    auto dict = dxf::ensureExtensionDictionary(*doc, line);
+    ASSERT_TRUE(dict.isOk()) << c.what;
+    EXPECT_EQ(doc->record(line).xdict, doc->record(*dict).handle) << c.what;
+    for (dxf::RecordId id = doc->first(); id != dxf::kNoRecord; id = doc->next(id)) {
+      doc->setTags(id, doc->tags(id));
+    }
+    auto again = dxf::Document::parse(doc->serialize(), "again.dxf");
+    ASSERT_TRUE(again.isOk()) << c.what << ": " << again.status().message();
+    EXPECT_EQ(again->faults().size(), c.faults_after_changes) << c.what;
+    EXPECT_EQ(again->byHandle(0x20), line) << c.what;
   }
 }
 

@@ -351,6 +351,40 @@ TEST_F(ClassificationCommandsTest, AClassWhoseResourcesCannotBeLoadedIsNeverAppl
   EXPECT_EQ(records(kLine), "CABLES:Ghost line,power");
 }
 
+// A drawing with faults a CAD program's audit repairs: the polyline's extension dictionary
+// names nothing and a second line reuses the first line's handle. Both are told once when
+// the drawing opens; classifying gives the polyline a dictionary in place of the dangling
+// one and the second line a handle of its own, so the saved drawing has neither fault.
+TEST_F(ClassificationCommandsTest, FaultsOfTheDrawingAreToldOnceAndRepairedByClassifying) {
+  std::string drawing = commands_fixture::insertLines(sample::readCompact("sample_drawing.txt"),
+                                                      "330 1F\n100 AcDbEntity\n8 Walls",
+                                                      "102 {ACAD_XDICTIONARY\n360 9999\n102 }\n");
+  drawing =
+      commands_fixture::insertLines(drawing, "0 LWPOLYLINE",
+                                    "0 LINE\n5 100\n330 1F\n100 AcDbEntity\n8 0\n100 AcDbLine\n"
+                                    "10 0\n20 0\n30 0\n11 5\n21 5\n31 0\n");
+  restart(sample::toDxf(drawing));
+  std::string opened = session().out();
+  EXPECT_NE(opened.find("warning: LWPOLYLINE 101: the extension dictionary handle '9999'"),
+            std::string::npos)
+      << opened;
+  EXPECT_NE(opened.find("warning: LINE 100 uses the handle of LINE 100"), std::string::npos)
+      << opened;
+
+  run(classify(kPolyline, "Wall"));
+  EXPECT_EQ(records(kPolyline), "WALLS:Wall,2.0,brick,");
+  std::string out = run("TAXOR_CLASSIFY_AUTO\n0\n0\nALL\n\n");
+  auto again = dxf::Document::parse(session().drawing.serialize(), "again.dxf");
+  ASSERT_TRUE(again.isOk()) << again.status().message();
+  EXPECT_EQ(again->faults(), std::vector<std::string>()) << out;
+  size_t cables = 0;
+  for (dxf::RecordId r = again->first(); r != dxf::kNoRecord; r = again->next(r)) {
+    if (again->type(r) != "XRECORD") continue;
+    for (const dxf::Tag& tag : again->scan(r)) cables += again->text(tag) == "Cable";
+  }
+  EXPECT_EQ(cables, 2u) << out;
+}
+
 TEST(ClassificationCommandsR12Test, ADrawingWithoutDictionariesIsRefusedWithAReason) {
   const testing_paths::TempDir dir("taxor_classify_r12");
   fs::path file = dir / "classes.txt";
