@@ -259,9 +259,19 @@ std::wstring DxfDatabase::entityClass(ObjectId entity) {
   return r == dxf::kNoRecord ? std::wstring() : hostEntityClass(drawing_, r);
 }
 
+bool DxfDatabase::isEntityRecord(dxf::RecordId r) {
+  uint16_t type = drawing_.record(r).type;
+  if (type >= type_kinds_.size()) type_kinds_.resize(type + 1, TypeKind::kUnknown);
+  TypeKind& kind = type_kinds_[type];
+  if (kind == TypeKind::kUnknown) {
+    kind = headless::isEntityType(drawing_.type(r)) ? TypeKind::kEntity : TypeKind::kByMarkers;
+  }
+  return kind == TypeKind::kEntity || headless::isEntityRecord(drawing_, r);
+}
+
 bool DxfDatabase::isEntity(ObjectId id) {
   dxf::RecordId r = toRecord(id);
-  return r != dxf::kNoRecord && isEntityRecord(drawing_, r);
+  return r != dxf::kNoRecord && isEntityRecord(r);
 }
 
 std::vector<ObjectId> DxfDatabase::modelSpaceEntities() {
@@ -312,7 +322,7 @@ dxf::PropValue toDxf(const host::PropertyValue& value) {
 
 host::PropertyValue DxfDatabase::getProperty(ObjectId entity, host::EntityProperty property) {
   dxf::RecordId r = toRecord(entity);
-  if (r == dxf::kNoRecord || !isEntityRecord(drawing_, r)) return std::monostate{};
+  if (r == dxf::kNoRecord || !isEntityRecord(r)) return std::monostate{};
   return toHost(dxf::getProperty(drawing_, r, static_cast<dxf::Prop>(property)));
 }
 
@@ -320,7 +330,7 @@ Status DxfDatabase::setProperty(ObjectId entity, host::EntityProperty property,
                                 const host::PropertyValue& value) {
   auto r = record(entity, "entity");
   if (!r) return r.status();
-  if (!isEntityRecord(drawing_, *r)) return Status::invalid("object is not an entity");
+  if (!isEntityRecord(*r)) return Status::invalid("object is not an entity");
   return dxf::setProperty(drawing_, *r, static_cast<dxf::Prop>(property), toDxf(value));
 }
 
@@ -329,7 +339,7 @@ Status DxfDatabase::setRelativeDrawOrder(const std::vector<ObjectId>& entities) 
   for (ObjectId id : entities) {
     auto r = record(id, "entity");
     if (!r) return r.status();
-    if (!isEntityRecord(drawing_, *r)) return Status::invalid("object is not an entity");
+    if (!isEntityRecord(*r)) return Status::invalid("object is not an entity");
     records.push_back(*r);
   }
   dxf::RecordId model = dxf::modelSpaceBlockRecord(drawing_);

@@ -78,12 +78,17 @@ class DxfDatabase : public host::Database, private dxf::DocumentObserver {
   void recordErased(dxf::RecordId id) override;
 
   base::Result<dxf::RecordId> record(host::ObjectId id, const char* what) const;
+  // headless::isEntityRecord, with what each structure name says kept: commands ask it of
+  // every entity they visit, often several times.
+  bool isEntityRecord(dxf::RecordId r);
   base::Result<dxf::RecordId> dictionaryRecord(host::ObjectId id) const;
   base::Result<host::ObjectId> createEntry(host::ObjectId owner, std::wstring_view key,
                                            bool xrecord);
 
   dxf::Document& drawing_;
   std::vector<host::DatabaseReactor*> reactors_;
+  enum class TypeKind : uint8_t { kUnknown, kEntity, kByMarkers };
+  std::vector<TypeKind> type_kinds_;  // by dxf::Record::type
   // Session variables (session_variables.h) set since the drawing was opened; the others
   // keep their initial values.
   std::map<std::string, host::SysVar, std::less<>> session_vars_;

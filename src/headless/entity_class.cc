@@ -106,10 +106,13 @@ std::wstring hostEntityClass(const dxf::Document& doc, dxf::RecordId id) {
   return marker.empty() ? std::wstring() : base::fromUtf8(marker);
 }
 
-bool isEntityRecord(const dxf::Document& doc, dxf::RecordId id) {
-  std::string_view type = doc.type(id);
+bool isEntityType(std::string_view type) {
   return fixedClasses().contains(type) || type == "POLYLINE" || type == "INSERT" ||
-         type == "DIMENSION" || !lastMarkerOfEntity(doc, id).empty();
+         type == "DIMENSION";
+}
+
+bool isEntityRecord(const dxf::Document& doc, dxf::RecordId id) {
+  return isEntityType(doc.type(id)) || !lastMarkerOfEntity(doc, id).empty();
 }
 
 }  // namespace headless

@@ -12,5 +12,8 @@ std::wstring hostEntityClass(const dxf::Document& doc, dxf::RecordId id);
 
 // Whether hostEntityClass names a class for record `id`, without building the name.
 bool isEntityRecord(const dxf::Document& doc, dxf::RecordId id);
+// Whether every record of structure name `type` is an entity; other records are entities
+// only by their subclass markers.
+bool isEntityType(std::string_view type);
 
 }  // namespace headless

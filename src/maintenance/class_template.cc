@@ -17,11 +17,13 @@ constexpr std::wstring_view kForeignTablePrefixes[] = {L"TPMCNTR_", L"TPMDESC_",
                                                        L"TPMLINK_", L"TPMNODE_", L"CNTR_"};
 
 constexpr std::wstring_view kResourceKeywords[] = {
-    L"BlockReference", L"BlockReferenceFile", L"Dimension", L"Layer",   L"Layout",
-    L"Linetype",       L"MLeader",            L"Mline",     L"Pattern", L"Textstyle"};
+    L"BlockReference", L"BlockReferenceFile", L"Dimension", L"Layer",
+    L"Layout",         L"Linetype",           L"MLeader",   L"Mline",
+    L"Pattern",        L"Textstyle"};
 
 void replaceAll(std::wstring& text, std::wstring_view from, std::wstring_view to) {
-  for (size_t at = text.find(from); at != std::wstring::npos; at = text.find(from, at + to.size())) {
+  for (size_t at = text.find(from); at != std::wstring::npos;
+       at = text.find(from, at + to.size())) {
     text.replace(at, from.size(), to);
   }
 }
@@ -80,15 +82,36 @@ std::wstring className(std::wstring_view format, int number, std::wstring_view l
   return name;
 }
 
-void DefinitionList::add(draw::DrawingProperties definition) {
-  std::wstring key = definition.object_types.empty() ? std::wstring() : definition.object_types[0];
-  key += L'\n';
-  key += layerOf(definition);
-  std::vector<size_t>& bucket = by_type_and_layer_[key];
-  for (size_t index : bucket) {
-    if (draw::sameDefinition(definitions_[index], definition)) return;
+namespace {
+
+// Equal definitions hash equal: only what operator== compares goes in, with 0 and -0 alike.
+size_t hashOf(const draw::DrawingProperties& d) {
+  size_t hash = 0;
+  auto mix = [&hash](size_t value) { hash = (hash ^ value) * 1099511628211ull; };
+  std::hash<std::wstring> text;
+  for (const std::wstring& type : d.object_types) mix(text(type));
+  for (const draw::ColorSpec& color : d.color) {
+    for (int32_t part : color) mix(static_cast<size_t>(part));
   }
-  bucket.push_back(definitions_.size());
+  mix(text(d.layer.value));
+  mix(text(d.linetype.value));
+  mix(std::hash<double>()(d.linetype_scale.value + 0.0));
+  mix(static_cast<size_t>(d.lineweight.value));
+  mix(text(d.block_name.value));
+  mix(text(d.text_style.value));
+  mix(std::hash<double>()(d.text_height.value + 0.0));
+  return hash;
+}
+
+}  // namespace
+
+void DefinitionList::add(draw::DrawingProperties definition) {
+  size_t hash = hashOf(definition);
+  auto [begin, end] = by_hash_.equal_range(hash);
+  for (auto it = begin; it != end; ++it) {
+    if (draw::sameDefinition(definitions_[it->second], definition)) return;
+  }
+  by_hash_.emplace(hash, definitions_.size());
   definitions_.push_back(std::move(definition));
 }
 

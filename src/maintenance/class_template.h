@@ -35,11 +35,13 @@ class DefinitionList {
   // Adds `definition` unless a draw::sameDefinition one is there already.
   void add(draw::DrawingProperties definition);
   const std::vector<draw::DrawingProperties>& definitions() const { return definitions_; }
+  std::vector<draw::DrawingProperties> take() { return std::move(definitions_); }
 
  private:
   std::vector<draw::DrawingProperties> definitions_;
-  // Indexes into definitions_ by type and layer, which tell most definitions apart.
-  std::unordered_map<std::wstring, std::vector<size_t>> by_type_and_layer_;
+  // Indexes into definitions_ by a hash of the properties that tell most definitions apart:
+  // a drawing may hold thousands of kinds of one type on one layer.
+  std::unordered_multimap<size_t, size_t> by_hash_;
 };
 
 // An object-data table as the drawing stores it: its fields' names and value types (1

@@ -110,7 +110,7 @@ void templateCommand(CommandContext& context) {
   maintenance::TemplateSource source;
   source.drawing_path = context.host().document().fileName();
   source.variables = templateVariables(database);
-  source.definitions = definitions.definitions();
+  source.definitions = definitions.take();
   source.tables = storedTables(database);
   source.name_format = state.template_name_format;
   source.precision = precision;
