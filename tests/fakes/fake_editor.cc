@@ -41,10 +41,6 @@ void FakeEditor::tellCommandCancelled(std::wstring_view name) {
   for (host::EditorReactor* reactor : std::vector(reactors_)) reactor->commandCancelled(name);
 }
 
-void FakeEditor::tellCommandFailed(std::wstring_view name) {
-  for (host::EditorReactor* reactor : std::vector(reactors_)) reactor->commandFailed(name);
-}
-
 void FakeEditor::showPrompt(std::wstring_view prompt) {
   prompts_.emplace_back(prompt);
   transcript_ += prompt;

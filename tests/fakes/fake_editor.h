@@ -68,10 +68,9 @@ class FakeEditor : public host::Editor {
   // running now ends.
   bool takeCancelled() { return std::exchange(cancelled_, false); }
 
-  // Tell the reactors that the host command `name` ended, was cancelled or failed.
+  // Tell the reactors that the host command `name` ended or was cancelled.
   void tellCommandEnded(std::wstring_view name);
   void tellCommandCancelled(std::wstring_view name);
-  void tellCommandFailed(std::wstring_view name);
 
   // Takes the next answer. Without `allow_spaces` a blank ends the answer and the rest of
   // the line answers the next prompt. An answer is echoed after its prompt; a cancel shows

@@ -54,6 +54,7 @@ TEST(FakeEditorTest, BlankEndsAnAnswerAndTheRestAnswersTheNextPrompt) {
   FakeHost host;
   host.answers({L"a b c", L"d ", L"last"});
   host::Editor& editor = host.editor();
+  editor.print(L"No newline");
   EXPECT_EQ(editor.getString(false, L"1: ").text, L"a");
   EXPECT_EQ(editor.getString(true, L"2: ").text, L"b c");
   EXPECT_EQ(editor.getString(false, L"3: ").text, L"d");
@@ -66,17 +67,8 @@ TEST(FakeEditorTest, BlankEndsAnAnswerAndTheRestAnswersTheNextPrompt) {
   EXPECT_EQ(editor.getString(false, L"6: ").status, InputStatus::kCancel);
   EXPECT_EQ(host.fakeEditor().prompts(),
             (std::vector<std::wstring>{L"1: ", L"2: ", L"3: ", L"4: ", L"5: ", L"6: "}));
-  EXPECT_EQ(host.transcript(), L"1: a\n2: b c\n3: d\n4: \n5: last\n6: *Cancel*\n");
-}
-
-TEST(FakeEditorTest, PrintGoesToTheTranscriptAmongThePrompts) {
-  FakeHost host;
-  host.answers({L"Bob"});
-  host.editor().print(L"Hello.\n");
-  host.editor().print(L"No newline");
-  (void)host.editor().getString(true, L"\nName: ");
-  host.editor().print(L"Done.\n");
-  EXPECT_EQ(host.transcript(), L"Hello.\nNo newline\nName: Bob\nDone.\n");
+  editor.print(L"Done.\n");
+  EXPECT_EQ(host.transcript(), L"No newline1: a\n2: b c\n3: d\n4: \n5: last\n6: *Cancel*\nDone.\n");
 }
 
 TEST(FakeEditorTest, GetPointReadsCoordinatesAndPromptsAgainOnNonsense) {
@@ -142,33 +134,6 @@ TEST(FakeEditorTest, ImpliedSelectionLosesErasedObjects) {
   host.editor().setImpliedSelection({a, b});
   ASSERT_TRUE(host.database().erase(a));
   EXPECT_EQ(host.editor().impliedSelection(), std::vector<ObjectId>{b});
-}
-
-struct CommandLog : host::EditorReactor {
-  void commandEnded(std::wstring_view name) override {
-    log.push_back(L"ended " + std::wstring(name));
-  }
-  void commandCancelled(std::wstring_view name) override {
-    log.push_back(L"cancelled " + std::wstring(name));
-  }
-  void commandFailed(std::wstring_view name) override {
-    log.push_back(L"failed " + std::wstring(name));
-  }
-  std::vector<std::wstring> log;
-};
-
-TEST(FakeEditorTest, TellingReactorsAndCountingPostedCancels) {
-  FakeHost host;
-  CommandLog log;
-  host.editor().addReactor(&log);
-  host.fakeEditor().tellCommandCancelled(L"ERASE");
-  host.fakeEditor().tellCommandFailed(L"MOVE");
-  host.fakeEditor().tellCommandEnded(L"COPY");
-  EXPECT_EQ(log.log,
-            (std::vector<std::wstring>{L"cancelled ERASE", L"failed MOVE", L"ended COPY"}));
-  host.editor().postCancel();
-  host.editor().postCancel();
-  EXPECT_EQ(host.fakeEditor().cancelsPosted(), 2);
 }
 
 TEST(FakeDialogsTest, FileDialogsReturnTheScriptedPathOrCancel) {

@@ -391,16 +391,12 @@ TEST(ClassifierDependencies, LayerFromDrawingOrResource) {
     if (c.provided) run.catalogue.imports.push_back({L"/lib/a.dwg", host::kResourceLayers});
     EXPECT_EQ(run.classifier().loadDependencies(run.cls(L"pipe")), c.expected);
     EXPECT_TRUE(run.classifier().loadDependencies(run.cls(L"duct")));
+    // The answer is kept for the run, though the drawing changes.
+    run.host.addLayer(L"Water");
+    EXPECT_EQ(run.classifier().loadDependencies(run.cls(L"pipe")), c.expected);
+    EXPECT_TRUE(objdata::loadClassDependencies(run.host.fakeDatabase(), run.catalogue, nullptr,
+                                               run.cls(L"pipe")));
   }
-}
-
-TEST(ClassifierDependencies, AnswerKeptForTheRun) {
-  Drawing run(kNetwork);
-  EXPECT_FALSE(run.classifier().loadDependencies(run.cls(L"pipe")));
-  run.host.addLayer(L"Water");
-  EXPECT_FALSE(run.classifier().loadDependencies(run.cls(L"pipe")));
-  EXPECT_TRUE(objdata::loadClassDependencies(run.host.fakeDatabase(), run.catalogue, nullptr,
-                                             run.cls(L"pipe")));
 }
 
 }  // namespace
