@@ -47,6 +47,7 @@ std::vector<Tag> attributeFrom(Document& doc, RecordId def, RecordId insert) {
   }
   if (!doc.isR12()) out.push_back(doc.makeTag(330, formatHandle(doc.record(insert).handle)));
   bool in_definition_subclass = false;
+  const bool turns_itself = doc.find(def, 50).has_value();
   auto tags = doc.tags(def);
   for (size_t i = 1; i < tags.size(); ++i) {
     const Tag& tag = tags[i];
@@ -73,6 +74,10 @@ std::vector<Tag> attributeFrom(Document& doc, RecordId def, RecordId insert) {
       continue;
     }
     out.push_back(tag);
+    // A definition at no angle may leave its rotation out; a turned insert turns it.
+    if (tag.code == 1 && !turns_itself && rotation != 0) {
+      out.push_back(doc.makeTag(50, rotation * 180 / std::numbers::pi));
+    }
   }
   return out;
 }

@@ -48,6 +48,26 @@ TEST(AttributesTest, InsertsFollowTheirDefinitions) {
   ASSERT_EQ(dxf::synchronizeAttributes(*doc, L"manhole").value(), 0);
   EXPECT_EQ(doc->serialize(), original);
 
+  // The first insert turned a quarter: its new attributes turn with it.
+  dxf::RecordId turned = dxf::kNoRecord;
+  for (dxf::RecordId id : dxf::modelSpaceEntities(*doc)) {
+    if (doc->type(id) == "INSERT" && doc->value(id, 2) == "MANHOLE") {
+      turned = id;
+      break;
+    }
+  }
+  {
+    dxf::RecordEdit edit(*doc, turned);
+    int at = edit.find(50);
+    if (at < 0) {
+      edit.insert(static_cast<size_t>(edit.find(30)) + 1, 50, "90");
+    } else {
+      edit.setText(static_cast<size_t>(at), "90");
+    }
+    edit.commit();
+  }
+  std::string turned_handle(doc->value(turned, 5));
+
   // DEPTH goes; a new MATERIAL definition comes, before ID in the block.
   dxf::eraseObject(*doc, findAttdef(*doc, "DEPTH"));
   dxf::RecordId id_def = findAttdef(*doc, "ID");
@@ -76,7 +96,12 @@ TEST(AttributesTest, InsertsFollowTheirDefinitions) {
   for (dxf::RecordId id : dxf::modelSpaceEntities(*again)) {
     if (again->type(id) != "INSERT" || again->value(id, 2) != "MANHOLE") continue;
     dxf::RecordId first = again->next(id);
-    EXPECT_NEAR(again->realValue(first, 10, 0), again->realValue(id, 10, 0) + 0.8, 1e-9);
+    if (again->value(id, 5) == turned_handle) {
+      EXPECT_NEAR(again->realValue(first, 20, 0), again->realValue(id, 20, 0) + 0.8, 1e-9);
+      EXPECT_NEAR(again->realValue(first, 50, 0), 90, 1e-9);
+    } else {
+      EXPECT_NEAR(again->realValue(first, 10, 0), again->realValue(id, 10, 0) + 0.8, 1e-9);
+    }
     EXPECT_EQ(again->value(first, 330), again->value(id, 5));
   }
 }
