@@ -1,7 +1,10 @@
 #include "test_paths.h"
 
+#include <signal.h>
 #include <stdlib.h>
+#include <sys/resource.h>
 #include <sys/wait.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
@@ -39,6 +42,49 @@ int runCommand(const std::string& command, std::string& output) {
   while ((n = fread(buf, 1, sizeof buf, pipe)) > 0) output.append(buf, n);
   int status = pclose(pipe);
   return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+}
+
+int runChildUntilKilled(const std::function<int(const MidwaySignal& midway)>& work,
+                        size_t max_file_bytes) {
+  int pipe_fds[2];
+  if (pipe(pipe_fds) != 0) throw std::system_error(errno, std::generic_category(), "pipe");
+  pid_t pid = fork();
+  if (pid < 0) throw std::system_error(errno, std::generic_category(), "fork");
+  if (pid == 0) {
+    close(pipe_fds[0]);
+    const rlimit no_core{0, 0};
+    setrlimit(RLIMIT_CORE, &no_core);
+    if (max_file_bytes != 0) {
+      const rlimit cap{max_file_bytes, max_file_bytes};
+      setrlimit(RLIMIT_FSIZE, &cap);
+      signal(SIGXFSZ, SIG_DFL);
+    }
+    const MidwaySignal midway = [fd = pipe_fds[1]] {
+      const char byte = 1;
+      while (write(fd, &byte, 1) < 0 && errno == EINTR) {
+      }
+    };
+    // _exit: the child must not run the parent's exit handlers, flush its streams or, after
+    // an exception, go on with the parent's tests.
+    int code = 127;
+    try {
+      code = work(midway);
+    } catch (...) {
+    }
+    _exit(code);
+  }
+  close(pipe_fds[1]);
+  char byte = 0;
+  ssize_t got;
+  while ((got = read(pipe_fds[0], &byte, 1)) < 0 && errno == EINTR) {
+  }
+  close(pipe_fds[0]);
+  // Nothing read: the child ended by itself, which closed its end of the pipe.
+  if (got == 1) kill(pid, SIGKILL);
+  int status = 0;
+  while (waitpid(pid, &status, 0) < 0 && errno == EINTR) {
+  }
+  return WIFSIGNALED(status) ? WTERMSIG(status) : 0;
 }
 
 TempDir::TempDir(std::string_view prefix) {

@@ -2,7 +2,9 @@
 // the process.
 #pragma once
 
+#include <cstddef>
 #include <filesystem>
+#include <functional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -17,6 +19,15 @@ std::string readFile(const std::string& path);
 // Runs a shell command; returns its exit code (-1 when it did not exit) and puts what it
 // printed, both streams, into `output`.
 int runCommand(const std::string& command, std::string& output);
+
+// Runs `work` in a child process, as a crash test does, and returns the signal that ended
+// the child, or 0 when it exited (its exit code being what `work` returned). The child may
+// call `midway` once, in the middle of a write: the parent then kills it with SIGKILL. A
+// `max_file_bytes` other than 0 caps the size of every file the child writes, so that the
+// write that goes past it kills the child with SIGXFSZ right there.
+using MidwaySignal = std::function<void()>;
+int runChildUntilKilled(const std::function<int(const MidwaySignal& midway)>& work,
+                        size_t max_file_bytes = 0);
 
 // A new, empty directory under the system's temporary directory whose name no other process
 // has: two builds' tests or two checkouts running at once never share a file. Removed, with

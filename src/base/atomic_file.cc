@@ -5,12 +5,50 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <climits>
 #include <cstring>
 #include <vector>
 
 namespace base {
 
-Status writeFileAtomically(const std::string& path, const std::function<int(int fd)>& write) {
+namespace {
+
+// A link is written through, as an in-place write would: renaming over the link itself
+// would turn it into a file of its own and leave its target old.
+std::string throughLinks(const std::string& path) {
+  std::string target = path;
+  struct stat info;
+  // A cycle of links ends the walk after as many hops as the system follows; the link
+  // reached then is replaced like a file.
+  for (int hops = 0; hops < 40 && ::lstat(target.c_str(), &info) == 0 && S_ISLNK(info.st_mode);
+       ++hops) {
+    std::vector<char> link(PATH_MAX + 1);
+    ssize_t n = ::readlink(target.c_str(), link.data(), PATH_MAX);
+    if (n <= 0) break;
+    std::string next(link.data(), static_cast<size_t>(n));
+    size_t slash = target.find_last_of('/');
+    if (next.front() != '/' && slash != std::string::npos) {
+      next = target.substr(0, slash + 1) + next;
+    }
+    target = std::move(next);
+  }
+  return target;
+}
+
+// Makes the rename itself survive a power cut; a folder that cannot be flushed (some file
+// systems refuse) does not undo a write that is complete.
+void flushFolder(const std::string& dir) {
+  int fd = ::open(dir.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+  if (fd < 0) return;
+  ::fsync(fd);
+  ::close(fd);
+}
+
+}  // namespace
+
+Status writeFileAtomically(const std::string& requested_path,
+                           const std::function<int(int fd)>& write) {
+  const std::string path = throughLinks(requested_path);
   std::string dir = ".";
   size_t slash = path.find_last_of('/');
   if (slash != std::string::npos) dir = slash == 0 ? "/" : path.substr(0, slash);
@@ -55,6 +93,7 @@ Status writeFileAtomically(const std::string& path, const std::function<int(int 
     ::unlink(temp_name.data());
     return Status::io(message + "; it was left unchanged");
   }
+  flushFolder(dir);
   return Status::ok();
 }
 

@@ -1,8 +1,8 @@
 #include "catalogue/class_lists.h"
 
-#include <fstream>
 #include <functional>
 
+#include "base/atomic_file.h"
 #include "base/crt_numbers.h"
 #include "base/text_case.h"
 #include "base/utf.h"
@@ -17,7 +17,7 @@ namespace {
 // file cannot be read.
 bool readEntries(const std::wstring& path,
                  const std::function<void(std::wstring, int32_t)>& entry) {
-  std::optional<std::string> bytes = readFileBytes(path);
+  base::Result<std::string> bytes = readFileBytes(path, kMaxListFileBytes);
   if (!bytes) return false;
   std::wstring text = decodeClassFile(*bytes);
   LineReader reader(text);
@@ -33,11 +33,9 @@ bool readEntries(const std::wstring& path,
   return true;
 }
 
+// Replaced whole, so that a crash while writing never costs the user the old list.
 bool writeText(const std::wstring& path, const std::wstring& text) {
-  std::ofstream file(nativePath(path), std::ios::binary | std::ios::trunc);
-  if (!file) return false;
-  file << base::toUtf8(text);
-  return static_cast<bool>(file);
+  return base::writeFileAtomically(nativePath(path).string(), base::toUtf8(text)).isOk();
 }
 
 std::wstring entryLine(const std::wstring& name, int32_t number) {

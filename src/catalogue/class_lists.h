@@ -2,6 +2,7 @@
 // and "<class file>.favorites": UTF-8 text, one entry a line, "name<TAB>number".
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <string>
 #include <vector>
@@ -26,15 +27,20 @@ struct RecentList {
   bool loaded = false;
 };
 
+// A list holds some dozens of entries of a line each: a file far larger is not one, and is
+// refused before it is read.
+inline constexpr size_t kMaxListFileBytes = 1 << 20;
+
 // Replaces the entries of `list` with those of the file at `path`: each line trimmed of
 // blanks, TABs and LF, then name before the first TAB and counter read from the rest as
-// _wtoi does; lines without a TAB are skipped. When the file cannot be read the list keeps
-// its entries (so a class file without recent classes shows the previous ones) and false is
-// returned.
+// _wtoi does; lines without a TAB are skipped. When the file cannot be read, or is larger
+// than kMaxListFileBytes, the list keeps its entries (so a class file without recent classes
+// shows the previous ones) and false is returned.
 bool readRecentFile(const std::wstring& path, RecentList& list);
 
-// Writes every entry as "name<TAB>counter". False, writing nothing, when the file cannot be
-// opened for writing.
+// Writes every entry as "name<TAB>counter", replacing the file whole (see
+// base::writeFileAtomically). False, leaving the old file as it was, when it cannot be
+// written.
 bool writeRecentFile(const std::wstring& path, const RecentList& list);
 
 struct FavoriteEntry {
@@ -61,7 +67,8 @@ enum class WriteResult { kWritten, kSkipped, kFailed };
 
 // Writes the list to `path`, but only when it belongs there (its remembered path equals
 // `path` without regard to case), so that one class file's favorites never land under
-// another's name: kSkipped otherwise. kFailed when the file cannot be opened for writing.
+// another's name: kSkipped otherwise. Replaced whole as the recent file; kFailed, leaving the
+// old file, when it cannot be written.
 WriteResult writeFavoritesFile(const std::wstring& path, const FavoritesList& list);
 
 }  // namespace catalogue

@@ -16,8 +16,8 @@ MacroTable::DefineResult MacroTable::define(std::wstring_view name, std::wstring
   return DefineResult::kDefined;
 }
 
-void MacroTable::expand(std::wstring& token) const {
-  if (macros_.empty()) return;
+void MacroTable::expand(std::wstring& token) {
+  if (macros_.empty() || exhausted_) return;
   size_t pos = 0;
   int budget = kMaxExpansions;
   for (;;) {
@@ -31,8 +31,16 @@ void MacroTable::expand(std::wstring& token) const {
       pos = close + 1;
       continue;
     }
+    const size_t growth =
+        it->second.size() > reference.size() ? it->second.size() - reference.size() : 0;
     for (size_t at = token.find(reference); at != std::wstring::npos;
          at = token.find(reference, at + it->second.size())) {
+      // Counted before the replacement, so that the memory is never taken.
+      if (growth > kMaxAddedCharacters - added_) {
+        exhausted_ = true;
+        return;
+      }
+      added_ += growth;
       token.replace(at, reference.size(), it->second);
     }
     if (--budget == 0) return;

@@ -53,9 +53,15 @@ enum class ParseMessage : int {
   kMlineStyleNotFound,
   kPatternNotFound,
   kTextStyleNotFound,
+  // Limits on files that would take unbounded memory or stack; all fatal.
+  kFileTooLarge,      // without a line number; the argument is the path
+  kGroupsTooDeep,     // the argument is the deepest nesting allowed
+  kTooManyClasses,    // the argument is how many object classes a file may declare
+  kTooManyFields,     // the argument is how many fields a table may have
+  kExpansionTooLong,  // the argument is how many characters macros may add to a file
 };
 
-inline constexpr int kParseMessageCount = static_cast<int>(ParseMessage::kTextStyleNotFound) + 1;
+inline constexpr int kParseMessageCount = static_cast<int>(ParseMessage::kExpansionTooLong) + 1;
 
 // One message: its line number (0 for the messages that have none) and the text that its
 // "%s" shows, when it has one.

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <optional>
+#include <unordered_set>
 
 #include "base/crt_numbers.h"
 #include "base/text_case.h"
@@ -89,10 +90,15 @@ class Parser {
       // still compares without case.
       tokens.front() = base::lowerCase(tokens.front());
       for (std::wstring& token : tokens) macros_.expand(token);
+      if (macros_.exhausted()) return fail(PM::kExpansionTooLong, expansionLimit());
       if (!dispatch(tokens)) return false;
+      // Field values are expanded once more while the line is dispatched.
+      if (macros_.exhausted()) return fail(PM::kExpansionTooLong, expansionLimit());
     }
     return true;
   }
+
+  static std::wstring expansionLimit() { return std::to_wstring(MacroTable::kMaxAddedCharacters); }
 
   bool dispatch(const Tokens& t) {
     const std::wstring& keyword = t.front();
@@ -115,11 +121,15 @@ class Parser {
 
   bool onClass(const Tokens& t) {
     if (t.size() != 3 && t.size() != 4) return fail(PM::kInvalidClass);
+    if (stack_.size() > kMaxGroupDepth) {
+      return fail(PM::kGroupsTooDeep, std::to_wstring(kMaxGroupDepth));
+    }
     attachObject();
     Group group;
     group.name = trimName(t[1]);
     // Only a repeated name written in lower case is caught, as files in use rely on.
-    if (catalogue().findGroup(group.name) != nullptr) return fail(PM::kRedefinition, group.name);
+    if (group_names_.contains(group.name)) return fail(PM::kRedefinition, group.name);
+    group_names_.insert(base::lowerCase(group.name));
     group.flag = std::clamp(base::wtoi(t[2]), 0, 1);
     group_flag_ = group.flag;
     if (t.size() == 4) group.text = t[3];
@@ -167,6 +177,9 @@ class Parser {
     if (object_ && !closeObject()) return false;
     object_.reset();
     table_.reset();
+    if (catalogue().objects.size() >= kMaxObjectClasses) {
+      return fail(PM::kTooManyClasses, std::to_wstring(kMaxObjectClasses));
+    }
     if ((t.size() != 4 && t.size() != 5) || base::utf16Length(t[1]) > kMaxObjectName) {
       return fail(PM::kInvalidObjName);
     }
@@ -230,6 +243,9 @@ class Parser {
     auto existing = std::find_if(table_->fields.begin(), table_->fields.end(),
                                  [&](const FieldDefinition& f) { return f.name == t[1]; });
     if (existing != table_->fields.end()) return fail(PM::kRedefinitionOfField, existing->name);
+    if (table_->fields.size() >= kMaxTableFields) {
+      return fail(PM::kTooManyFields, std::to_wstring(kMaxTableFields));
+    }
     std::optional<FieldDefinition> field = makeField(t, macros_);
     if (!field) return fail(PM::kInvalidVelFld);
     if (autoconst_ && field->allowed.size() == 1 && field->allowed.front() == field->value) {
@@ -365,6 +381,9 @@ class Parser {
   // The open groups, the root first. Only the innermost gets children, so the pointers
   // into its ancestors' child lists stay valid.
   std::vector<Group*> stack_;
+  // Every group's name lower-cased, the root's empty one included: searching the tree for
+  // each new group would take time growing with the square of a file's groups.
+  std::unordered_set<std::wstring> group_names_{L""};
   std::optional<ObjectClass> object_;
   std::wstring object_key_;
   std::optional<TableDefinition> table_;
@@ -397,12 +416,15 @@ ParsedClasses parseClassDefinitions(std::string_view utf8, const std::wstring& p
 }
 
 ParsedClasses readClassDefinitions(const std::wstring& path, ParseEnvironment& environment) {
-  std::optional<std::string> bytes = readFileBytes(path);
+  base::Result<std::string> bytes = readFileBytes(path, kMaxClassFileBytes);
   if (!bytes) {
     Catalogue empty;
     empty.class_file = path;
     ParsedClasses result;
     result.catalogue = std::make_shared<const Catalogue>(std::move(empty));
+    if (bytes.status().code() == base::Code::kInvalid) {
+      result.messages.push_back({PM::kFileTooLarge, 0, path});
+    }
     return result;
   }
   return parseClassDefinitions(*bytes, path, environment);

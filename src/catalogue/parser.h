@@ -63,12 +63,27 @@ struct ParsedClasses {
   bool ok = false;
 };
 
+// Limits that keep a hostile file from taking the machine. A file's text takes nine times
+// its size while it is parsed, the catalogue up to some tens of times; real class files,
+// of thousands of lines, take some hundred kilobytes and some thousands of classes.
+inline constexpr size_t kMaxClassFileBytes = size_t{16} << 20;
+// A class takes some kilobytes; a tree of more could not be browsed.
+inline constexpr size_t kMaxObjectClasses = 20000;
+// Each field is compared with those before it; real tables have some dozens.
+inline constexpr size_t kMaxTableFields = 1000;
+// Real trees nest a handful of groups; the limit keeps the walks over the tree off the end
+// of the stack.
+inline constexpr size_t kMaxGroupDepth = 1000;
+
 // Parses `utf8` as the contents of a file at `path`, a full path; relative resource paths
-// resolve against its folder.
+// resolve against its folder. More than kMaxObjectClasses classes or kMaxTableFields fields
+// in a table, groups nested deeper than kMaxGroupDepth, and macros that add more than
+// MacroTable::kMaxAddedCharacters, are fatal errors of the line that goes beyond.
 ParsedClasses parseClassDefinitions(std::string_view utf8, const std::wstring& path,
                                     ParseEnvironment& environment);
 // Parses the UTF-8 file at `path`. A file that cannot be read gives an empty catalogue and
-// no message.
+// no message; one larger than kMaxClassFileBytes an empty catalogue and the fatal
+// kFileTooLarge, without being read.
 ParsedClasses readClassDefinitions(const std::wstring& path, ParseEnvironment& environment);
 
 // Parsing and binding to the host's current drawing in one, as loading a file does.

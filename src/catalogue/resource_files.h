@@ -11,6 +11,7 @@
 #include <string_view>
 #include <vector>
 
+#include "base/status.h"
 #include "catalogue/parse_message.h"
 
 namespace catalogue {
@@ -57,8 +58,10 @@ std::wstring blockNameOf(std::wstring_view path);
 // The operating system's form of a path written with either separator.
 std::filesystem::path nativePath(std::wstring_view path);
 
-// The bytes of the file at `path`; nothing when it is not a readable file (a folder, say).
-std::optional<std::string> readFileBytes(std::wstring_view path);
+// The bytes of the file at `path`. Fails with Code::kInvalid, before more is read, when it
+// holds more than `max_bytes`, and with Code::kIo when it is not a readable file (a folder,
+// say).
+base::Result<std::string> readFileBytes(std::wstring_view path, size_t max_bytes);
 
 // Makes the folder of the shape font `path` known to the host through `environment`: the
 // file must open for reading, and the folder is appended to the environment value "ACAD"

@@ -15,7 +15,7 @@ std::wstring trimValue(std::wstring_view text) {
   return std::wstring(text.substr(first, last - first + 1));
 }
 
-std::wstring fieldValue(std::wstring_view text, const MacroTable& macros) {
+std::wstring fieldValue(std::wstring_view text, MacroTable& macros) {
   std::wstring value = trimValue(text);
   macros.expand(value);
   return value;
@@ -76,7 +76,7 @@ FieldDefinition makeKeyField(std::wstring name) {
 }
 
 std::optional<FieldDefinition> makeField(const std::vector<std::wstring>& tokens,
-                                         const MacroTable& macros) {
+                                         MacroTable& macros) {
   FieldDefinition field;
   field.name = tokens[1];
   field.description = trimValue(tokens[2]);

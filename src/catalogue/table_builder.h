@@ -24,7 +24,7 @@ FieldDefinition makeKeyField(std::wstring name);
 // a range of exactly two values, anything else a list. The default and allowed values are
 // trimmed and expanded with `macros`. Nothing when the type, a flag or the range is wrong.
 std::optional<FieldDefinition> makeField(const std::vector<std::wstring>& tokens,
-                                         const MacroTable& macros);
+                                         MacroTable& macros);
 
 // Whether `table` declares what the drawing stored for it: the same fields, by name without
 // regard to case and by type, in order. Fields that repeat an earlier name in another case

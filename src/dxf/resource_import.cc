@@ -10,7 +10,6 @@
 #include <cwctype>
 #include <filesystem>
 #include <fstream>
-#include <sstream>
 
 #include "base/utf.h"
 #include "dxf/dictionary.h"
@@ -149,13 +148,24 @@ std::string extensionOf(const std::string& path) {
   return ext;
 }
 
+// Linetype, multiline and pattern libraries take kilobytes, the largest some megabytes.
+constexpr size_t kMaxResourceFileBytes = size_t{64} << 20;
+
 base::Result<std::string> readFile(const std::string& path) {
   std::ifstream in(path, std::ios::binary);
   if (!in) return base::Status::io("cannot read '" + path + "': " + std::strerror(errno));
-  std::ostringstream buffer;
-  buffer << in.rdbuf();
+  // In pieces, so that a huge or endless file is refused before it is in memory.
+  std::string bytes;
+  char piece[1 << 16];
+  while (in.read(piece, sizeof piece) || in.gcount() > 0) {
+    if (bytes.size() + static_cast<size_t>(in.gcount()) > kMaxResourceFileBytes) {
+      return base::Status::invalid("cannot read '" + path + "': larger than 64 MB, more than " +
+                                   "a resource file holds; check the class file's resource line");
+    }
+    bytes.append(piece, static_cast<size_t>(in.gcount()));
+  }
   if (in.bad()) return base::Status::io("cannot read '" + path + "': read error");
-  return buffer.str();
+  return bytes;
 }
 
 // Runs `program input output`; returns its exit status, or -1 when it cannot be started.

@@ -1,6 +1,7 @@
 // Writes a drawing back: unchanged records as their original bytes, changed ones from tags.
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
@@ -226,17 +227,23 @@ base::Status Document::save(const std::string& path) const {
 base::Result<Document> Document::load(const std::string& path) {
   FILE* file = std::fopen(path.c_str(), "rb");
   if (!file) return base::Status::io("cannot open '" + path + "': " + std::strerror(errno));
+  // One byte past the largest drawing is enough for parse() to refuse it: a larger file, or
+  // an endless one (a device, a pipe), is never taken into memory.
+  constexpr size_t kReadLimit = TextStore::kMaxBase + 1;
   std::string bytes;
   if (std::fseek(file, 0, SEEK_END) == 0) {
     long size = std::ftell(file);
-    if (size > 0) bytes.resize(static_cast<size_t>(size));
+    if (size > 0) bytes.resize(std::min(static_cast<size_t>(size), kReadLimit));
     std::fseek(file, 0, SEEK_SET);
   }
   size_t got = std::fread(bytes.data(), 1, bytes.size(), file);
   bytes.resize(got);
   char buf[1 << 16];
   size_t n;
-  while ((n = std::fread(buf, 1, sizeof buf, file)) > 0) bytes.append(buf, n);
+  while (bytes.size() < kReadLimit &&
+         (n = std::fread(buf, 1, std::min(sizeof buf, kReadLimit - bytes.size()), file)) > 0) {
+    bytes.append(buf, n);
+  }
   bool failed = std::ferror(file);
   std::fclose(file);
   if (failed) return base::Status::io("cannot read '" + path + "': " + std::strerror(errno));

@@ -9,15 +9,24 @@ namespace shell {
 
 namespace {
 
-// The parser's messages are in the string table in the parser's own order.
-static_assert(static_cast<int>(StringId::kParseTextStyleNotFound) -
-                      static_cast<int>(StringId::kParseInvalidBlockReference) + 1 ==
+// The parser's messages are in the string table in the parser's own order, in two runs:
+// the size limits came after the table's later identifiers had been given out.
+constexpr int kFirstRun = static_cast<int>(StringId::kParseTextStyleNotFound) -
+                          static_cast<int>(StringId::kParseInvalidBlockReference) + 1;
+static_assert(kFirstRun + static_cast<int>(StringId::kParseExpansionTooLong) -
+                      static_cast<int>(StringId::kParseFileTooLarge) + 1 ==
                   catalogue::kParseMessageCount,
               "one string per parser message");
 
+static_assert(catalogue::kMaxClassFileBytes == size_t{16} << 20,
+              "the text of kParseFileTooLarge names the limit");
+
 StringId stringIdOf(catalogue::ParseMessage message) {
-  return static_cast<StringId>(static_cast<int>(StringId::kParseInvalidBlockReference) +
-                               static_cast<int>(message));
+  const int index = static_cast<int>(message);
+  if (index < kFirstRun) {
+    return static_cast<StringId>(static_cast<int>(StringId::kParseInvalidBlockReference) + index);
+  }
+  return static_cast<StringId>(static_cast<int>(StringId::kParseFileTooLarge) + index - kFirstRun);
 }
 
 // Parses the current class file into the current catalogue and prints the messages.

@@ -157,6 +157,15 @@ constexpr const wchar_t* kBuiltInTexts[] = {
     L"command again.\n",
     L"Error: %s stopped: %s. What it changed before stays; the drawing can be saved and the "
     L"next command run.\n",
+    // Class files refused for their size.
+    L"error: '%s' is larger than 16 MB, far more than a class file holds; check that it is "
+    L"the right file\n",
+    L"%i: error: groups nested more than %s deep; close each group with '/class'\n",
+    L"%i: error: more than %s object classes; no class file holds so many, check that it is "
+    L"the right file\n",
+    L"%i: error: more than %s fields in one table; split the table\n",
+    L"%i: error: macros expand to more than %s characters; check the 'define' lines whose "
+    L"values use other macros\n",
 };
 static_assert(std::size(kBuiltInTexts) == kStringCount, "one built-in text per identifier");
 

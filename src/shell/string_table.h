@@ -124,11 +124,17 @@ enum class StringId : int {
   kErrorNoObjectData,
   // A command ended by a fault it did not handle itself.
   kErrorCommandFailed,
+  // Class files refused for their size, after the parser's other messages.
+  kParseFileTooLarge,
+  kParseGroupsTooDeep,
+  kParseTooManyClasses,
+  kParseTooManyFields,
+  kParseExpansionTooLong,
 };
 
 inline constexpr int kFirstStringId = 100;
 inline constexpr int kStringCount =
-    static_cast<int>(StringId::kErrorCommandFailed) - kFirstStringId + 1;
+    static_cast<int>(StringId::kParseExpansionTooLong) - kFirstStringId + 1;
 
 // One argument of StringTable::format: an integer, a real or a wide text.
 class FormatArg {

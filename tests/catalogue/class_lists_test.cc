@@ -2,9 +2,11 @@
 #include "catalogue/class_lists.h"
 
 #include <gtest/gtest.h>
+#include <signal.h>
 
 #include <filesystem>
 #include <fstream>
+#include <functional>
 #include <sstream>
 
 #include "base/utf.h"
@@ -57,8 +59,15 @@ TEST_F(ClassListsTest, RecentLines) {
                               {L"Lamp", L"lamp", 7},  // _wtoi skips the second TAB
                           }));
 
-  // A file that cannot be read leaves the list as it was.
+  // A file that cannot be read, or is too large to be a list, leaves the list as it was.
   EXPECT_FALSE(catalogue::readRecentFile(path("missing.recent"), list));
+  EXPECT_EQ(list.entries.size(), 4u);
+  const std::string at_limit =
+      "Lamp\t1" + std::string(catalogue::kMaxListFileBytes - 7, ' ') + "\n";
+  catalogue::RecentList largest;
+  EXPECT_TRUE(catalogue::readRecentFile(write("largest.recent", at_limit), largest));
+  EXPECT_EQ(largest.entries.size(), 1u);
+  EXPECT_FALSE(catalogue::readRecentFile(write("huge.recent", at_limit + "\n"), list));
   EXPECT_EQ(list.entries.size(), 4u);
 
   std::wstring out = path("out.recent");
@@ -94,6 +103,42 @@ TEST_F(ClassListsTest, Favorites) {
   EXPECT_EQ(catalogue::writeFavoritesFile(file, never_read), catalogue::WriteResult::kSkipped);
   list.path = path("no/such/folder/x.favorites");
   EXPECT_EQ(catalogue::writeFavoritesFile(list.path, list), catalogue::WriteResult::kFailed);
+}
+
+// Each list replaces its file whole: killed in the middle of the write, it leaves the old
+// file, and the next write succeeds.
+TEST_F(ClassListsTest, AListWriterKilledMidwayLeavesTheOldFile) {
+  const std::string old_text = "Old\t1\n";
+  catalogue::RecentList recent;
+  catalogue::FavoritesList favorites;
+  for (int i = 0; i < 20000; ++i) {
+    recent.entries.push_back({L"Class " + std::to_wstring(i), L"", i});
+    favorites.entries.push_back({L"Class " + std::to_wstring(i), i});
+  }
+  struct Writer {
+    const char* name;
+    std::function<bool(const std::wstring& path)> write;
+  };
+  const Writer writers[] = {
+      {"recent",
+       [&](const std::wstring& file) { return catalogue::writeRecentFile(file, recent); }},
+      {"favorites",
+       [&](const std::wstring& file) {
+         favorites.path = file;
+         return catalogue::writeFavoritesFile(file, favorites) == catalogue::WriteResult::kWritten;
+       }},
+  };
+  for (const Writer& writer : writers) {
+    SCOPED_TRACE(writer.name);
+    std::wstring file = write(std::string("list.") + writer.name, old_text);
+    // The child dies of the file-size limit in the middle of the list.
+    int signal = testing_paths::runChildUntilKilled(
+        [&](const testing_paths::MidwaySignal&) { return writer.write(file) ? 0 : 1; }, 4096);
+    EXPECT_EQ(signal, SIGXFSZ);
+    EXPECT_EQ(read(file), old_text);
+    ASSERT_TRUE(writer.write(file));
+    EXPECT_TRUE(read(file).ends_with("Class 19999\t19999\n"));
+  }
 }
 
 }  // namespace

@@ -3,11 +3,14 @@
 
 #include <gtest/gtest.h>
 
+#include <filesystem>
+#include <fstream>
 #include <functional>
 
 #include "catalogue/macro_table.h"
 #include "catalogue/parse_testing.h"
 #include "draw/object_types.h"
+#include "test_paths.h"
 
 namespace {
 
@@ -382,13 +385,82 @@ TEST(ParserTest, Variables) {
   }
 }
 
-TEST(ParserTest, FileThatCannotBeReadGivesAnEmptyCatalogueSilently) {
-  Fixture fixture;
-  auto result = catalogue::parseClassFile(L"/nonexistent/classes.txt", fixture.host);
-  EXPECT_FALSE(result.ok);
-  EXPECT_TRUE(result.messages.empty());
-  EXPECT_TRUE(result.catalogue.empty());
-  EXPECT_EQ(result.catalogue.class_file, L"/nonexistent/classes.txt");
+// Input that would take unbounded memory or stack is refused at the line that goes too far.
+TEST(ParserTest, LimitsAgainstHostileFiles) {
+  std::string deepest;
+  for (size_t i = 0; i < catalogue::kMaxGroupDepth; ++i) {
+    deepest += "class\tg" + std::to_string(i) + "\t1\n";
+  }
+  std::string closed = deepest;
+  for (size_t i = 0; i < catalogue::kMaxGroupDepth; ++i) closed += "/class\n";
+  const std::string one_deeper = std::to_string(catalogue::kMaxGroupDepth + 1);
+  // Each macro holds 2000 references to the one before: m1 takes 2e6 characters, m2 4e9.
+  std::string multiplying = "define\tm0\t" + std::string(1000, 'x') + "\n";
+  for (int m = 1; m < 3; ++m) {
+    multiplying += "define\tm" + std::to_string(m) + "\t";
+    for (int i = 0; i < 2000; ++i) multiplying += "$(m" + std::to_string(m - 1) + ")";
+    multiplying += "\n";
+  }
+  std::string most_classes;
+  for (size_t i = 0; i < catalogue::kMaxObjectClasses; ++i) {
+    most_classes += "obj_name\tC" + std::to_string(i) + "\t1\t1\nobj_type\tLine\n";
+  }
+  std::string most_fields = lineClass("Pipe");
+  for (size_t i = 1; i < catalogue::kMaxTableFields; ++i) {
+    most_fields += "vel_fld\tF" + std::to_string(i) + "\tD\tinteger\n";
+  }
+  const std::string after_most_classes = std::to_string(2 * catalogue::kMaxObjectClasses + 1);
+  const std::string after_most_fields = std::to_string(catalogue::kMaxTableFields + 4);
+  runCases({
+      {"as many classes as allowed", most_classes, "", nullptr},
+      {"one class more", most_classes + "obj_name\tOne more\t1\t1\n",
+       after_most_classes + ": error: more than " + std::to_string(catalogue::kMaxObjectClasses) +
+           " object classes; no class file holds so many, check that it is the right file\n",
+       nullptr},
+      {"as many fields as allowed, the key included", most_fields, "", nullptr},
+      {"one field more", most_fields + "vel_fld\tOne_more\tD\tinteger\n",
+       after_most_fields + ": error: more than " + std::to_string(catalogue::kMaxTableFields) +
+           " fields in one table; split the table\n",
+       nullptr},
+      {"groups nested as deep as allowed", closed, "", nullptr},
+      {"one group deeper", deepest + "class\tdeeper\t1\n",
+       one_deeper + ": error: groups nested more than " +
+           std::to_string(catalogue::kMaxGroupDepth) + " deep; close each group with '/class'\n",
+       nullptr},
+      {"macros that multiply each other", multiplying,
+       "3: error: macros expand to more than " +
+           std::to_string(catalogue::MacroTable::kMaxAddedCharacters) +
+           " characters; check the 'define' lines whose values use other macros\n",
+       nullptr},
+  });
+}
+
+TEST(ParserTest, FilesThatCannotBeReadGiveAnEmptyCatalogue) {
+  testing_paths::TempDir dir("taxor_class_files");
+  const std::string too_large = (dir / "too_large.txt").string();
+  // Sparse: the size costs no disk space. The limit on what is read is tested on the lists.
+  std::ofstream(too_large).close();
+  std::filesystem::resize_file(too_large, catalogue::kMaxClassFileBytes + 1);
+  struct File {
+    std::string path;
+    std::string messages;
+  };
+  const File files[] = {
+      // Silently, as a file not chosen.
+      {"/nonexistent/classes.txt", ""},
+      {too_large, "error: '" + too_large +
+                      "' is larger than 16 MB, far more than a class file holds; check that it "
+                      "is the right file\n"},
+  };
+  for (const File& file : files) {
+    SCOPED_TRACE(file.path);
+    Fixture fixture;
+    auto result = catalogue::parseClassFile(base::fromUtf8(file.path), fixture.host);
+    EXPECT_FALSE(result.ok);
+    EXPECT_EQ(messageTexts(result), file.messages);
+    EXPECT_TRUE(result.catalogue.empty());
+    EXPECT_EQ(result.catalogue.class_file, base::fromUtf8(file.path));
+  }
 }
 
 }  // namespace

@@ -253,6 +253,9 @@ TEST(ImportResources, FailsWithoutChangingTheDrawing) {
   std::string dwg = dir.write("door.dwg", readData("resources.dxf"));
   std::string converter = dir.write("convert.sh", "#!/bin/sh\ncp \"$1\" \"$2\"\n", true);
   std::string failing = dir.write("fail.sh", "#!/bin/sh\nexit 3\n", true);
+  // Sparse, so its size costs no disk space; refused before it is in memory.
+  std::string huge_pat = dir.write("huge.pat", "");
+  fs::resize_file(huge_pat, (size_t{64} << 20) + 1);
   struct Case {
     std::string path;
     const char* converter;  // TAXOR_DWG_CONVERTER, or null for unset
@@ -262,6 +265,7 @@ TEST(ImportResources, FailsWithoutChangingTheDrawing) {
       {bad_lin, nullptr, bad_lin + ":2: 'oops' is not a number"},
       {dir.write("x.txt", ""), nullptr, "not a resource file"},
       {(dir.path / "missing.lin").string(), nullptr, "cannot read"},
+      {huge_pat, nullptr, "cannot read '" + huge_pat + "': larger than 64 MB"},
       {dwg, nullptr,
        "cannot read '" + dwg +
            "': DWG files need a converter; set TAXOR_DWG_CONVERTER or save the drawing as DXF"},

@@ -203,9 +203,10 @@ TEST(StringTableTest, DecodesEscapes) {
 }
 
 TEST(StringTableTest, RejectsBadEntriesNamingTheLine) {
+  const std::string past_the_end = std::to_string(kFirstStringId + kStringCount);
   const struct {
-    const char* third;  // the third line of the file
-    const char* message;
+    std::string third;  // the third line of the file
+    std::string message;
   } cases[] = {
       {"107\tAusgewählt: %s", "107 has the directives '%s' where the built-in text has '%i'"},
       {"107\tAusgewählt", "'none' where the built-in text has '%i'"},
@@ -213,7 +214,7 @@ TEST(StringTableTest, RejectsBadEntriesNamingTheLine) {
       {"107\t%lf", "'%lf'"},
       {"115\t'%s' in %i", "'%s %i'"},  // swapped
       {"107\t50% von %i", "directives"},
-      {"198\tzu viel", "unknown identifier 198"},
+      {past_the_end + "\tzu viel", "unknown identifier " + past_the_end},
       {"99\tzu wenig", "unknown identifier 99"},
       {"1x0\tText", "malformed identifier '1x0'"},
       {"\tText", "malformed identifier ''"},
