@@ -183,6 +183,9 @@ void Document::buildDenseIndex() {
 
 Handle Document::allocateHandle() {
   handles_allocated_ = true;
+  // A file may use the largest handle there is (or set $HANDSEED to it); the count then
+  // wraps, and new handles fill the gaps below.
+  while (next_handle_ == 0 || byHandle(next_handle_) != kNoRecord) ++next_handle_;
   return next_handle_++;
 }
 

@@ -82,6 +82,17 @@ TEST(ReaderErrorsTest, TheSampleIsValid) {
   EXPECT_EQ(doc->type(doc->byHandle(0x21)), "DICTIONARY");
   EXPECT_EQ(doc->byHandle(0x30), dxf::kNoRecord);
   EXPECT_EQ(doc->allocateHandle(), 0x30u);
+
+  // The largest handle there is, in use and as $HANDSEED: new handles are still new.
+  std::string last =
+      replaceLine(replaceLine(good(), 12, "FFFFFFFFFFFFFFFF"), 22, "FFFFFFFFFFFFFFFF");
+  auto full = dxf::Document::parse(last, "full.dxf");
+  ASSERT_TRUE(full.isOk()) << full.status().message();
+  for (int i = 0; i < 2; ++i) {
+    dxf::Handle fresh = full->allocateHandle();
+    EXPECT_NE(fresh, 0u);
+    EXPECT_EQ(full->byHandle(fresh), dxf::kNoRecord) << std::hex << fresh;
+  }
 }
 
 TEST(ReaderErrorsTest, DamagedInputNamesFileLineAndFault) {
