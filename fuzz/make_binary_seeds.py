@@ -1,4 +1,4 @@
-"""Writes the binary DXF seeds in seeds/ (run once; the .dxf files are committed)."""
+"""Writes the binary DXF seeds in seeds/dxf_reader/ (run once; the .dxf files are committed)."""
 import struct
 
 SENTINEL = b"AutoCAD Binary DXF\r\n\x1a\x00"
@@ -39,5 +39,5 @@ def drawing(version):
             (0, "ENDSEC"), (0, "EOF")]
 
 
-write("seeds/r12_binary.dxf", drawing("AC1009"), one_byte_codes=True)
-write("seeds/r2000_binary.dxf", drawing("AC1015"), one_byte_codes=False)
+write("seeds/dxf_reader/r12_binary.dxf", drawing("AC1009"), one_byte_codes=True)
+write("seeds/dxf_reader/r2000_binary.dxf", drawing("AC1015"), one_byte_codes=False)

@@ -4,19 +4,19 @@
 #   2. build-asan/  the same code under AddressSanitizer + UBSan and its ctest (the tests
 #                   that run python3 with ezdxf skip themselves there);
 #   3. build-tsan/  taxor_thread_tests alone under ThreadSanitizer, and its ctest;
-#   4. build-fuzz/  the libFuzzer build (clang), and ~60 s of dxf_reader_fuzzer.
+#   4. build-fuzz/  the libFuzzer build (clang), and 45 s of each fuzz target
+#                   (scripts/fuzz.sh --list), each counted as one test.
 # Every build compiles through ccache when it is installed (CMakeLists.txt), so a second run
 # on the same machine recompiles little. Every stage runs even when an earlier one failed.
-# The last line is "N passed, N failed": the ctest results of the builds plus the fuzz run
-# as one test. A stage that cannot run
+# The last line is "N passed, N failed": the ctest results of the builds plus each fuzz
+# target as one test. A stage that cannot run
 # (configure or build error, no tests found) counts as one failed test. Exits non-zero if
 # anything failed.
 set -uo pipefail
 
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
-ROOT=$(pwd)
-CORPUS="$ROOT/../shared/corpus/dxf"
-FUZZ_SECONDS=60
+# Per fuzz target; four targets keep the fuzzing of a run near three minutes.
+FUZZ_SECONDS=45
 
 PASSED=0
 FAILED=0
@@ -93,13 +93,14 @@ run_ctest() {
   fi
 }
 
-# configure_and_build DIR [TARGET] -- CMAKE_ARGS...
+# configure_and_build DIR [TARGETS] -- CMAKE_ARGS... (TARGETS: names separated by blanks)
 configure_and_build() {
   local dir=$1 target=$2
   shift 3
   cmake -S . -B "$dir" -G Ninja "$@" || return 1
   if [[ -n $target ]]; then
-    cmake --build "$dir" --target "$target"
+    # shellcheck disable=SC2086  # TARGET may name several targets
+    cmake --build "$dir" --target $target
   else
     cmake --build "$dir"
   fi
@@ -151,27 +152,24 @@ if [[ -f build-fuzz/CMakeCache.txt ]] &&
     ! grep -qE '^CMAKE_CXX_COMPILER:[A-Z]+=.*clang\+\+' build-fuzz/CMakeCache.txt; then
   rm -rf build-fuzz
 fi
-if CC=clang CXX=clang++ configure_and_build build-fuzz dxf_reader_fuzzer -- \
+FUZZ_TARGETS=$(bash scripts/fuzz.sh --list)
+# shellcheck disable=SC2086
+if CC=clang CXX=clang++ configure_and_build build-fuzz "$(printf '%s_fuzzer ' $FUZZ_TARGETS)" -- \
     -DCMAKE_BUILD_TYPE=RelWithDebInfo -DTAXOR_FUZZ=ON -DTAXOR_SANITIZE=OFF -DTAXOR_BENCH=OFF; then
-  stage "dxf_reader_fuzzer for ${FUZZ_SECONDS}s"
-  work=$(mktemp -d)
-  trap 'rm -rf "$work"' EXIT
-  mkdir -p "$work/corpus" "$work/extra" build-fuzz/artifacts
-  cp fuzz/seeds/*.dxf "$work/corpus/"
-  if [[ -d $CORPUS ]]; then  # small real drawings as extra seeds; they stay outside the repo
-    find "$CORPUS" -maxdepth 1 -type f -iname '*.dxf' -size -50k -exec cp {} "$work/extra/" \;
-  fi
-  echo "seeds: $(ls "$work/corpus" | wc -l) own, $(ls "$work/extra" | wc -l) from $CORPUS"
-  log=build-fuzz/fuzz.log
-  if build-fuzz/fuzz/dxf_reader_fuzzer -max_total_time="$FUZZ_SECONDS" -timeout=30 \
-      -print_final_stats=1 -artifact_prefix=build-fuzz/artifacts/ \
-      "$work/corpus" "$work/extra" >"$log" 2>&1; then
-    grep -E '^(Done [0-9]+ runs|stat::number_of_executed_units|stat::peak_rss_mb)' "$log" || true
-    PASSED=$((PASSED + 1))
-  else
-    tail -n 80 "$log"
-    fail "dxf_reader_fuzzer (full log $log; inputs kept in build-fuzz/artifacts/)"
-  fi
+  # Each target is one test. Each starts from the committed seeds (and the small corpus
+  # drawings), in a working corpus dropped afterwards: a run does not lean on earlier ones.
+  fuzz_work=$(mktemp -d)
+  trap 'rm -rf "$fuzz_work"' EXIT
+  for target in $FUZZ_TARGETS; do
+    stage "${target}_fuzzer for ${FUZZ_SECONDS}s"
+    if bash scripts/fuzz.sh --no-build --build-dir build-fuzz --corpus "$fuzz_work" \
+        "$FUZZ_SECONDS" "$target"; then
+      PASSED=$((PASSED + 1))
+    else
+      tail -n 60 "build-fuzz/logs/$target.log"
+      fail "${target}_fuzzer (full log build-fuzz/logs/$target.log; inputs kept in build-fuzz/artifacts/$target/)"
+    fi
+  done
 else
   fail "build-fuzz/: configure or build"
 fi

@@ -31,8 +31,20 @@ std::wstring typeWord(FieldType type) {
   }
 }
 
+// A text as one column: a TAB in it is written as the parser's escape, a backslash before
+// the TAB, so that it does not start a column of its own.
+std::wstring cell(const std::wstring& text) {
+  std::wstring out;
+  out.reserve(text.size());
+  for (wchar_t c : text) {
+    if (c == L'\t') out += L'\\';
+    out += c;
+  }
+  return out;
+}
+
 // A column the parser would drop when empty keeps its place with a blank.
-std::wstring column(const std::wstring& text) { return text.empty() ? L" " : text; }
+std::wstring column(const std::wstring& text) { return text.empty() ? L" " : cell(text); }
 
 void writeField(const FieldDefinition& field, std::wstring& out) {
   if (field.kind == ValueKind::kKey) {
@@ -47,12 +59,12 @@ void writeField(const FieldDefinition& field, std::wstring& out) {
   bool has_values = field.kind == ValueKind::kList || field.kind == ValueKind::kRange;
   if (has_values || field.kind == ValueKind::kDefault) out += L"\t" + column(field.value);
   if (field.kind == ValueKind::kRange && field.allowed.size() == 2) {
-    out += L"\t" + field.allowed.front() + L":" + field.allowed.back();
+    out += L"\t" + cell(field.allowed.front()) + L":" + cell(field.allowed.back());
   } else if (has_values && !field.allowed.empty()) {
     out += L"\t";
     for (size_t i = 0; i < field.allowed.size(); ++i) {
       if (i > 0) out += L", ";
-      out += field.allowed[i];
+      out += cell(field.allowed[i]);
     }
   }
   out += L"\n";
@@ -79,9 +91,9 @@ std::wstring writeClassDefinition(const ObjectClass& cls, const Catalogue* catal
     enabled = known->enabled;
     draw_order = known->draw_order;
   }
-  std::wstring out = L"obj_name\t" + cls.display_name + L"\t" + (enabled ? L"1" : L"0") + L"\t" +
-                     std::to_wstring(draw_order);
-  if (!icon.empty()) out += L"\t" + icon;
+  std::wstring out = L"obj_name\t" + cell(cls.display_name) + L"\t" + (enabled ? L"1" : L"0") +
+                     L"\t" + std::to_wstring(draw_order);
+  if (!icon.empty()) out += L"\t" + cell(icon);
   out += L"\n\tobj_type\t";
   for (size_t i = 0; i < types.size(); ++i) {
     if (i > 0) out += L", ";

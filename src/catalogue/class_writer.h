@@ -18,7 +18,9 @@ int32_t defaultDrawOrder(const draw::DrawingProperties& properties);
 // tables with their key and field lines. The icon, enabled flag and draw order come from the
 // class of the same name in `catalogue` when there is one; otherwise the icon is
 // "Icons/TYPE.png" for the first type, the class is enabled and its draw order is
-// defaultDrawOrder. `catalogue` may be null.
+// defaultDrawOrder. `catalogue` may be null. A TAB inside a text is written with the
+// parser's escape (a backslash before it); a text that holds a backslash of its own can
+// therefore not always be read back as it was.
 std::wstring writeClassDefinition(const ObjectClass& cls, const Catalogue* catalogue,
                                   int precision);
 

@@ -92,6 +92,16 @@ void appendEscape(char32_t unit, std::string& out) {
   for (int shift = 12; shift >= 0; shift -= 4) out.push_back(kHex[(unit >> shift) & 0xF]);
 }
 
+// CR and LF end a value of an ASCII file, NUL one of a binary file: written as they are, they
+// would cut the value and make the rest of it read as the next tags.
+bool endsValue(char32_t c) { return c == U'\r' || c == U'\n' || c == U'\0'; }
+
+// CR and LF are written as escapes; NUL, which no text of a drawing holds (its escape is
+// refused when read, as it would cut C strings short), is left out.
+void appendValueEnd(char32_t c, std::string& out) {
+  if (c != U'\0') appendEscape(c, out);
+}
+
 // Writes `cp` as one escape, or two surrogate escapes above the BMP.
 void appendCodePointEscape(char32_t cp, std::string& out) {
   if (cp >= 0x10000) {
@@ -448,12 +458,28 @@ std::wstring Codec::decode(std::string_view raw) const {
 
 std::string Codec::encode(std::wstring_view text) const {
   size_t i = 0;
-  while (i < text.size() && static_cast<char32_t>(text[i]) < 0x80) ++i;
+  while (i < text.size() && static_cast<char32_t>(text[i]) < 0x80 &&
+         !endsValue(static_cast<char32_t>(text[i]))) {
+    ++i;
+  }
   std::string out(i, '\0');
   for (size_t k = 0; k < i; ++k) out[k] = static_cast<char>(text[k]);
   if (i == text.size()) return out;
   const Impl& impl = *impl_;
-  if (impl.kind == Impl::Kind::kUtf8) return base::toUtf8(text);
+  if (impl.kind == Impl::Kind::kUtf8) {
+    out = base::toUtf8(text);
+    if (out.find_first_of(std::string_view("\r\n\0", 3)) == std::string::npos) return out;
+    std::string escaped;
+    escaped.reserve(out.size() + 16);
+    for (char c : out) {
+      if (endsValue(static_cast<unsigned char>(c))) {
+        appendValueEnd(static_cast<unsigned char>(c), escaped);
+      } else {
+        escaped.push_back(c);
+      }
+    }
+    return escaped;
+  }
   out.reserve(text.size() + 8);
 
   std::string run;  // UTF-32LE of the pending non-ASCII run (multibyte only)
@@ -464,7 +490,11 @@ std::string Codec::encode(std::wstring_view text) const {
         impl.encodeMultiByte(run, out);
         run.clear();
       }
-      out.push_back(static_cast<char>(cp));
+      if (endsValue(cp)) {
+        appendValueEnd(cp, out);
+      } else {
+        out.push_back(static_cast<char>(cp));
+      }
       continue;
     }
     if constexpr (sizeof(wchar_t) == 2) {

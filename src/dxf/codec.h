@@ -25,8 +25,8 @@ class Codec {
   // Returns false iff some bytes are invalid in the encoding (they become U+FFFD).
   bool decode(std::string_view raw, std::wstring& out) const;
   std::wstring decode(std::string_view raw) const;
-  // Encodes wide text for the drawing; a character the code page cannot hold is
-  // written as \U+XXXX.
+  // Encodes wide text for the drawing; a character the code page cannot hold, and CR and LF
+  // (which would end the value in the file), are written as \U+XXXX; NUL is left out.
   std::string encode(std::wstring_view text) const;
 
   bool isUtf8() const;

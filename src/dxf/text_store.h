@@ -34,12 +34,21 @@ class TextStore {
   TextStore(TextStore&&) = default;
   TextStore& operator=(TextStore&&) = default;
 
-  // Requires: base.size() <= kMaxBase; `base` outlives the store or is the store's own.
-  void setBase(std::string_view base) { base_ = base; }
-  // Takes ownership of a decoded base (binary files decode their values into text).
+  // Requires: base.size() <= kMaxBase; `base` outlives the store. A base short enough to
+  // lie inside the string object that holds it (a short-string buffer) moves whenever that
+  // object moves, as a drawing does when it is returned: such a base is copied.
+  void setBase(std::string_view base) {
+    if (base.size() < sizeof(std::string)) {
+      ownBase(std::string(base));
+    } else {
+      base_ = base;
+    }
+  }
+  // Takes ownership of a decoded base (binary files decode their values into text). It is
+  // kept on the heap, so that views of it survive moving the store.
   void ownBase(std::string base) {
-    owned_base_ = std::move(base);
-    base_ = owned_base_;
+    owned_base_ = std::make_unique<const std::string>(std::move(base));
+    base_ = *owned_base_;
   }
 
   std::string_view view(TextRef ref) const {
@@ -67,7 +76,7 @@ class TextStore {
   uint64_t chunkStart(uint64_t chunk) const { return base_.size() + chunk * kChunkSize; }
 
   std::string_view base_;
-  std::string owned_base_;
+  std::unique_ptr<const std::string> owned_base_;
   // One per address slot; a value longer than a slot owns the first of the slots it spans.
   std::vector<std::unique_ptr<char[]>> chunks_;
   Cursor lanes_[2];

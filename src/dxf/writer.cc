@@ -158,13 +158,15 @@ void Document::writeTo(Out& out) const {
     }
     size_t index = 0;
     for (const Tag& tag : scan(id)) {
-      std::string_view value =
-          handseed_here && index++ == handseed_at ? std::string_view(handseed_text) : text(tag);
+      // The seed is a handle, code 5, whatever code the file gave it: written with another
+      // (an integer's, in a binary file) it would not read back as the handle.
+      const bool seed = handseed_here && index++ == handseed_at;
+      std::string_view value = seed ? std::string_view(handseed_text) : text(tag);
+      const int code = seed ? 5 : tag.code;
       if (format_ == Format::kAscii) {
-        writeAscii(tag.code, value);
+        writeAscii(code, value);
         continue;
       }
-      int code = tag.code;
       if (r12_binary_codes_) {
         if (code >= 255 || code < 0) {
           out.push_back(static_cast<char>(255));

@@ -7,6 +7,7 @@
 #include <numbers>
 
 #include "base/utf.h"
+#include "catalogue/parse_testing.h"
 
 namespace {
 
@@ -177,6 +178,44 @@ TEST(ClassWriterTest, HeaderAndTables) {
             L"obj_name\tLamp\t0\t12\n\tobj_type\tLine, Point, Hatch\n");
   cls.properties.object_types.clear();
   EXPECT_EQ(catalogue::writeClassDefinition(cls, nullptr, 3), L"obj_name\tLamp\t1\t0\n\tobj_type\t\n");
+}
+
+// A class read from a file and written back reads back the same, a TAB inside its texts
+// (which a file gives with the escape, a backslash before the TAB) included.
+TEST(ClassWriterTest, WrittenClassesReadBackTheSame) {
+  struct Case {
+    const char* name;
+    std::string text;
+  };
+  const Case cases[] = {
+      {"plain texts",
+       "obj_name\tPipe\t0\t7\tIcons/pipe.png\nobj_type\tLine, Arc\nvel_name\tPIPES\n"
+       "vel_key\tCLASS\nvel_fld\tDN\tDiameter\trequired integer\t100\t50,100,150\n"
+       "vel_fld\tDEPTH\tDepth\treal\t1\t0.5:8\nvel_fld\tNOTE\tNote\tnotempty character\n"},
+      {"a TAB in the name, between bytes that are no UTF-8",
+       "obj_name\tM!u\xEF\xBB\xBF\xFF\xFF\\\t\xFF\xFF\x91\x91r\t2\t1\nobj_type\tLine\n"},
+      {"TABs in the icon, a description, a default and allowed values",
+       "obj_name\tC\t1\t1\tIcons/a\\\tb.png\nobj_type\tLine\nvel_name\tT\nvel_key\tK\n"
+       "vel_fld\tF\tTwo\\\tcolumns\tcharacter\tx\\\ty\tx\\\ty,z\n"
+       "vel_fld\tG\tRange\tcharacter\tm\\\tn\ta\\\tb:z\n"},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.name);
+    parse_testing::Fixture fixture;
+    catalogue::ParseResult read = fixture.parse(c.text);
+    ASSERT_TRUE(read.ok) << parse_testing::messageTexts(read);
+    ASSERT_EQ(read.catalogue.objects.size(), 1u);
+    const ObjectClass& cls = read.catalogue.objects.begin()->second;
+    std::wstring written = catalogue::writeClassDefinition(cls, &read.catalogue, 6);
+    catalogue::ParseResult again = fixture.parse(base::toUtf8(written));
+    ASSERT_TRUE(again.ok) << parse_testing::messageTexts(again) << base::toUtf8(written);
+    const ObjectClass* back = again.catalogue.findObject(cls.display_name);
+    ASSERT_NE(back, nullptr) << base::toUtf8(written);
+    EXPECT_EQ(back->display_name, cls.display_name);
+    EXPECT_EQ(back->icon, cls.icon);
+    EXPECT_EQ(back->objectTypes(), cls.objectTypes());
+    EXPECT_EQ(back->tables, cls.tables);
+  }
 }
 
 }  // namespace

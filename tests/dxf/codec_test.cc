@@ -8,6 +8,12 @@
 #include <string>
 #include <vector>
 
+#include "dxf/dictionary.h"
+#include "dxf/document.h"
+#include "dxf/objects.h"
+#include "dxf/sample_drawing.h"
+#include "dxf/xrecord.h"
+
 namespace dxf {
 namespace {
 
@@ -81,6 +87,7 @@ TEST(CodecTest, SingleBytePagesRoundTripEveryValidByte) {
         "ANSI_1256", "ANSI_1257", "ANSI_1258", "DOS437", "DOS850", "MAC-ROMAN"}) {
     Codec codec = codecFor(codepage);
     for (int b = 1; b < 256; ++b) {
+      if (b == '\r' || b == '\n') continue;  // no value holds them; written as escapes
       const std::string raw(1, static_cast<char>(b));
       std::wstring text;
       if (!codec.decode(raw, text)) continue;
@@ -166,6 +173,44 @@ TEST(CodecTest, EscapesWhatTheCodePageLacks) {
     const std::string bytes = codec.encode(c.text);
     EXPECT_EQ(bytes, c.bytes);
     EXPECT_EQ(codec.decode(bytes), c.text);
+  }
+}
+
+// CR and LF would end a value in the file, and NUL a value of a binary one: a text holding
+// them is written so that the drawing reads back whole, the line breaks as escapes and NUL,
+// which no drawing text holds, left out.
+TEST(CodecTest, TextsWithLineBreaksReadBackFromAWrittenDrawing) {
+  struct Case {
+    std::string_view acadver;  // AC1027 is UTF-8, AC1015 the sample's ANSI_1252
+    std::wstring text;
+    std::string bytes;
+    std::wstring read_back;
+  };
+  const Case cases[] = {
+      {"AC1015", std::wstring(L"\nE\0\x03@", 5), "\\U+000AE\x03@", L"\nE\x03@"},
+      {"AC1015", L"a\r\nb\r", "a\\U+000D\\U+000Ab\\U+000D", L"a\r\nb\r"},
+      {"AC1015", L"Ø\n∅", "\xD8\\U+000A\\U+2205", L"Ø\n∅"},
+      {"AC1027", L"Ø\n\r", "\xC3\x98\\U+000A\\U+000D", L"Ø\n\r"},
+      {"AC1027", std::wstring(L"\n\0", 2), "\\U+000A", L"\n"},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(std::string(c.acadver) + " " + c.bytes);
+    std::string text = sample::drawing();
+    text.replace(text.find("AC1027"), 6, c.acadver);
+    auto doc = Document::parse(text, "sample.dxf");
+    ASSERT_TRUE(doc.isOk()) << doc.status().message();
+    EXPECT_EQ(doc->codec().encode(c.text), c.bytes);
+
+    RecordId line = doc->byHandle(0x100);
+    auto xdict = ensureExtensionDictionary(*doc, line);
+    ASSERT_TRUE(xdict.isOk());
+    auto xrecord = createXrecord(*doc, *xdict, L"NOTE");
+    ASSERT_TRUE(xrecord.isOk());
+    writeXrecord(*doc, *xrecord, {TypedValue::ofText(c.text), TypedValue::ofInteger(7)});
+    auto again = Document::parse(doc->serialize(), "written.dxf");
+    ASSERT_TRUE(again.isOk()) << again.status().message();
+    EXPECT_EQ(readXrecord(*again, again->byHandle(doc->record(*xrecord).handle)),
+              (std::vector<TypedValue>{TypedValue::ofText(c.read_back), TypedValue::ofInteger(7)}));
   }
 }
 

@@ -2,6 +2,9 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
+#include <string>
+#include <utility>
+#include <vector>
 
 #include "dxf/document.h"
 #include "test_paths.h"
@@ -90,6 +93,78 @@ TEST_P(CorpusRoundTrip, EditedRecordsReadBackAsSet) {
       ASSERT_EQ(got, expected[index]) << "record " << index;
     }
     EXPECT_EQ(index, expected.size());
+  }
+}
+
+// A drawing whose bytes are few enough to lie inside a string object (its short-string
+// buffer) reads its own texts after it was returned and moved, when the stack it was read on
+// has long been used for other things (another drawing read).
+TEST(TinyDrawing, ReadsItsTextsAfterItWasMoved) {
+  using Tags = std::vector<std::pair<int, std::string>>;
+  struct Case {
+    std::string bytes;
+    Tags tags;  // of the first record
+  };
+  const Case cases[] = {
+      {"  0\nEOF\n", {{0, "EOF"}}},
+      {"  0\nEOF\nS\x06" "B", {{0, "EOF"}}},
+      {"0\r\nEOF\r\n", {{0, "EOF"}}},
+      {std::string("AutoCAD Binary DXF\r\n\x1a\0\0\0EOF\0", 28), {{0, "EOF"}}},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.bytes);
+    auto parsed = dxf::Document::parse(c.bytes, "tiny.dxf");
+    ASSERT_TRUE(parsed.isOk()) << parsed.status().message();
+    dxf::Document moved = std::move(parsed.value());
+    dxf::Document drawing = std::move(moved);
+    ASSERT_TRUE(dxf::Document::parse("  0\nXYZ\n  0\nEOF\n", "other.dxf").isOk());
+    Tags read;
+    for (const dxf::Tag& tag : drawing.scan(drawing.first())) {
+      read.emplace_back(tag.code, std::string(drawing.text(tag)));
+    }
+    EXPECT_EQ(read, c.tags);
+    EXPECT_EQ(drawing.serialize(), c.bytes);
+  }
+}
+
+// $HANDSEED is written above every handle given out, as a handle (code 5), whatever code
+// the file gave it: written with an integer's code, a binary file would hold another number.
+TEST(HandleSeed, IsWrittenAsAHandleAboveTheHandlesGivenOut) {
+  const std::string binary_header = std::string("AutoCAD Binary DXF\r\n\x1a\0", 22) +
+                                    std::string(
+                                        "\0SECTION\0\x02HEADER\0\x09$ACADVER\0\x01"
+                                        "AC2020\0"
+                                        "\x09$HANDSEED\0",
+                                        46);
+  const std::string binary_end("\0ENDSEC\0\0EOF\0", 13);
+  const struct {
+    const char* name;
+    std::string bytes;
+  } cases[] = {
+      {"ASCII, as a handle",
+       "  0\nSECTION\n  2\nHEADER\n  9\n$HANDSEED\n  5\n20\n  0\nENDSEC\n  0\nEOF\n"},
+      {"ASCII, as an integer",
+       "  0\nSECTION\n  2\nHEADER\n  9\n$HANDSEED\n 70\n6\n  0\nENDSEC\n  0\nEOF\n"},
+      {"ASCII, as a real",
+       "  0\nSECTION\n  2\nHEADER\n  9\n$HANDSEED\n 40\n0\n  0\nENDSEC\n  0\nEOF\n"},
+      {"binary, as an integer", binary_header + std::string("F\x06\0", 3) + binary_end},
+      {"binary, as a handle", binary_header +
+                                  std::string("\x05"
+                                              "20\0",
+                                              4) +
+                                  binary_end},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.name);
+    auto doc = dxf::Document::parse(c.bytes, "seed.dxf");
+    ASSERT_TRUE(doc.isOk()) << doc.status().message();
+    const dxf::Handle given = doc->allocateHandle();
+    auto again = dxf::Document::parse(doc->serialize(), "written.dxf");
+    ASSERT_TRUE(again.isOk()) << again.status().message();
+    std::vector<dxf::Tag> seed = again->headerVariable("$HANDSEED");
+    ASSERT_EQ(seed.size(), 1u);
+    EXPECT_EQ(seed[0].code, 5);
+    EXPECT_GT(std::stoull(std::string(again->text(seed[0])), nullptr, 16), given);
   }
 }
 
