@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <fstream>
 
+#include "base/file_read.h"
 #include "base/text_case.h"
 #include "base/utf.h"
 #include "catalogue/parser.h"
@@ -96,27 +97,7 @@ std::filesystem::path nativePath(std::wstring_view path) {
 }
 
 base::Result<std::string> readFileBytes(std::wstring_view path, size_t max_bytes) {
-  std::error_code ec;
-  std::filesystem::path native = nativePath(path);
-  const std::string shown = base::toUtf8(path);
-  if (std::filesystem::is_directory(native, ec)) {
-    return base::Status::io("'" + shown + "' is a folder");
-  }
-  std::ifstream file(native, std::ios::binary);
-  if (!file) return base::Status::io("cannot open '" + shown + "'");
-  // Read in pieces up to the limit, so that neither a huge file nor an endless one (a
-  // device, a pipe) is taken into memory.
-  std::string bytes;
-  char piece[1 << 16];
-  while (file.read(piece, sizeof piece) || file.gcount() > 0) {
-    if (bytes.size() + static_cast<size_t>(file.gcount()) > max_bytes) {
-      return base::Status::invalid("'" + shown + "' is larger than " + std::to_string(max_bytes) +
-                                   " bytes");
-    }
-    bytes.append(piece, static_cast<size_t>(file.gcount()));
-  }
-  if (file.bad()) return base::Status::io("cannot read '" + shown + "'");
-  return bytes;
+  return base::readFileUpTo(nativePath(path).string(), max_bytes);
 }
 
 std::vector<std::wstring> findFiles(std::wstring_view pattern) {

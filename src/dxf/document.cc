@@ -410,15 +410,24 @@ void Document::noteTextThatIsNotUtf8(const std::string& name) {
                "again from the program that made it to repair it)");
 }
 
+uint64_t Document::lineNumber(uint32_t offset) const {
+  if (line_ends_.empty()) {
+    for (size_t at = raw_.find('\n'); at != std::string::npos; at = raw_.find('\n', at + 1)) {
+      line_ends_.push_back(static_cast<uint32_t>(at));
+    }
+    line_ends_.push_back(UINT32_MAX);  // the last line, and a mark that the ends were found
+  }
+  return 1 + (std::lower_bound(line_ends_.begin(), line_ends_.end(), offset) - line_ends_.begin());
+}
+
 std::string Document::lineOf(uint32_t offset) const {
   if (format_ == Format::kBinary) return "byte " + std::to_string(offset);
-  // Lines are counted only when a message needs one.
-  return "line " + std::to_string(1 + std::count(raw_.begin(), raw_.begin() + offset, '\n'));
+  return "line " + std::to_string(lineNumber(offset));
 }
 
 std::string Document::placeOf(const std::string& name, uint32_t offset) const {
   if (format_ == Format::kBinary) return name + ": byte " + std::to_string(offset) + ": ";
-  return name + ":" + lineOf(offset).substr(5) + ": ";
+  return name + ":" + std::to_string(lineNumber(offset)) + ": ";
 }
 
 base::Status Document::buildStructure(const std::string& name) {
@@ -492,6 +501,7 @@ base::Status Document::buildStructure(const std::string& name) {
                    [](const auto& a, const auto& b) { return a.first < b.first; });
   for (auto& fault : pending_faults_) faults_.push_back(std::move(fault.second));
   pending_faults_ = {};
+  line_ends_ = {};
   return base::Status::ok();
 }
 

@@ -233,6 +233,8 @@ class Document {
   std::string placeOf(const std::string& name, uint32_t offset) const;
   // "line N" or "byte N".
   std::string lineOf(uint32_t offset) const;
+  // The line of the ASCII file's byte `offset`, 1 for the first.
+  uint64_t lineNumber(uint32_t offset) const;
   // Writes the fresh handle a `rehandle` record is given into `tags`.
   void giveFreshHandle(RecordId id, std::vector<Tag>& tags);
   // Writes the whole drawing to `out` (a std::string or a buffered file).
@@ -282,6 +284,9 @@ class Document {
   std::vector<std::pair<std::string, Span>> tables_;
   std::vector<std::string> faults_;
   std::vector<std::pair<uint32_t, std::string>> pending_faults_;  // while loading
+  // While loading, once a message needs a line: where each line ends. A damaged drawing may
+  // give a message for every object, and counting from the start for each would be slow.
+  mutable std::vector<uint32_t> line_ends_;
 
   DocumentObserver* observer_ = nullptr;
   int batch_depth_ = 0;

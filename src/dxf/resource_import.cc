@@ -11,6 +11,7 @@
 #include <filesystem>
 #include <fstream>
 
+#include "base/file_read.h"
 #include "base/utf.h"
 #include "dxf/dictionary.h"
 #include "dxf/group_code.h"
@@ -152,19 +153,11 @@ std::string extensionOf(const std::string& path) {
 constexpr size_t kMaxResourceFileBytes = size_t{64} << 20;
 
 base::Result<std::string> readFile(const std::string& path) {
-  std::ifstream in(path, std::ios::binary);
-  if (!in) return base::Status::io("cannot read '" + path + "': " + std::strerror(errno));
-  // In pieces, so that a huge or endless file is refused before it is in memory.
-  std::string bytes;
-  char piece[1 << 16];
-  while (in.read(piece, sizeof piece) || in.gcount() > 0) {
-    if (bytes.size() + static_cast<size_t>(in.gcount()) > kMaxResourceFileBytes) {
-      return base::Status::invalid("cannot read '" + path + "': larger than 64 MB, more than " +
-                                   "a resource file holds; check the class file's resource line");
-    }
-    bytes.append(piece, static_cast<size_t>(in.gcount()));
+  auto bytes = base::readFileUpTo(path, kMaxResourceFileBytes);
+  if (bytes.status().code() == base::Code::kInvalid) {
+    return base::Status::invalid("cannot read '" + path + "': larger than 64 MB, more than " +
+                                 "a resource file holds; check the class file's resource line");
   }
-  if (in.bad()) return base::Status::io("cannot read '" + path + "': read error");
   return bytes;
 }
 

@@ -3,10 +3,10 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <cstdio>
 #include <cstring>
 
 #include "base/atomic_file.h"
+#include "base/file_read.h"
 #include "dxf/document.h"
 #include "dxf/group_code.h"
 #include "dxf/number_text.h"
@@ -227,29 +227,10 @@ base::Status Document::save(const std::string& path) const {
 }
 
 base::Result<Document> Document::load(const std::string& path) {
-  FILE* file = std::fopen(path.c_str(), "rb");
-  if (!file) return base::Status::io("cannot open '" + path + "': " + std::strerror(errno));
-  // One byte past the largest drawing is enough for parse() to refuse it: a larger file, or
-  // an endless one (a device, a pipe), is never taken into memory.
-  constexpr size_t kReadLimit = TextStore::kMaxBase + 1;
-  std::string bytes;
-  if (std::fseek(file, 0, SEEK_END) == 0) {
-    long size = std::ftell(file);
-    if (size > 0) bytes.resize(std::min(static_cast<size_t>(size), kReadLimit));
-    std::fseek(file, 0, SEEK_SET);
-  }
-  size_t got = std::fread(bytes.data(), 1, bytes.size(), file);
-  bytes.resize(got);
-  char buf[1 << 16];
-  size_t n;
-  while (bytes.size() < kReadLimit &&
-         (n = std::fread(buf, 1, std::min(sizeof buf, kReadLimit - bytes.size()), file)) > 0) {
-    bytes.append(buf, n);
-  }
-  bool failed = std::ferror(file);
-  std::fclose(file);
-  if (failed) return base::Status::io("cannot read '" + path + "': " + std::strerror(errno));
-  return parse(std::move(bytes), path);
+  // One byte past the largest drawing is enough for parse() to refuse it.
+  auto bytes = base::readFileUpTo(path, TextStore::kMaxBase + 1);
+  if (!bytes) return bytes.status();
+  return parse(std::move(bytes.value()), path);
 }
 
 }  // namespace dxf
