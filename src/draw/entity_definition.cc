@@ -6,7 +6,6 @@
 #include <optional>
 #include <variant>
 
-#include "base/crt_numbers.h"
 #include "draw/conformity.h"
 #include "draw/object_types.h"
 #include "draw/property_lines.h"
@@ -112,7 +111,7 @@ class DefinitionReader {
     return v;
   }
 
-  double asWritten(double v) const { return base::wtof(formatReal(v, precision_)); }
+  double asWritten(double v) const { return writtenReal(v, precision_); }
 
   host::Database& database_;
   host::ObjectId entity_;

@@ -1,7 +1,8 @@
 #include "draw/property_lines.h"
 
+#include <charconv>
 #include <cmath>
-#include <cstdio>
+#include <span>
 #include <numbers>
 #include <string_view>
 
@@ -123,11 +124,30 @@ class LineWriter {
 
 }  // namespace
 
+namespace {
+
+// Fixed notation with `precision` decimals, as "%.*f" writes it; templates write thousands.
+std::string_view fixedText(double value, int precision, std::span<char> buffer) {
+  auto [end, error] = std::to_chars(buffer.data(), buffer.data() + buffer.size(), value,
+                                    std::chars_format::fixed, precision);
+  if (error != std::errc()) return {};
+  return {buffer.data(), end};
+}
+
+}  // namespace
+
 std::wstring formatReal(double value, int precision) {
-  char text[512];
-  int n = std::snprintf(text, sizeof text, "%.*f", precision, value);
-  if (n < 0) return {};
-  return std::wstring(text, text + std::min<size_t>(static_cast<size_t>(n), sizeof text - 1));
+  char buffer[512];
+  std::string_view text = fixedText(value, precision, buffer);
+  return std::wstring(text.begin(), text.end());
+}
+
+double writtenReal(double value, int precision) {
+  char buffer[512];
+  std::string_view text = fixedText(value, precision, buffer);
+  double out = 0;
+  std::from_chars(text.data(), text.data() + text.size(), out);
+  return out;
 }
 
 std::wstring propertyLines(const DrawingProperties& p, int precision) {

@@ -9,6 +9,8 @@ namespace draw {
 
 // `value` in fixed point with `precision` decimals, as "%.Nlf" prints it.
 std::wstring formatReal(double value, int precision);
+// The number formatReal writes, read back: what a class file made from `value` will hold.
+double writtenReal(double value, int precision);
 
 // One "\t\tobj_prop\tKEY\tVALUE[\tALTERNATIVES]\n" line per property that is set and not
 // the any-marker, in the fixed key order of class files. Numbers get `precision` decimals

@@ -65,12 +65,12 @@ void registerApp(Document& doc, std::string_view app) {
 
 }  // namespace
 
-PropValue getColor(const Document& doc, RecordId id) {
+PropValue getColor(const Document& doc, RecordId /*id*/, std::span<const Tag> tags) {
   EntityColor color;
   int64_t number = 0;
-  std::optional<Tag> tag = findInGroup(doc, id, "AcDbEntity", 62);
+  std::optional<Tag> tag = findInGroup(doc, tags, "AcDbEntity", 62);
   if (tag && parseInt(doc.text(*tag), number)) color.index = static_cast<int>(number);
-  tag = findInGroup(doc, id, "AcDbEntity", 420);
+  tag = findInGroup(doc, tags, "AcDbEntity", 420);
   if (tag && parseInt(doc.text(*tag), number)) color.rgb = static_cast<uint32_t>(number) & 0xFFFFFF;
   return color;
 }
@@ -107,8 +107,7 @@ base::Status setColor(Document& doc, RecordId id, const PropValue& value) {
   return base::Status::ok();
 }
 
-PropValue getBackgroundColor(const Document& doc, RecordId id) {
-  auto tags = doc.tags(id);
+PropValue getBackgroundColor(const Document& doc, RecordId /*id*/, std::span<const Tag> tags) {
   TagRange data = appData(doc, tags, kBackgroundApp);
   EntityColor none{.index = -1};
   for (size_t i = data.begin + 1; i < data.end; ++i) {

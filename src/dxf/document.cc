@@ -34,8 +34,9 @@ RecordFacts factsOf(const Document& doc, const Tags& tags) {
 
 }  // namespace
 
-void Document::noteTags(RecordId id) {
-  TagScan tags = scan(id);
+template <typename Tags>
+void Document::noteTags(RecordId id, const Tags& tags) {
+  ++revision_;
   auto first = tags.begin();
   uint16_t type = first != tags.end() && first->code == 0 ? internType(text(*first)) : 0;
   RecordFacts facts = factsOf(*this, tags);
@@ -44,6 +45,8 @@ void Document::noteTags(RecordId id) {
   r.xdict = facts.xdict;
   r.paper = facts.paper;
 }
+template void Document::noteTags(RecordId, const TagScan&);
+template void Document::noteTags(RecordId, const std::span<const Tag>&);
 
 std::optional<Tag> Document::find(RecordId id, int code) const {
   for (const Tag& tag : scan(id)) {
@@ -82,6 +85,7 @@ void Document::insertBefore(RecordId pos, RecordId id) {
 
 void Document::unlink(RecordId id) {
   if (records_[id].erased) return;
+  ++revision_;
   unlinkQuietly(id);
   notify(id, false);
 }

@@ -118,6 +118,9 @@ class Document {
   std::string_view type(RecordId id) const { return type_names_[records_[id].type]; }
   RecordId first() const { return first_; }
   RecordId next(RecordId id) const { return records_[id].next; }
+  // Counts the changes to records' tags and the records unlinked: what a reader cached from a record is
+  // still good while this has not moved.
+  uint64_t revision() const { return revision_; }
   RecordId prev(RecordId id) const { return records_[id].prev; }
 
   // The first tag of `id` with `code`, if any.
@@ -195,8 +198,9 @@ class Document {
   // The index of structure name `name` (the text of a code 0 tag) in type_names_.
   uint16_t internType(std::string_view name);
   // Keeps the facts a record caches (type, extension dictionary, paper space) in step with
-  // its tags, after they changed.
-  void noteTags(RecordId id);
+  // its tags `tags` (a TagScan or a span), after they changed.
+  template <typename Tags>
+  void noteTags(RecordId id, const Tags& tags);
 
   // A spliced record's three runs of tags; `file`, when given, receives its file bytes and
   // `insert_at` the offset into them at which the new tags go.
@@ -288,6 +292,7 @@ class Document {
   // give a message for every object, and counting from the start for each would be slow.
   mutable std::vector<uint32_t> line_ends_;
 
+  uint64_t revision_ = 0;
   DocumentObserver* observer_ = nullptr;
   int batch_depth_ = 0;
   std::vector<std::pair<RecordId, bool>> notices_;  // (record, added) held by a batch

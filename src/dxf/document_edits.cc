@@ -170,7 +170,7 @@ void Document::insertTags(RecordId id, size_t index, std::span<const Tag> tags) 
       }
     }
     splice(id, static_cast<uint32_t>(index), offset, tags);
-    noteTags(id);
+    noteTags(id, scan(id));
     return;
   }
   TagList old = this->tags(id);
@@ -190,9 +190,11 @@ void Document::setTags(RecordId id, std::span<const Tag> tags) {
     return;
   }
   if (tryUnsplice(id, tags) || trySplice(id, tags)) {
-    noteTags(id);
+    noteTags(id, tags);
     return;
   }
+  // Read before the rewrite in place, which may overwrite the values `tags` point to.
+  noteTags(id, tags);
   encode_scratch_.clear();
   encode(tags, encode_scratch_);
   Record& r = records_[id];
@@ -204,7 +206,6 @@ void Document::setTags(RecordId id, std::span<const Tag> tags) {
   r.tag_count = static_cast<uint32_t>(tags.size());
   r.changed = true;
   r.spliced = false;
-  noteTags(id);
 }
 
 void Document::giveFreshHandle(RecordId id, std::vector<Tag>& tags) {

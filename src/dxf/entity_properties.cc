@@ -118,8 +118,7 @@ const PlainProp kPlainProps[] = {
 };
 // clang-format on
 
-PropValue getScale(const Document& doc, RecordId id) {
-  auto tags = doc.tags(id);
+PropValue getScale(const Document& doc, RecordId /*id*/, std::span<const Tag> tags) {
   TagRange range = subclassGroup(doc, tags, "AcDbBlockReference");
   auto factor = [&](int code) {
     int at = findCode(doc, tags, range, code);
@@ -144,8 +143,7 @@ base::Status setScale(Document& doc, RecordId id, const PropValue& value) {
   return base::Status::ok();
 }
 
-PropValue getDimensionType(const Document& doc, RecordId id) {
-  auto tags = doc.tags(id);
+PropValue getDimensionType(const Document& doc, RecordId /*id*/, std::span<const Tag> tags) {
   int at = findCode(doc, tags, subclassGroup(doc, tags, "AcDbDimension"), 70);
   int64_t flags = 0;
   if (at >= 0 && !parseInt(doc.text(tags[at]), flags)) flags = 0;
@@ -156,7 +154,7 @@ PropValue getDimensionType(const Document& doc, RecordId id) {
 struct CompoundProp {
   Prop prop;
   std::string_view types;
-  PropValue (*get)(const Document&, RecordId);
+  PropValue (*get)(const Document&, RecordId, std::span<const Tag>);
   base::Status (*set)(Document&, RecordId, const PropValue&);
 };
 
@@ -249,8 +247,9 @@ base::Result<std::string> storedName(const Document& doc, Names names, const std
   return std::string(doc.value(entry, 2));
 }
 
-PropValue getPlain(const Document& doc, RecordId id, const PlainProp& row) {
-  std::optional<Tag> tag = findInGroup(doc, id, row.markers, row.code);
+template <typename Tags>
+PropValue getPlain(const Document& doc, const Tags& tags, const PlainProp& row) {
+  std::optional<Tag> tag = findInGroup(doc, tags, row.markers, row.code);
   const int at = tag ? 0 : -1;
   std::string_view raw = tag ? doc.text(*tag) : std::string_view();
   switch (row.kind) {
@@ -340,10 +339,22 @@ PropValue getProperty(const Document& doc, RecordId id, Prop prop) {
   if (id >= doc.recordCount()) return {};
   std::string_view type = doc.type(id);
   if (const CompoundProp* compound = findRow<CompoundProp>(kCompoundProps, prop, type)) {
-    return compound->get(doc, id);
+    return compound->get(doc, id, doc.tags(id));
   }
   if (const PlainProp* plain = findRow<PlainProp>(kPlainProps, prop, type)) {
-    return getPlain(doc, id, *plain);
+    return getPlain(doc, doc.scan(id), *plain);
+  }
+  return {};
+}
+
+PropValue getProperty(const Document& doc, RecordId id, std::span<const Tag> tags, Prop prop) {
+  if (id >= doc.recordCount()) return {};
+  std::string_view type = doc.type(id);
+  if (const CompoundProp* compound = findRow<CompoundProp>(kCompoundProps, prop, type)) {
+    return compound->get(doc, id, tags);
+  }
+  if (const PlainProp* plain = findRow<PlainProp>(kPlainProps, prop, type)) {
+    return getPlain(doc, std::span<const Tag>(tags), *plain);
   }
   return {};
 }

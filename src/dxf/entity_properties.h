@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <optional>
+#include <span>
 #include <string>
 #include <variant>
 
@@ -62,6 +63,9 @@ using PropValue = std::variant<std::monostate, int64_t, double, std::wstring, Po
 // The value of `prop` on entity `id`, with the defaults a CAD program assumes for absent
 // tags; std::monostate when the entity's type has no such property.
 PropValue getProperty(const Document& doc, RecordId id, Prop prop);
+// The same from the tags of `id` as doc.tags(id) gave them since its last change: for a
+// reader of several properties of one entity, which decodes it once.
+PropValue getProperty(const Document& doc, RecordId id, std::span<const Tag> tags, Prop prop);
 
 // Sets `prop` on entity `id`. Names (layer, linetype, styles, block) must exist in the
 // drawing: an unknown name is a kNotFound error and nothing changes. A property the

@@ -56,7 +56,8 @@ int findCode(const Document& doc, std::span<const Tag> tags, TagRange range, int
   return -1;
 }
 
-std::optional<Tag> findInGroup(const Document& doc, RecordId id, std::string_view markers,
+template <typename Tags>
+std::optional<Tag> findInGroup(const Document& doc, const Tags& tags, std::string_view markers,
                                int code) {
   // Until the marker is seen, the first match of the whole record is kept: it is the answer
   // for a record without the marker (R12).
@@ -64,7 +65,7 @@ std::optional<Tag> findInGroup(const Document& doc, RecordId id, std::string_vie
   bool inside = false;
   bool in_app_group = false;
   bool first = true;
-  for (const Tag& tag : doc.scan(id)) {
+  for (const Tag& tag : tags) {
     if (first) {
       first = false;
       continue;
@@ -89,6 +90,9 @@ std::optional<Tag> findInGroup(const Document& doc, RecordId id, std::string_vie
   }
   return inside ? std::nullopt : fallback;
 }
+template std::optional<Tag> findInGroup(const Document&, const std::span<const Tag>&,
+                                        std::string_view, int);
+template std::optional<Tag> findInGroup(const Document&, const TagScan&, std::string_view, int);
 
 bool putTag(RecordEdit& edit, int at, size_t insert_at, int code, std::string_view raw) {
   if (at < 0) {

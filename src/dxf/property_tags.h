@@ -29,9 +29,10 @@ TagRange subclassGroup(const Document& doc, std::span<const Tag> tags, std::stri
 // -1 when there is none.
 int findCode(const Document& doc, std::span<const Tag> tags, TagRange range, int code,
              size_t from = 0);
-// The tag findCode(subclassGroup(markers), code) finds, read in one pass over the record
-// without decoding it whole: what the property getters read for every entity.
-std::optional<Tag> findInGroup(const Document& doc, RecordId id, std::string_view markers,
+// The tag findCode(subclassGroup(markers), code) finds, in one pass over `tags` (a span,
+// or a TagScan, which then decodes the record no further than needed).
+template <typename Tags>
+std::optional<Tag> findInGroup(const Document& doc, const Tags& tags, std::string_view markers,
                                int code);
 // Sets the tag found at `at` or, when `at` is negative, inserts it at `insert_at`.
 // Returns true iff the tags changed.
@@ -51,28 +52,29 @@ base::Status checkText(const std::wstring& text);
 double degreesToRadians(double degrees);
 double radiansToDegrees(double radians);
 
-// Handlers of the properties that need more than one plain tag. Each setter returns
-// kUnsupported for a drawing that cannot hold the value.
-PropValue getColor(const Document& doc, RecordId id);
+// Handlers of the properties that need more than one plain tag. Getters read the tags of
+// `id` that the caller decoded; each setter returns kUnsupported for a drawing that cannot
+// hold the value.
+PropValue getColor(const Document& doc, RecordId id, std::span<const Tag> tags);
 base::Status setColor(Document& doc, RecordId id, const PropValue& value);
 
-PropValue getMtextContents(const Document& doc, RecordId id);
+PropValue getMtextContents(const Document& doc, RecordId id, std::span<const Tag> tags);
 base::Status setMtextContents(Document& doc, RecordId id, const PropValue& value);
-PropValue getMtextRotation(const Document& doc, RecordId id);
+PropValue getMtextRotation(const Document& doc, RecordId id, std::span<const Tag> tags);
 base::Status setMtextRotation(Document& doc, RecordId id, const PropValue& value);
-PropValue getTextJustification(const Document& doc, RecordId id);
+PropValue getTextJustification(const Document& doc, RecordId id, std::span<const Tag> tags);
 base::Status setTextJustification(Document& doc, RecordId id, const PropValue& value);
 
-PropValue getPatternAngle(const Document& doc, RecordId id);
+PropValue getPatternAngle(const Document& doc, RecordId id, std::span<const Tag> tags);
 base::Status setPatternAngle(Document& doc, RecordId id, const PropValue& value);
-PropValue getPatternScale(const Document& doc, RecordId id);
+PropValue getPatternScale(const Document& doc, RecordId id, std::span<const Tag> tags);
 base::Status setPatternScale(Document& doc, RecordId id, const PropValue& value);
-PropValue getBackgroundColor(const Document& doc, RecordId id);
+PropValue getBackgroundColor(const Document& doc, RecordId id, std::span<const Tag> tags);
 base::Status setBackgroundColor(Document& doc, RecordId id, const PropValue& value);
 
-PropValue getMLeaderStyle(const Document& doc, RecordId id);
+PropValue getMLeaderStyle(const Document& doc, RecordId id, std::span<const Tag> tags);
 base::Status setMLeaderStyle(Document& doc, RecordId id, const PropValue& value);
-PropValue getMlineStyle(const Document& doc, RecordId id);
+PropValue getMlineStyle(const Document& doc, RecordId id, std::span<const Tag> tags);
 base::Status setMlineStyle(Document& doc, RecordId id, const PropValue& value);
 
 }  // namespace dxf::props

@@ -34,8 +34,8 @@ PatternPlace patternPlace(const Document& doc, std::span<const Tag> tags, std::s
   return {range, range.begin};
 }
 
-double patternValue(const Document& doc, RecordId id, int code, double fallback) {
-  auto tags = doc.tags(id);
+double patternValue(const Document& doc, RecordId id, std::span<const Tag> tags, int code,
+                    double fallback) {
   PatternPlace place = patternPlace(doc, tags, fillMarker(doc, id));
   int at = findCode(doc, tags, place.range, code);
   double out = fallback;
@@ -80,9 +80,9 @@ bool transformPatternLines(const Document& doc, RecordEdit& edit, std::string_vi
 
 base::Status setPatternValue(Document& doc, RecordId id, int code, double value) {
   std::string_view marker = fillMarker(doc, id);
-  double angle = patternValue(doc, id, 52, 0.0);
-  double scale = patternValue(doc, id, 41, 1.0);
   RecordEdit edit(doc, id);
+  double angle = patternValue(doc, id, edit.tags(), 52, 0.0);
+  double scale = patternValue(doc, id, edit.tags(), 41, 1.0);
   PatternPlace place = patternPlace(doc, edit.tags(), marker);
   int at = findCode(doc, edit.tags(), place.range, code);
   size_t insert_at = place.insert_at;
@@ -132,8 +132,8 @@ TagRange mleaderTail(const Document& doc, std::span<const Tag> tags) {
 
 }  // namespace
 
-PropValue getPatternAngle(const Document& doc, RecordId id) {
-  return degreesToRadians(patternValue(doc, id, 52, 0.0));
+PropValue getPatternAngle(const Document& doc, RecordId id, std::span<const Tag> tags) {
+  return degreesToRadians(patternValue(doc, id, tags, 52, 0.0));
 }
 
 base::Status setPatternAngle(Document& doc, RecordId id, const PropValue& value) {
@@ -142,8 +142,8 @@ base::Status setPatternAngle(Document& doc, RecordId id, const PropValue& value)
   return setPatternValue(doc, id, 52, radiansToDegrees(*angle));
 }
 
-PropValue getPatternScale(const Document& doc, RecordId id) {
-  return patternValue(doc, id, 41, 1.0);
+PropValue getPatternScale(const Document& doc, RecordId id, std::span<const Tag> tags) {
+  return patternValue(doc, id, tags, 41, 1.0);
 }
 
 base::Status setPatternScale(Document& doc, RecordId id, const PropValue& value) {
@@ -152,8 +152,7 @@ base::Status setPatternScale(Document& doc, RecordId id, const PropValue& value)
   return setPatternValue(doc, id, 41, *scale);
 }
 
-PropValue getMLeaderStyle(const Document& doc, RecordId id) {
-  auto tags = doc.tags(id);
+PropValue getMLeaderStyle(const Document& doc, RecordId /*id*/, std::span<const Tag> tags) {
   TagRange tail = mleaderTail(doc, tags);
   int at = findCode(doc, tags, tail, 340);
   if (at < 0) return std::wstring(L"Standard");
@@ -170,8 +169,7 @@ base::Status setMLeaderStyle(Document& doc, RecordId id, const PropValue& value)
   return base::Status::ok();
 }
 
-PropValue getMlineStyle(const Document& doc, RecordId id) {
-  auto tags = doc.tags(id);
+PropValue getMlineStyle(const Document& doc, RecordId /*id*/, std::span<const Tag> tags) {
   TagRange range = subclassGroup(doc, tags, "AcDbMline");
   // The handle is what CAD programs follow; the name is a copy.
   std::wstring name = styleOf(doc, tags, findCode(doc, tags, range, 340), L"ACAD_MLINESTYLE");

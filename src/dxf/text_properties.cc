@@ -58,8 +58,7 @@ constexpr Alignment kAlignments[] = {
 
 }  // namespace
 
-PropValue getMtextContents(const Document& doc, RecordId id) {
-  auto tags = doc.tags(id);
+PropValue getMtextContents(const Document& doc, RecordId /*id*/, std::span<const Tag> tags) {
   TagRange range = subclassGroup(doc, tags, kMtext);
   std::string raw;
   for (size_t i = range.begin; i < range.end; ++i) {
@@ -95,8 +94,7 @@ base::Status setMtextContents(Document& doc, RecordId id, const PropValue& value
   return base::Status::ok();
 }
 
-PropValue getMtextRotation(const Document& doc, RecordId id) {
-  auto tags = doc.tags(id);
+PropValue getMtextRotation(const Document& doc, RecordId /*id*/, std::span<const Tag> tags) {
   TagRange range = subclassGroup(doc, tags, kMtext);
   int x = findCode(doc, tags, range, 11);
   int y = findCode(doc, tags, range, 21);
@@ -124,8 +122,7 @@ base::Status setMtextRotation(Document& doc, RecordId id, const PropValue& value
   return base::Status::ok();
 }
 
-PropValue getTextJustification(const Document& doc, RecordId id) {
-  auto tags = doc.tags(id);
+PropValue getTextJustification(const Document& doc, RecordId /*id*/, std::span<const Tag> tags) {
   // 72 is in the first AcDbText group, 73 in the second.
   int64_t horizontal =
       tagInt(doc, tags, findCode(doc, tags, subclassGroup(doc, tags, kText), 72), 0);

@@ -323,7 +323,16 @@ dxf::PropValue toDxf(const host::PropertyValue& value) {
 host::PropertyValue DxfDatabase::getProperty(ObjectId entity, host::EntityProperty property) {
   dxf::RecordId r = toRecord(entity);
   if (r == dxf::kNoRecord || !isEntityRecord(r)) return std::monostate{};
-  return toHost(dxf::getProperty(drawing_, r, static_cast<dxf::Prop>(property)));
+  auto prop = static_cast<dxf::Prop>(property);
+  if (r != property_record_ || drawing_.revision() != property_revision_) {
+    // A single read scans no further than the property; a second decodes the entity once.
+    property_record_ = r;
+    property_revision_ = drawing_.revision();
+    property_tags_.reset();
+    return toHost(dxf::getProperty(drawing_, r, prop));
+  }
+  if (!property_tags_) property_tags_.emplace(drawing_.scan(r));
+  return toHost(dxf::getProperty(drawing_, r, *property_tags_, prop));
 }
 
 Status DxfDatabase::setProperty(ObjectId entity, host::EntityProperty property,

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <map>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -97,6 +98,11 @@ class DxfDatabase : public host::Database, private dxf::DocumentObserver {
   // Reused by the reads that walks repeat for every object.
   std::vector<dxf::TypedValue> values_scratch_;
   std::vector<dxf::DictionaryEntry> entries_scratch_;
+  // The entity whose properties were read last, as of the drawing's revision then, and its
+  // tags once a second property was read: commands read several of an entity in a row.
+  std::optional<dxf::TagList> property_tags_;
+  dxf::RecordId property_record_ = dxf::kNoRecord;
+  uint64_t property_revision_ = 0;
 };
 
 }  // namespace headless

@@ -115,7 +115,12 @@ void DefinitionList::add(draw::DrawingProperties definition) {
   definitions_.push_back(std::move(definition));
 }
 
-std::wstring composeTemplate(const TemplateSource& source) {
+std::deque<draw::DrawingProperties> DefinitionList::take() {
+  by_hash_.clear();
+  return std::move(definitions_);
+}
+
+std::wstring composeTemplate(TemplateSource source) {
   std::wstring out;
   for (std::wstring_view keyword : kResourceKeywords) {
     if (!out.empty()) out += L"\n";
@@ -143,7 +148,7 @@ std::wstring composeTemplate(const TemplateSource& source) {
     int number = 0;
     for (size_t index : members) {
       catalogue::ObjectClass cls;
-      cls.properties = source.definitions[index];
+      cls.properties = std::move(source.definitions[index]);
       cls.display_name = className(source.name_format, ++number, layerOf(cls.properties), type);
       out += catalogue::writeClassDefinition(cls, nullptr, source.precision);
       out += L"\tvel_name\tVEL_NAME\n\t\tvel_key\tVEL_KEY\n\n";

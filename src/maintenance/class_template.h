@@ -3,6 +3,7 @@
 // followed by the object-data tables the drawing stores, commented out.
 #pragma once
 
+#include <deque>
 #include <string>
 #include <string_view>
 #include <unordered_map>
@@ -34,11 +35,12 @@ class DefinitionList {
  public:
   // Adds `definition` unless a draw::sameDefinition one is there already.
   void add(draw::DrawingProperties definition);
-  const std::vector<draw::DrawingProperties>& definitions() const { return definitions_; }
-  std::vector<draw::DrawingProperties> take() { return std::move(definitions_); }
+  const std::deque<draw::DrawingProperties>& definitions() const { return definitions_; }
+  std::deque<draw::DrawingProperties> take();
 
  private:
-  std::vector<draw::DrawingProperties> definitions_;
+  // A deque: definitions are large, and a vector would move them all each time it grows.
+  std::deque<draw::DrawingProperties> definitions_;
   // Indexes into definitions_ by a hash of the properties that tell most definitions apart:
   // a drawing may hold thousands of kinds of one type on one layer.
   std::unordered_multimap<size_t, size_t> by_hash_;
@@ -55,7 +57,7 @@ struct TemplateSource {
   std::wstring drawing_path;
   // (name, value as text); a variable without a value is left out.
   std::vector<std::pair<std::wstring, std::wstring>> variables;
-  std::vector<draw::DrawingProperties> definitions;
+  std::deque<draw::DrawingProperties> definitions;
   // In the drawing's order; tables of other applications' prefixes are left out.
   std::vector<StoredTableOutline> tables;
   std::wstring name_format{kInitialNameFormat};
@@ -65,6 +67,6 @@ struct TemplateSource {
 
 // The file's whole text. Type groups come in plain text order of the type names, and
 // definitions are numbered from 1 within their group, in list order.
-std::wstring composeTemplate(const TemplateSource& source);
+std::wstring composeTemplate(TemplateSource source);
 
 }  // namespace maintenance

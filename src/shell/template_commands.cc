@@ -114,7 +114,9 @@ void templateCommand(CommandContext& context) {
   source.tables = storedTables(database);
   source.name_format = state.template_name_format;
   source.precision = precision;
-  std::string text = kUtf8ByteOrderMark + base::toUtf8(maintenance::composeTemplate(source));
+  const auto written = static_cast<int>(source.definitions.size());
+  std::string text =
+      kUtf8ByteOrderMark + base::toUtf8(maintenance::composeTemplate(std::move(source)));
   if (!context.host().writeTextFile(*path, text)) {
     // The message is shown as the string table has it: its placeholder is not filled.
     context.host().dialogs().messageBox(context.text(StringId::kCaptionError),
@@ -122,8 +124,7 @@ void templateCommand(CommandContext& context) {
                                         host::MessageKind::kError);
     return;
   }
-  context.print(StringId::kCompletedRatio, {static_cast<int>(source.definitions.size()),
-                                            static_cast<int>(candidates->size())});
+  context.print(StringId::kCompletedRatio, {written, static_cast<int>(candidates->size())});
 }
 
 void typeCommand(CommandContext& context) {
