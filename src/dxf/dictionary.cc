@@ -161,10 +161,12 @@ base::Result<RecordId> createDictionary(Document& doc, RecordId owner, std::wstr
       {doc.makeTag(0, "DICTIONARY"), doc.makeTag(100, "AcDbDictionary"), doc.makeTag(281, "1")});
 }
 
-base::Result<RecordId> createXrecord(Document& doc, RecordId owner, std::wstring_view key) {
+base::Result<RecordId> createXrecord(Document& doc, RecordId owner, std::wstring_view key,
+                                     std::span<const Tag> data) {
   std::vector<Tag> body = {doc.makeTag(0, "XRECORD"), doc.makeTag(100, "AcDbXrecord")};
   // The cloning flag came with R2000; earlier readers would take it for data.
   if (doc.version() >= "AC1015") body.push_back(doc.makeTag(280, "1"));
+  body.insert(body.end(), data.begin(), data.end());
   return createEntry(doc, owner, key, std::move(body));
 }
 

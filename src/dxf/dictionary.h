@@ -1,6 +1,7 @@
 // DICTIONARY objects (and ACDBDICTIONARYWDFLT): ordered keys naming objects by handle.
 #pragma once
 
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -39,6 +40,8 @@ int dictionaryDuplicateFlag(const Document& doc, RecordId dict);
 // Creates an empty DICTIONARY (or XRECORD with no data) and enters it under `key` in
 // `owner`, hard-owned. Fails on R12 drawings.
 base::Result<RecordId> createDictionary(Document& doc, RecordId owner, std::wstring_view key);
-base::Result<RecordId> createXrecord(Document& doc, RecordId owner, std::wstring_view key);
+// An XRECORD is made holding `data`, its tags after the cloning flag (appendXrecordData).
+base::Result<RecordId> createXrecord(Document& doc, RecordId owner, std::wstring_view key,
+                                     std::span<const Tag> data = {});
 
 }  // namespace dxf

@@ -28,7 +28,10 @@ namespace {
 template <typename Tags>
 RecordFacts factsOf(const Document& doc, const Tags& tags) {
   RecordFactsReader reader;
-  for (const Tag& tag : tags) reader.add(tag.code, doc.text(tag));
+  for (const Tag& tag : tags) {
+    reader.add(tag.code, doc.text(tag));
+    if (reader.done()) break;
+  }
   return reader.facts();
 }
 

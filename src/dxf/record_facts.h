@@ -40,6 +40,8 @@ class RecordFactsReader {
     }
   }
   const RecordFacts& facts() const { return facts_; }
+  // Whether the rest of the record can change nothing: a subclass of its own has begun.
+  bool done() const { return done_; }
 
  private:
   RecordFacts facts_;

@@ -120,6 +120,12 @@ void writeXrecord(Document& doc, RecordId id, const std::vector<TypedValue>& val
     start = static_cast<int>(tags.size());
   }
   tags.resize(static_cast<size_t>(start));
+  appendXrecordData(doc, values, tags);
+  edit.commit();
+}
+
+void appendXrecordData(Document& doc, const std::vector<TypedValue>& values,
+                       std::vector<Tag>& tags) {
   for (const TypedValue& v : values) {
     switch (v.type) {
       case TypedValue::Type::kText:
@@ -141,7 +147,6 @@ void writeXrecord(Document& doc, RecordId id, const std::vector<TypedValue>& val
         break;
     }
   }
-  edit.commit();
 }
 
 }  // namespace dxf

@@ -34,5 +34,8 @@ std::vector<TypedValue> readXrecord(const Document& doc, RecordId id);
 void readXrecord(const Document& doc, RecordId id, std::vector<TypedValue>& out);
 // Replaces the data of the XRECORD `id`; the record's header tags are kept.
 void writeXrecord(Document& doc, RecordId id, const std::vector<TypedValue>& values);
+// Appends to `tags` the tags that hold `values` as an XRECORD's data.
+void appendXrecordData(Document& doc, const std::vector<TypedValue>& values,
+                       std::vector<Tag>& tags);
 
 }  // namespace dxf

@@ -123,24 +123,38 @@ Status DxfDatabase::dictionaryRemove(ObjectId dict, std::wstring_view key) {
   return Status::ok();
 }
 
-Result<ObjectId> DxfDatabase::createEntry(ObjectId owner, std::wstring_view key, bool xrecord) {
+Result<ObjectId> DxfDatabase::createEntry(ObjectId owner, std::wstring_view key,
+                                          const host::ResBufChain* data) {
   auto d = dictionaryRecord(owner);
   if (!d) return d.status();
   if (dxf::dictionaryHas(drawing_, *d, key)) {
     return Status::invalid("entry '" + base::toUtf8(key) + "' exists already");
   }
-  auto created =
-      xrecord ? dxf::createXrecord(drawing_, *d, key) : dxf::createDictionary(drawing_, *d, key);
+  Result<dxf::RecordId> created = dxf::kNoRecord;
+  if (data == nullptr) {
+    created = dxf::createDictionary(drawing_, *d, key);
+  } else {
+    std::vector<dxf::Tag>& tags = tags_scratch_;
+    tags.clear();
+    dxf::appendXrecordData(drawing_, typedValues(*data), tags);
+    created = dxf::createXrecord(drawing_, *d, key, tags);
+  }
   if (!created) return created.status();
   return toId(*created);
 }
 
 Result<ObjectId> DxfDatabase::createDictionary(ObjectId owner, std::wstring_view key) {
-  return createEntry(owner, key, false);
+  return createEntry(owner, key, nullptr);
 }
 
 Result<ObjectId> DxfDatabase::createXrecord(ObjectId owner, std::wstring_view key) {
-  return createEntry(owner, key, true);
+  static const host::ResBufChain kEmpty;
+  return createEntry(owner, key, &kEmpty);
+}
+
+Result<ObjectId> DxfDatabase::createXrecordWith(ObjectId owner, std::wstring_view key,
+                                                const host::ResBufChain& chain) {
+  return createEntry(owner, key, &chain);
 }
 
 Result<host::ResBufChain> DxfDatabase::readXrecord(ObjectId xrecord) {
@@ -194,6 +208,11 @@ Status DxfDatabase::writeXrecord(ObjectId xrecord, const host::ResBufChain& chai
   auto r = record(xrecord, "XRECORD");
   if (!r) return r.status();
   if (drawing_.type(*r) != "XRECORD") return Status::invalid("object is not an XRECORD");
+  dxf::writeXrecord(drawing_, *r, typedValues(chain));
+  return Status::ok();
+}
+
+std::vector<dxf::TypedValue>& DxfDatabase::typedValues(const host::ResBufChain& chain) {
   std::vector<dxf::TypedValue>& values = values_scratch_;
   values.resize(chain.size());
   for (size_t i = 0; i < chain.size(); ++i) {
@@ -217,8 +236,7 @@ Status DxfDatabase::writeXrecord(ObjectId xrecord, const host::ResBufChain& chai
     }
     v.code = static_cast<int16_t>(rb.code);
   }
-  dxf::writeXrecord(drawing_, *r, values);
-  return Status::ok();
+  return values;
 }
 
 Result<ObjectId> DxfDatabase::extensionDictionary(ObjectId object) {

@@ -37,6 +37,8 @@ class DxfDatabase : public host::Database, private dxf::DocumentObserver {
   base::Result<host::ObjectId> createDictionary(host::ObjectId owner,
                                                 std::wstring_view key) override;
   base::Result<host::ObjectId> createXrecord(host::ObjectId owner, std::wstring_view key) override;
+  base::Result<host::ObjectId> createXrecordWith(host::ObjectId owner, std::wstring_view key,
+                                                 const host::ResBufChain& chain) override;
   base::Result<host::ResBufChain> readXrecord(host::ObjectId xrecord) override;
   base::Status readXrecordInto(host::ObjectId xrecord, host::ResBufChain& chain) override;
   base::Status dictionaryEntriesInto(
@@ -83,8 +85,11 @@ class DxfDatabase : public host::Database, private dxf::DocumentObserver {
   // every entity they visit, often several times.
   bool isEntityRecord(dxf::RecordId r);
   base::Result<dxf::RecordId> dictionaryRecord(host::ObjectId id) const;
+  // A DICTIONARY, or an XRECORD holding `data` when `data` is given.
   base::Result<host::ObjectId> createEntry(host::ObjectId owner, std::wstring_view key,
-                                           bool xrecord);
+                                           const host::ResBufChain* data);
+  // `chain` as the drawing's typed values, in values_scratch_.
+  std::vector<dxf::TypedValue>& typedValues(const host::ResBufChain& chain);
 
   dxf::Document& drawing_;
   std::vector<host::DatabaseReactor*> reactors_;
@@ -98,6 +103,7 @@ class DxfDatabase : public host::Database, private dxf::DocumentObserver {
   // Reused by the reads that walks repeat for every object.
   std::vector<dxf::TypedValue> values_scratch_;
   std::vector<dxf::DictionaryEntry> entries_scratch_;
+  std::vector<dxf::Tag> tags_scratch_;
   // The entity whose properties were read last, as of the drawing's revision then, and its
   // tags once a second property was read: commands read several of an entity in a row.
   std::optional<dxf::TagList> property_tags_;

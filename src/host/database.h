@@ -100,6 +100,16 @@ class Database {
     return base::Status::ok();
   }
   virtual base::Status writeXrecord(ObjectId xrecord, const ResBufChain& chain) = 0;
+  // createXrecord and writeXrecord in one: the XRECORD is made holding `chain`, and is
+  // announced once, with it. This default announces it empty, as createXrecord does: hosts
+  // override it, also because commands attach a record to every entity they classify so.
+  virtual base::Result<ObjectId> createXrecordWith(ObjectId owner, std::wstring_view key,
+                                                   const ResBufChain& chain) {
+    auto made = createXrecord(owner, key);
+    if (!made) return made;
+    if (base::Status written = writeXrecord(*made, chain); !written) return written;
+    return made;
+  }
 
   // --- Extension dictionaries.
   // The object's extension dictionary, or the null id when it has none.

@@ -308,9 +308,7 @@ int appendValues(TableDirectory& tables, const StoredTable& table, const host::R
     all.insert(all.end(), values.begin(), values.end());
     return db.writeXrecord(*container, all) ? kStatusOk : kStatusNothing;
   }
-  auto container = db.createXrecord(*dictionary, table.name);
-  if (!container) return kStatusNothing;
-  return db.writeXrecord(*container, values) ? kStatusOk : kStatusNothing;
+  return db.createXrecordWith(*dictionary, table.name, values) ? kStatusOk : kStatusNothing;
 }
 
 }  // namespace objdata

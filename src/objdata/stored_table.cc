@@ -107,15 +107,13 @@ host::ObjectId getTableDictionary(host::Document& document) {
 int writeStoredTable(host::Database& database, host::ObjectId dictionary, std::wstring_view name,
                      const std::vector<StoredField>& fields) {
   if (hasStoredTable(database, dictionary, name)) return kStatusKeyExists;
-  auto xrecord = database.createXrecord(dictionary, name);
-  if (!xrecord) return kStatusNothing;
   host::ResBufChain chain;
   chain.reserve(fields.size() * 2);
   for (const StoredField& field : fields) {
     chain.push_back(host::ResBuf::text(field.name));
     chain.push_back(placeholder(field.type));
   }
-  return database.writeXrecord(*xrecord, chain) ? kStatusOk : kStatusNothing;
+  return database.createXrecordWith(dictionary, name, chain) ? kStatusOk : kStatusNothing;
 }
 
 int ensureStoredTable(host::Database& database, host::ObjectId dictionary, std::wstring_view name,

@@ -268,7 +268,8 @@ Status FakeDatabase::dictionaryRemove(ObjectId dict, std::wstring_view key) {
   return Status::ok();
 }
 
-Result<ObjectId> FakeDatabase::createEntry(ObjectId owner, std::wstring_view key, Kind kind) {
+Result<ObjectId> FakeDatabase::createEntry(ObjectId owner, std::wstring_view key, Kind kind,
+                                           const host::ResBufChain& chain) {
   auto d = findOfKind(owner, Kind::kDictionary, "a dictionary");
   if (!d) return d.status();
   for (const auto& entry : (*d)->entries) {
@@ -276,7 +277,9 @@ Result<ObjectId> FakeDatabase::createEntry(ObjectId owner, std::wstring_view key
       return Status::invalid("entry '" + base::toUtf8(key) + "' exists already");
     }
   }
-  ObjectId id = append(Object::make(kind, owner));
+  Object made = Object::make(kind, owner);
+  made.chain = chain;
+  ObjectId id = append(std::move(made));
   // Map nodes stay where they are when others are added, so `d` still points at the owner.
   (*d)->entries.emplace_back(std::wstring(key), id);
   tellAppended(id);
@@ -289,6 +292,11 @@ Result<ObjectId> FakeDatabase::createDictionary(ObjectId owner, std::wstring_vie
 
 Result<ObjectId> FakeDatabase::createXrecord(ObjectId owner, std::wstring_view key) {
   return createEntry(owner, key, Kind::kXrecord);
+}
+
+Result<ObjectId> FakeDatabase::createXrecordWith(ObjectId owner, std::wstring_view key,
+                                                 const host::ResBufChain& chain) {
+  return createEntry(owner, key, Kind::kXrecord, chain);
 }
 
 Result<host::ResBufChain> FakeDatabase::readXrecord(ObjectId xrecord) {

@@ -56,6 +56,8 @@ class FakeDatabase : public host::Database {
   base::Result<host::ObjectId> createDictionary(host::ObjectId owner,
                                                 std::wstring_view key) override;
   base::Result<host::ObjectId> createXrecord(host::ObjectId owner, std::wstring_view key) override;
+  base::Result<host::ObjectId> createXrecordWith(host::ObjectId owner, std::wstring_view key,
+                                                 const host::ResBufChain& chain) override;
   base::Result<host::ResBufChain> readXrecord(host::ObjectId xrecord) override;
   base::Status writeXrecord(host::ObjectId xrecord, const host::ResBufChain& chain) override;
   base::Result<host::ObjectId> extensionDictionary(host::ObjectId object) override;
@@ -118,7 +120,8 @@ class FakeDatabase : public host::Database {
   host::ObjectId append(Object object);
   base::Result<Object*> find(host::ObjectId id);
   base::Result<Object*> findOfKind(host::ObjectId id, Kind kind, const char* what);
-  base::Result<host::ObjectId> createEntry(host::ObjectId owner, std::wstring_view key, Kind kind);
+  base::Result<host::ObjectId> createEntry(host::ObjectId owner, std::wstring_view key, Kind kind,
+                                           const host::ResBufChain& chain = {});
   Symbol* findSymbol(host::SymbolTable table, std::wstring_view name);
   void tellAppended(host::ObjectId id);
 

@@ -118,6 +118,12 @@ Result<ObjectId> ForwardingHost::createXrecord(ObjectId owner, std::wstring_view
   return targetDatabase().createXrecord(owner, key);
 }
 
+Result<ObjectId> ForwardingHost::createXrecordWith(ObjectId owner, std::wstring_view key,
+                                                   const host::ResBufChain& chain) {
+  note("Database::createXrecordWith");
+  return targetDatabase().createXrecordWith(owner, key, chain);
+}
+
 Result<host::ResBufChain> ForwardingHost::readXrecord(ObjectId xrecord) {
   note("Database::readXrecord");
   return targetDatabase().readXrecord(xrecord);

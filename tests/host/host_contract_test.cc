@@ -23,6 +23,7 @@ struct Log : host::DatabaseReactor, host::EditorReactor {
     appended.push_back(id);
     events.push_back(L"appended");
     valid_when_told.push_back(db.isValid(id));
+    if (auto chain = db.readXrecord(id)) xrecords_when_told.push_back(*chain);
   }
   void objectErased(ObjectId id) override {
     erased.push_back(id);
@@ -43,6 +44,7 @@ struct Log : host::DatabaseReactor, host::EditorReactor {
   std::vector<ObjectId> erased;
   std::vector<std::wstring> events;
   std::vector<bool> valid_when_told;
+  std::vector<host::ResBufChain> xrecords_when_told;
 };
 
 TEST_P(HostContractTest, EveryObjectAppendedIsAnnouncedOnceCompleteUntilTheReactorIsRemoved) {
@@ -55,10 +57,13 @@ TEST_P(HostContractTest, EveryObjectAppendedIsAnnouncedOnceCompleteUntilTheReact
   ObjectId xrecord = *db().createXrecord(dict, L"Row");
   ObjectId xdict = *db().createExtensionDictionary(line);
   ObjectId in_xdict = *db().createXrecord(xdict, L"Data");
-  const std::vector<ObjectId> appended = {line, dict, xrecord, xdict, in_xdict};
+  ObjectId whole = *db().createXrecordWith(xdict, L"Whole", {host::ResBuf::integer(3)});
+  const std::vector<ObjectId> appended = {line, dict, xrecord, xdict, in_xdict, whole};
   EXPECT_EQ(log.appended, appended);
   EXPECT_EQ(other.appended, appended);
   EXPECT_EQ(log.valid_when_told, std::vector<bool>(appended.size(), true));
+  const std::vector<host::ResBufChain> xrecords = {{}, {}, {host::ResBuf::integer(3)}};
+  EXPECT_EQ(log.xrecords_when_told, xrecords);
   EXPECT_TRUE(db().isEntity(line));
   EXPECT_FALSE(db().isEntity(dict));
   EXPECT_EQ(db().modelSpaceEntities().back(), line);
@@ -308,13 +313,20 @@ TEST_P(HostContractTest, XrecordsKeepTheChainAsGiven) {
       {host::ResBuf::integer(1)},
       {},
   };
+  int made = 0;
   for (const host::ResBufChain& chain : chains) {
     ASSERT_TRUE(db().writeXrecord(xrecord, chain));
     EXPECT_EQ(*db().readXrecord(xrecord), chain);
     host::ResBufChain into = {host::ResBuf::text(L"stale")};
     ASSERT_TRUE(db().readXrecordInto(xrecord, into));
     EXPECT_EQ(into, chain);
+    auto whole = db().createXrecordWith(db().namedObjectsDictionary(),
+                                        L"Made" + std::to_wstring(++made), chain);
+    ASSERT_TRUE(whole);
+    EXPECT_EQ(*db().readXrecord(*whole), chain);
   }
+  EXPECT_EQ(codeOf(db().createXrecordWith(db().namedObjectsDictionary(), L"made1", {})),
+            Code::kInvalid);
 }
 
 TEST_P(HostContractTest, ExtensionDictionaryIsMadeOnceAndReleasedOnlyWhenEmpty) {
