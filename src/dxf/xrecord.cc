@@ -1,5 +1,7 @@
 #include "dxf/xrecord.h"
 
+#include <algorithm>
+
 #include "dxf/group_code.h"
 #include "dxf/number_text.h"
 #include "dxf/record_edit.h"
@@ -67,14 +69,15 @@ std::vector<TypedValue> readXrecord(const Document& doc, RecordId id) {
 }
 
 void readXrecord(const Document& doc, RecordId id, std::vector<TypedValue>& out) {
+  // One pass over the record as it lies: walks read the data of every entity.
   size_t count = 0;
-  auto tags = doc.tags(id);
-  int start = dataStart(doc, tags);
-  for (size_t i = start < 0 ? tags.size() : static_cast<size_t>(start); i < tags.size(); ++i) {
-    const Tag& tag = tags[i];
-    std::string_view text = doc.text(tag);
+  auto next = [&]() -> TypedValue& {
     if (count == out.size()) out.emplace_back();
-    TypedValue& v = out[count++];
+    return out[count++];
+  };
+  auto add = [&](const Tag& tag) {
+    std::string_view text = doc.text(tag);
+    TypedValue& v = next();
     v.code = tag.code;
     v.type = TypedValue::Type::kRaw;
     switch (tag.code) {
@@ -92,20 +95,62 @@ void readXrecord(const Document& doc, RecordId id, std::vector<TypedValue>& out)
         v.integer = static_cast<int32_t>(n);
         break;
       }
-      case 10:
-        // A point is 10, 20 and 30; a lone 10 is kept as written.
-        if (i + 2 < tags.size() && tags[i + 1].code == 20 && tags[i + 2].code == 30 &&
-            parseDouble(text, v.xyz[0]) && parseDouble(doc.text(tags[i + 1]), v.xyz[1]) &&
-            parseDouble(doc.text(tags[i + 2]), v.xyz[2])) {
-          v.type = TypedValue::Type::kPoint;
-          i += 2;
-        }
-        break;
       default:
         break;
     }
     if (v.type == TypedValue::Type::kRaw) v.raw.assign(text);
+  };
+  // A point is 10, 20 and 30; a 10 without them is kept as written. Held until known.
+  Tag held[2];
+  int held_count = 0;
+  auto release = [&] {
+    for (int i = 0; i < held_count; ++i) add(held[i]);
+    held_count = 0;
+  };
+  enum class Place { kHeader, kFlag, kData } place = Place::kHeader;
+  bool first = true;
+  for (const Tag& tag : doc.scan(id)) {
+    if (first) {
+      first = false;
+      continue;
+    }
+    if (place == Place::kHeader) {
+      if (tag.code == 100 && doc.text(tag) == "AcDbXrecord") {
+        place = hasCloningFlag(doc) ? Place::kFlag : Place::kData;
+      }
+      continue;
+    }
+    if (place == Place::kFlag) {
+      place = Place::kData;
+      if (tag.code == 280) continue;
+    }
+    if (held_count == 1 && tag.code == 20) {
+      held[held_count++] = tag;
+      continue;
+    }
+    if (held_count == 2 && tag.code == 30) {
+      double xyz[3];
+      if (parseDouble(doc.text(held[0]), xyz[0]) && parseDouble(doc.text(held[1]), xyz[1]) &&
+          parseDouble(doc.text(tag), xyz[2])) {
+        TypedValue& v = next();
+        v.code = held[0].code;
+        v.type = TypedValue::Type::kPoint;
+        std::copy(xyz, xyz + 3, v.xyz);
+        held_count = 0;
+        continue;
+      }
+      release();
+      add(tag);
+      continue;
+    }
+    release();
+    if (tag.code == 10) {
+      held[held_count++] = tag;
+    } else {
+      add(tag);
+    }
   }
+  release();
   out.resize(count);
 }
 

@@ -1,7 +1,7 @@
 #include "maintenance/candidates.h"
 
-#include <map>
 #include <string>
+#include <unordered_map>
 
 namespace maintenance {
 
@@ -18,7 +18,7 @@ std::optional<std::vector<host::ObjectId>> pickedOrSelected(
 
 void pruneCandidates(host::Database& database, std::vector<host::ObjectId>& candidates) {
   // Few layers, many entities: each layer's state is asked once.
-  std::map<std::wstring, bool> usable_layers;
+  std::unordered_map<std::wstring, bool> usable_layers;
   auto usable = [&](host::ObjectId id) {
     if (!database.isEntity(id)) return false;
     host::PropertyValue value = database.getProperty(id, host::EntityProperty::kLayer);
