@@ -39,10 +39,13 @@ RecordFacts factsOf(const Document& doc, const Tags& tags) {
 
 template <typename Tags>
 void Document::noteTags(RecordId id, const Tags& tags) {
-  ++revision_;
   auto first = tags.begin();
   uint16_t type = first != tags.end() && first->code == 0 ? internType(text(*first)) : 0;
-  RecordFacts facts = factsOf(*this, tags);
+  setFacts(id, type, factsOf(*this, tags));
+}
+
+void Document::setFacts(RecordId id, uint16_t type, const RecordFacts& facts) {
+  ++revision_;
   Record& r = records_[id];
   r.type = type;
   r.xdict = facts.xdict;

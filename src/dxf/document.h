@@ -13,6 +13,7 @@
 
 #include "base/status.h"
 #include "dxf/codec.h"
+#include "dxf/record_facts.h"
 #include "dxf/tags.h"
 #include "dxf/text_store.h"
 
@@ -141,7 +142,8 @@ class Document {
   // Inserts `tags` before the tag at `index` (0 = before the first); the same as setTags
   // with them inserted, without decoding the record when it is unchanged.
   void insertTags(RecordId id, size_t index, std::span<const Tag> tags);
-  // Creates an unlinked record; link it with insertBefore.
+  // Creates an unlinked record; link it with insertBefore. RecordBuilder does the same
+  // from codes and values.
   RecordId newRecord(std::span<const Tag> tags);
   // Links the unlinked record `id` into the file just before `pos`.
   void insertBefore(RecordId pos, RecordId id);
@@ -185,6 +187,7 @@ class Document {
   friend class DocumentBuilder;
 
   friend class ChangeBatch;
+  friend class RecordBuilder;
   // Tells the observer (now, or when the open batches close) that `id` came or went.
   void notify(RecordId id, bool added);
   void flushNotices();
@@ -194,6 +197,9 @@ class Document {
   // Appends the encoding of `tags` to `out`, naming the values that recur in every object
   // (structure names, markers, keys, layer and style names) by their shared number.
   void encode(std::span<const Tag> tags, std::string& out);
+  void encodeOne(int code, std::string_view value, std::string& out);
+  // Sets the facts a record caches, after its tags changed.
+  void setFacts(RecordId id, uint16_t type, const RecordFacts& facts);
 
   // The index of structure name `name` (the text of a code 0 tag) in type_names_.
   uint16_t internType(std::string_view name);
@@ -252,6 +258,7 @@ class Document {
   std::vector<std::pair<uint32_t, uint32_t>> binary_raw_;
   TextStore text_;
   std::string encode_scratch_;
+  std::string builder_scratch_;  // the encoding a RecordBuilder is writing
   // Recent short values made for edits, by hash: the same names, flags and defaults are
   // made again for every object an operation writes, and are kept once.
   static constexpr size_t kValueCacheSize = 4096;
@@ -296,6 +303,25 @@ class Document {
   DocumentObserver* observer_ = nullptr;
   int batch_depth_ = 0;
   std::vector<std::pair<RecordId, bool>> notices_;  // (record, added) held by a batch
+};
+
+// Makes a new record from its tags' codes and values, encoding each as it comes: objects
+// made in bulk are written without making each value a tag first. One at a time per drawing.
+class RecordBuilder {
+ public:
+  explicit RecordBuilder(Document& doc) : doc_(doc) { doc_.builder_scratch_.clear(); }
+  RecordBuilder(const RecordBuilder&) = delete;
+  RecordBuilder& operator=(const RecordBuilder&) = delete;
+
+  RecordBuilder& add(int code, std::string_view value);
+  // Creates the record, unlinked: link it with Document::insertBefore.
+  RecordId finish();
+
+ private:
+  Document& doc_;
+  RecordFactsReader facts_;
+  uint16_t type_ = 0;
+  uint32_t count_ = 0;
 };
 
 // While one lives, the drawing's observer is told nothing; when the outermost ends, it is

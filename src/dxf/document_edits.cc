@@ -33,31 +33,31 @@ Tag Document::makeTag(int code, double value) { return makeTag(code, formatDoubl
 Tag Document::makeTag(int code, int64_t value) { return makeTag(code, formatInt(value)); }
 
 void Document::encode(std::span<const Tag> tags, std::string& out) {
+  for (const Tag& tag : tags) encodeOne(tag.code, text_.view(tag.value), out);
+}
+
+void Document::encodeOne(int code, std::string_view value, std::string& out) {
   constexpr size_t kMaxShared = 1 << 16;
   constexpr size_t kLongest = 64;
-  for (const Tag& tag : tags) {
-    std::string_view value = text_.view(tag.value);
-    bool recurring = tag.code == 0 || tag.code == 2 || tag.code == 3 || tag.code == 6 ||
-                     tag.code == 7 || tag.code == 8 || tag.code == 100 || tag.code == 102 ||
-                     tag.code == 1001;
-    if (!recurring || value.empty() || value.size() > kLongest) {
-      encodeTag(tag.code, value, out);
-      continue;
-    }
-    auto it = shared_index_.find(value);
-    if (it == shared_index_.end()) {
-      // Reserved whole at once: scans read the list while it grows.
-      if (shared_.capacity() < kMaxShared) shared_.reserve(kMaxShared);
-      if (shared_.size() >= kMaxShared) {
-        encodeTag(tag.code, value, out);
-        continue;
-      }
-      TextRef ref = text_.add(value);
-      it = shared_index_.emplace(text_.view(ref), static_cast<uint32_t>(shared_.size())).first;
-      shared_.push_back(ref);
-    }
-    encodeSharedTag(tag.code, it->second, out);
+  bool recurring = code == 0 || code == 2 || code == 3 || code == 6 || code == 7 || code == 8 ||
+                   code == 100 || code == 102 || code == 1001;
+  if (!recurring || value.empty() || value.size() > kLongest) {
+    encodeTag(code, value, out);
+    return;
   }
+  auto it = shared_index_.find(value);
+  if (it == shared_index_.end()) {
+    // Reserved whole at once: scans read the list while it grows.
+    if (shared_.capacity() < kMaxShared) shared_.reserve(kMaxShared);
+    if (shared_.size() >= kMaxShared) {
+      encodeTag(code, value, out);
+      return;
+    }
+    TextRef ref = text_.add(value);
+    it = shared_index_.emplace(text_.view(ref), static_cast<uint32_t>(shared_.size())).first;
+    shared_.push_back(ref);
+  }
+  encodeSharedTag(code, it->second, out);
 }
 
 // The splice header: the file bytes' first byte and length, the index of the first new
@@ -160,17 +160,31 @@ void Document::insertTags(RecordId id, size_t index, std::span<const Tag> tags) 
   if (tags.empty()) return;
   const Record& r = records_[id];
   if (spliceable(r) && index <= r.tag_count) {
+    // One pass finds where the new tags go and reads the record's facts as they will be.
+    RecordFactsReader facts;
+    std::string_view type_name;
+    bool first = true;
+    auto note = [&](const Tag& tag) {
+      if (first && tag.code == 0) type_name = text(tag);
+      first = false;
+      facts.add(tag.code, text(tag));
+    };
     uint32_t offset = r.size;
     size_t at = 0;
     TagScan old = scan(id);
-    for (auto it = old.begin(); it != old.end(); ++it, ++at) {
+    auto it = old.begin();
+    for (; it != old.end(); ++it, ++at) {
       if (at == index) {
         offset = it.position() - r.pos;
         break;
       }
+      note(*it);
     }
+    for (const Tag& tag : tags) note(tag);
+    for (; it != old.end() && !facts.done(); ++it) note(*it);
+    uint16_t type = internType(type_name);
     splice(id, static_cast<uint32_t>(index), offset, tags);
-    noteTags(id, scan(id));
+    setFacts(id, type, facts.facts());
     return;
   }
   TagList old = this->tags(id);
@@ -218,6 +232,26 @@ void Document::giveFreshHandle(RecordId id, std::vector<Tag>& tags) {
       return;
     }
   }
+}
+
+RecordBuilder& RecordBuilder::add(int code, std::string_view value) {
+  if (count_++ == 0 && code == 0) type_ = doc_.internType(value);
+  facts_.add(code, value);
+  doc_.encodeOne(code, value, doc_.builder_scratch_);
+  return *this;
+}
+
+RecordId RecordBuilder::finish() {
+  RecordId id = static_cast<RecordId>(doc_.records_.size());
+  Record& r = doc_.records_.emplace_back();
+  r.erased = true;  // until linked
+  TextRef code = doc_.text_.add(doc_.builder_scratch_, TextStore::Lane::kEncodings);
+  r.pos = code.pos;
+  r.size = code.len;
+  r.tag_count = count_;
+  r.changed = true;
+  doc_.setFacts(id, type_, facts_.facts());
+  return id;
 }
 
 RecordId Document::newRecord(std::span<const Tag> tags) {

@@ -65,8 +65,10 @@ base::Status requireObjects(const Document& doc) {
       "an R12 drawing cannot store dictionaries or XRECORDs; save it as R2000 or later first");
 }
 
-base::Result<RecordId> appendObject(Document& doc, std::vector<Tag> tags, Handle handle) {
-  if (base::Status status = requireObjects(doc); !status) return status;
+namespace {
+
+// The end of the OBJECTS section, where objects are added; the section is made when missing.
+RecordId objectsEnd(Document& doc) {
   Span objects = doc.section("OBJECTS");
   if (objects.head == kNoRecord) {
     objects = doc.addSection("OBJECTS");
@@ -75,10 +77,18 @@ base::Result<RecordId> appendObject(Document& doc, std::vector<Tag> tags, Handle
                   doc.makeTag(330, "0"), doc.makeTag(100, "AcDbDictionary"), doc.makeTag(281, "1")};
     doc.insertBefore(objects.tail, doc.newRecord(root));
   }
+  return objects.tail;
+}
+
+}  // namespace
+
+base::Result<RecordId> appendObject(Document& doc, std::vector<Tag> tags, Handle handle) {
+  if (base::Status status = requireObjects(doc); !status) return status;
+  RecordId end = objectsEnd(doc);
   if (handle == 0) handle = doc.allocateHandle();
   tags.insert(tags.begin() + 1, doc.makeTag(5, formatHandle(handle)));
   RecordId id = doc.newRecord(tags);
-  doc.insertBefore(objects.tail, id);
+  doc.insertBefore(end, id);
   return id;
 }
 
@@ -139,6 +149,45 @@ base::Result<RecordId> ensureExtensionDictionary(Document& doc, RecordId id) {
   }
   edit.commit();
   return appendDictionary(doc, id, dict_handle_value);
+}
+
+base::Result<RecordId> attachXrecord(Document& doc, RecordId id, std::wstring_view key,
+                                     const std::vector<TypedValue>& values) {
+  ChangeBatch batch(doc);
+  if (doc.record(id).xdict != 0 || doc.record(id).handle == 0) {
+    // An existing (or dangling) dictionary, or an object to give a handle first.
+    auto dict = ensureExtensionDictionary(doc, id);
+    if (!dict) return dict.status();
+    std::vector<Tag> data;
+    appendXrecordData(doc, values, data);
+    return createXrecord(doc, *dict, key, data);
+  }
+  if (base::Status status = requireObjects(doc); !status) return status;
+  RecordId end = objectsEnd(doc);
+  std::string dict_text = formatHandle(doc.allocateHandle());
+  std::string xrecord_text = formatHandle(doc.allocateHandle());
+  Tag group[] = {doc.makeTag(102, "{ACAD_XDICTIONARY"), doc.makeTag(360, dict_text),
+                 doc.makeTag(102, "}")};
+  doc.insertTags(id, extensionGroupPosition(doc, id), group);
+  // Extension dictionaries own their entries (280 1), which are therefore 360s.
+  RecordBuilder dict(doc);
+  dict.add(0, "DICTIONARY")
+      .add(5, dict_text)
+      .add(330, formatHandle(doc.record(id).handle))
+      .add(100, "AcDbDictionary")
+      .add(280, "1")
+      .add(281, "1")
+      .add(3, doc.codec().encode(key))
+      .add(360, xrecord_text);
+  doc.insertBefore(end, dict.finish());
+  RecordBuilder xrecord(doc);
+  xrecord.add(0, "XRECORD").add(5, xrecord_text).add(330, dict_text).add(100, "AcDbXrecord");
+  // The cloning flag came with R2000; earlier readers would take it for data.
+  if (doc.version() >= "AC1015") xrecord.add(280, "1");
+  forEachDataTag(doc, values, [&](int code, std::string_view value) { xrecord.add(code, value); });
+  RecordId made = xrecord.finish();
+  doc.insertBefore(end, made);
+  return made;
 }
 
 bool releaseExtensionDictionary(Document& doc, RecordId id) {

@@ -2,9 +2,11 @@
 #pragma once
 
 #include <span>
+#include <string_view>
 
 #include "base/status.h"
 #include "dxf/document.h"
+#include "dxf/xrecord.h"
 
 namespace dxf {
 
@@ -15,6 +17,12 @@ Handle extensionDictionaryOf(const Document& doc, RecordId id);
 // The extension dictionary of `id`, made (empty, hard-owned by `id`) when missing.
 // Fails on an R12 drawing, which cannot hold dictionaries.
 base::Result<RecordId> ensureExtensionDictionary(Document& doc, RecordId id);
+// Enters a new XRECORD holding `data` (its tags after the cloning flag) under `key` in the
+// extension dictionary of `id`, made when missing, as ensureExtensionDictionary and then
+// createXrecord would, but writing a new dictionary once, with its entry. The objects made
+// are announced once all are written. Fails on an R12 drawing.
+base::Result<RecordId> attachXrecord(Document& doc, RecordId id, std::wstring_view key,
+                                     const std::vector<TypedValue>& values);
 // Removes the extension dictionary of `id` iff it has no entries; returns true iff removed.
 bool releaseExtensionDictionary(Document& doc, RecordId id);
 

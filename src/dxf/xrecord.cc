@@ -171,27 +171,8 @@ void writeXrecord(Document& doc, RecordId id, const std::vector<TypedValue>& val
 
 void appendXrecordData(Document& doc, const std::vector<TypedValue>& values,
                        std::vector<Tag>& tags) {
-  for (const TypedValue& v : values) {
-    switch (v.type) {
-      case TypedValue::Type::kText:
-        tags.push_back(doc.makeTag(v.code, doc.codec().encode(v.text)));
-        break;
-      case TypedValue::Type::kPoint:
-        tags.push_back(doc.makeTag(v.code, formatDouble(v.xyz[0])));
-        tags.push_back(doc.makeTag(v.code + 10, formatDouble(v.xyz[1])));
-        tags.push_back(doc.makeTag(v.code + 20, formatDouble(v.xyz[2])));
-        break;
-      case TypedValue::Type::kReal:
-        tags.push_back(doc.makeTag(v.code, formatDouble(v.xyz[0])));
-        break;
-      case TypedValue::Type::kInteger:
-        tags.push_back(doc.makeTag(v.code, formatInt(v.integer)));
-        break;
-      case TypedValue::Type::kRaw:
-        tags.push_back(doc.makeTag(v.code, v.raw));
-        break;
-    }
-  }
+  forEachDataTag(doc, values,
+                 [&](int code, std::string_view value) { tags.push_back(doc.makeTag(code, value)); });
 }
 
 }  // namespace dxf

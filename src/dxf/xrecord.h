@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "dxf/document.h"
+#include "dxf/number_text.h"
 
 namespace dxf {
 
@@ -37,5 +38,30 @@ void writeXrecord(Document& doc, RecordId id, const std::vector<TypedValue>& val
 // Appends to `tags` the tags that hold `values` as an XRECORD's data.
 void appendXrecordData(Document& doc, const std::vector<TypedValue>& values,
                        std::vector<Tag>& tags);
+// Calls add(code, value text) for each of those tags in turn.
+template <typename Add>
+void forEachDataTag(const Document& doc, const std::vector<TypedValue>& values, Add&& add) {
+  for (const TypedValue& v : values) {
+    switch (v.type) {
+      case TypedValue::Type::kText:
+        add(v.code, doc.codec().encode(v.text));
+        break;
+      case TypedValue::Type::kPoint:
+        add(v.code, formatDouble(v.xyz[0]));
+        add(v.code + 10, formatDouble(v.xyz[1]));
+        add(v.code + 20, formatDouble(v.xyz[2]));
+        break;
+      case TypedValue::Type::kReal:
+        add(v.code, formatDouble(v.xyz[0]));
+        break;
+      case TypedValue::Type::kInteger:
+        add(v.code, formatInt(v.integer));
+        break;
+      case TypedValue::Type::kRaw:
+        add(v.code, v.raw);
+        break;
+    }
+  }
+}
 
 }  // namespace dxf

@@ -254,6 +254,17 @@ Result<ObjectId> DxfDatabase::createExtensionDictionary(ObjectId object) {
   return toId(*dict);
 }
 
+Result<ObjectId> DxfDatabase::attachXrecord(ObjectId object, std::wstring_view key,
+                                            const host::ResBufChain& chain) {
+  auto r = record(object, "object");
+  if (!r) return r.status();
+  dxf::RecordId dict = drawing_.byHandle(dxf::extensionDictionaryOf(drawing_, *r));
+  if (dict != dxf::kNoRecord) return createXrecordWith(toId(dict), key, chain);
+  auto made = dxf::attachXrecord(drawing_, *r, key, typedValues(chain));
+  if (!made) return made.status();
+  return toId(*made);
+}
+
 Result<bool> DxfDatabase::releaseExtensionDictionary(ObjectId object) {
   auto r = record(object, "object");
   if (!r) return r.status();

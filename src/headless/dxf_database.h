@@ -46,6 +46,8 @@ class DxfDatabase : public host::Database, private dxf::DocumentObserver {
   base::Status writeXrecord(host::ObjectId xrecord, const host::ResBufChain& chain) override;
   base::Result<host::ObjectId> extensionDictionary(host::ObjectId object) override;
   base::Result<host::ObjectId> createExtensionDictionary(host::ObjectId object) override;
+  base::Result<host::ObjectId> attachXrecord(host::ObjectId object, std::wstring_view key,
+                                             const host::ResBufChain& chain) override;
   base::Result<bool> releaseExtensionDictionary(host::ObjectId object) override;
   base::Status erase(host::ObjectId object) override;
   bool isValid(host::ObjectId id) override;

@@ -116,6 +116,16 @@ class Database {
   virtual base::Result<ObjectId> extensionDictionary(ObjectId object) = 0;
   // Creates it when missing and returns it.
   virtual base::Result<ObjectId> createExtensionDictionary(ObjectId object) = 0;
+  // createExtensionDictionary and createXrecordWith in one: an XRECORD holding `chain` is
+  // entered under `key` in the object's extension dictionary, made when missing. A taken
+  // key is a kInvalid error and nothing changes. Hosts that can should override it: it is
+  // how a record is attached to an entity that has none.
+  virtual base::Result<ObjectId> attachXrecord(ObjectId object, std::wstring_view key,
+                                               const ResBufChain& chain) {
+    auto dict = createExtensionDictionary(object);
+    if (!dict) return dict.status();
+    return createXrecordWith(*dict, key, chain);
+  }
   // Removes it when it has no entries; returns true iff it was removed.
   virtual base::Result<bool> releaseExtensionDictionary(ObjectId object) = 0;
 

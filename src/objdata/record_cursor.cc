@@ -300,8 +300,16 @@ int appendValues(TableDirectory& tables, const StoredTable& table, const host::R
                  host::ObjectId entity) {
   host::Database& db = tables.database();
   if (!db.isValid(entity)) return kStatusEntityNotOpened;
-  auto dictionary = db.createExtensionDictionary(entity);
+  auto dictionary = db.extensionDictionary(entity);
   if (!dictionary) return kStatusEntityNotOpened;
+  if (!*dictionary) {
+    // Most entities have none yet: the dictionary and the record are made in one step.
+    auto attached = db.attachXrecord(entity, table.name, values);
+    if (attached) return kStatusOk;
+    // As when the dictionary could not be made: a drawing that cannot hold one.
+    return attached.status().code() == base::Code::kUnsupported ? kStatusEntityNotOpened
+                                                                : kStatusNothing;
+  }
   if (auto container = db.dictionaryGet(*dictionary, table.name)) {
     host::ResBufChain& all = tables.scratch();
     if (!db.readXrecordInto(*container, all)) return kStatusNothing;

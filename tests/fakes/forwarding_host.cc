@@ -124,6 +124,12 @@ Result<ObjectId> ForwardingHost::createXrecordWith(ObjectId owner, std::wstring_
   return targetDatabase().createXrecordWith(owner, key, chain);
 }
 
+Result<ObjectId> ForwardingHost::attachXrecord(ObjectId object, std::wstring_view key,
+                                               const host::ResBufChain& chain) {
+  note("Database::attachXrecord");
+  return targetDatabase().attachXrecord(object, key, chain);
+}
+
 Result<host::ResBufChain> ForwardingHost::readXrecord(ObjectId xrecord) {
   note("Database::readXrecord");
   return targetDatabase().readXrecord(xrecord);

@@ -65,6 +65,8 @@ class ForwardingHost : public host::Host,
   base::Result<host::ObjectId> createXrecord(host::ObjectId owner, std::wstring_view key) override;
   base::Result<host::ObjectId> createXrecordWith(host::ObjectId owner, std::wstring_view key,
                                                  const host::ResBufChain& chain) override;
+  base::Result<host::ObjectId> attachXrecord(host::ObjectId object, std::wstring_view key,
+                                             const host::ResBufChain& chain) override;
   base::Result<host::ResBufChain> readXrecord(host::ObjectId xrecord) override;
   base::Status readXrecordInto(host::ObjectId xrecord, host::ResBufChain& chain) override;
   base::Status dictionaryEntriesInto(

@@ -119,6 +119,8 @@ TEST(ForwardingHostTest, EveryCallReachesTheWrappedHostOnceUnchangedAndIsTraced)
       {"Database::dictionaryRemove", [&] { return show(d->dictionaryRemove(s->root, L"K")); }},
       {"Database::createDictionary", [&] { return show(d->createDictionary(s->root, L"D")); }},
       {"Database::createXrecord", [&] { return show(d->createXrecord(s->root, L"X")); }},
+      {"Database::attachXrecord",
+       [&] { return show(d->attachXrecord(s->line, L"A", {host::ResBuf::integer(1)})); }},
       {"Database::createXrecordWith",
        [&] { return show(d->createXrecordWith(s->root, L"W", {host::ResBuf::integer(1)})); }},
       {"Database::readXrecord", [&] { return show(d->readXrecord(s->xrecord)); }},

@@ -58,15 +58,21 @@ TEST_P(HostContractTest, EveryObjectAppendedIsAnnouncedOnceCompleteUntilTheReact
   ObjectId xdict = *db().createExtensionDictionary(line);
   ObjectId in_xdict = *db().createXrecord(xdict, L"Data");
   ObjectId whole = *db().createXrecordWith(xdict, L"Whole", {host::ResBuf::integer(3)});
-  const std::vector<ObjectId> appended = {line, dict, xrecord, xdict, in_xdict, whole};
+  ObjectId bare = subject_->addLine();
+  ObjectId attached = *db().attachXrecord(bare, L"Row", {host::ResBuf::integer(4)});
+  ObjectId bare_xdict = *db().extensionDictionary(bare);
+  ASSERT_EQ(*db().dictionaryGet(bare_xdict, L"row"), attached);
+  const std::vector<ObjectId> appended = {line,  dict, xrecord, xdict,     in_xdict,
+                                          whole, bare, bare_xdict, attached};
   EXPECT_EQ(log.appended, appended);
   EXPECT_EQ(other.appended, appended);
   EXPECT_EQ(log.valid_when_told, std::vector<bool>(appended.size(), true));
-  const std::vector<host::ResBufChain> xrecords = {{}, {}, {host::ResBuf::integer(3)}};
+  const std::vector<host::ResBufChain> xrecords = {
+      {}, {}, {host::ResBuf::integer(3)}, {host::ResBuf::integer(4)}};
   EXPECT_EQ(log.xrecords_when_told, xrecords);
   EXPECT_TRUE(db().isEntity(line));
   EXPECT_FALSE(db().isEntity(dict));
-  EXPECT_EQ(db().modelSpaceEntities().back(), line);
+  EXPECT_EQ(db().modelSpaceEntities().back(), bare);
   EXPECT_EQ(db().entityClass(line), L"AcDbLine");
   EXPECT_EQ(db().entityClass(ObjectId{}), L"");
 
@@ -225,6 +231,8 @@ TEST_P(HostContractTest, FailuresReportTheirCodeAndChangeNothing) {
   ObjectId parent = *db().createDictionary(root, L"Parent");
   ObjectId line = subject_->addLine();
   ObjectId xrecord = *db().createXrecord(parent, L"Taken");
+  ObjectId holder = subject_->addLine();
+  ASSERT_TRUE(db().attachXrecord(holder, L"Taken", {}));
   ObjectId gone = subject_->addLine();
   ASSERT_TRUE(db().erase(gone));
   host::ResBufChain chain;
@@ -260,6 +268,10 @@ TEST_P(HostContractTest, FailuresReportTheirCodeAndChangeNothing) {
        Code::kNotFound},
       {"createXrecord on a taken key", [&] { return codeOf(d.createXrecord(parent, L"taken")); },
        Code::kInvalid},
+      {"attachXrecord on a taken key",
+       [&] { return codeOf(d.attachXrecord(holder, L"taken", {})); }, Code::kInvalid},
+      {"attachXrecord to erased", [&] { return codeOf(d.attachXrecord(gone, L"k", {})); },
+       Code::kNotFound},
       {"readXrecord of a dictionary", [&] { return codeOf(d.readXrecord(parent)); },
        Code::kInvalid},
       {"readXrecordInto of erased", [&] { return codeOf(d.readXrecordInto(gone, chain)); },
@@ -301,6 +313,7 @@ TEST_P(HostContractTest, FailuresReportTheirCodeAndChangeNothing) {
   EXPECT_EQ(keysOf(parent), std::vector<std::wstring>{L"Taken"});
   EXPECT_TRUE(db().readXrecord(xrecord)->empty());
   EXPECT_FALSE(*db().extensionDictionary(line));
+  EXPECT_EQ(keysOf(*db().extensionDictionary(holder)), std::vector<std::wstring>{L"Taken"});
   EXPECT_TRUE(db().isValid(root));
 }
 
