@@ -79,6 +79,18 @@ double comparable(int8_t v) { return v; }
 const std::wstring& comparable(const std::wstring& v) { return v; }
 const Scale3& comparable(const Scale3& v) { return v; }
 
+// 0.1 to the power of `precision`, worked out once for the precisions LUPREC takes: every
+// entity tested needs it.
+double toleranceOf(int precision) {
+  static const auto kTable = [] {
+    std::array<double, 17> table{};
+    for (int p = 0; p < 17; ++p) table[static_cast<size_t>(p)] = std::pow(0.1, p);
+    return table;
+  }();
+  if (precision >= 0 && precision < 17) return kTable[static_cast<size_t>(precision)];
+  return std::pow(0.1, precision);
+}
+
 }  // namespace
 
 // One entity tested against classes: holds the tolerance of this drawing and the values
@@ -89,7 +101,7 @@ class Matcher {
       : database_(database),
         entity_(entity),
         precision_(precision),
-        tolerance_(std::pow(0.1, precision_)) {}
+        tolerance_(toleranceOf(precision_)) {}
 
   // The entity's value of `property`, asked of the host once however many classes test it.
   const host::PropertyValue& value(P property) const {

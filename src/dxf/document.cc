@@ -179,17 +179,6 @@ RecordId Document::byHandle(Handle handle) const {
   return id == kNoRecord || records_[id].erased ? kNoRecord : id;
 }
 
-void Document::buildDenseIndex() {
-  handle_count_ = handles_.size();
-  dense_ = handles_.empty() || denseEnough(handles_.back().first);
-  dense_handles_.clear();
-  if (!dense_) return;
-  if (!handles_.empty()) {
-    dense_handles_.assign(handles_.back().first + 1, kNoRecord);
-    for (const auto& [handle, id] : handles_) dense_handles_[handle] = id;
-  }
-  handles_ = {};  // the direct index answers alone
-}
 
 Handle Document::allocateHandle() {
   handles_allocated_ = true;
@@ -346,7 +335,38 @@ static std::string objectName(std::string_view type, Handle handle) {
 }
 
 // The first object with a handle keeps it: references in the file most likely mean that one.
-void Document::noteDuplicateHandles(const std::string& name) {
+void Document::indexLoadedHandles(const std::string& name) {
+  auto duplicate = [&](Handle handle, RecordId first, RecordId id) {
+    records_[id].rehandle = true;
+    addFault(offsetOf(id), name,
+             "warning: " + objectName(type(id), handle) + " uses the handle of " +
+                 objectName(type(first), handle) + " at " + lineOf(offsetOf(first)) +
+                 "; references to the handle mean the first, and this one is given a new "
+                 "handle when it is changed (an audit in a CAD program repairs the file)");
+  };
+  Handle largest = 0;
+  for (const auto& [handle, id] : handles_) largest = std::max(largest, handle);
+  handle_count_ = handles_.size();
+  if (!handles_.empty()) next_handle_ = largest + 1;
+  dense_ = denseEnough(largest);
+  dense_handles_.clear();
+  if (dense_) {
+    // Writers count handles up, so a direct index is the rule: filled in file order, it
+    // finds the handles used twice without sorting.
+    if (!handles_.empty()) dense_handles_.assign(largest + 1, kNoRecord);
+    handle_count_ = 0;
+    for (const auto& [handle, id] : handles_) {
+      RecordId& slot = dense_handles_[handle];
+      if (slot != kNoRecord) {
+        duplicate(handle, slot, id);
+        continue;
+      }
+      slot = id;
+      ++handle_count_;
+    }
+    handles_ = {};  // the direct index answers alone
+    return;
+  }
   std::sort(handles_.begin(), handles_.end());  // equal handles: file order, ids rising
   size_t kept = 0;
   for (size_t i = 0; i < handles_.size(); ++i) {
@@ -355,15 +375,10 @@ void Document::noteDuplicateHandles(const std::string& name) {
       handles_[kept++] = handles_[i];
       continue;
     }
-    RecordId first = handles_[kept - 1].second;
-    records_[id].rehandle = true;
-    addFault(offsetOf(id), name,
-             "warning: " + objectName(type(id), handle) + " uses the handle of " +
-                 objectName(type(first), handle) + " at " + lineOf(offsetOf(first)) +
-                 "; references to the handle mean the first, and this one is given a new "
-                 "handle when it is changed (an audit in a CAD program repairs the file)");
+    duplicate(handle, handles_[kept - 1].second, id);
   }
   handles_.resize(kept);
+  handle_count_ = kept;
 }
 
 // Dangling entries of ordinary dictionaries are common in real drawings and are treated as
@@ -490,9 +505,7 @@ base::Status Document::buildStructure(const std::string& name) {
     return base::Status::invalid(where(last_) + "section " + section_name + " is not closed");
   }
 
-  noteDuplicateHandles(name);
-  if (!handles_.empty()) next_handle_ = handles_.back().first + 1;
-  buildDenseIndex();
+  indexLoadedHandles(name);
   noteDanglingExtensionDictionaries(name);
 
   std::vector<Tag> var = headerVariable("$ACADVER");

@@ -183,7 +183,6 @@ class Document {
  private:
   // Whether a direct index up to `handle` stays within a few slots per handle.
   bool denseEnough(Handle handle) const { return handle <= 4 * handle_count_ + 4096; }
-  void buildDenseIndex();
   friend class DocumentBuilder;
 
   friend class ChangeBatch;
@@ -232,8 +231,10 @@ class Document {
   void splice(RecordId id, uint32_t first_new, uint32_t offset, std::span<const Tag> added);
 
   base::Status buildStructure(const std::string& name);
+  // Indexes the handles the load found (in handles_, in file order), noting those used
+  // twice; sets the next handle to give out.
+  void indexLoadedHandles(const std::string& name);
   // Notes the faults a load reads past. Each goes with its file offset, to sort them by.
-  void noteDuplicateHandles(const std::string& name);
   void noteDanglingExtensionDictionaries(const std::string& name);
   void noteTextThatIsNotUtf8(const std::string& name);
   void addFault(uint32_t offset, const std::string& name, std::string what);

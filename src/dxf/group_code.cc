@@ -80,8 +80,41 @@ bool parseInt(std::string_view text, int64_t& out) {
   return true;
 }
 
+namespace {
+
+// Whether `text` is a plain decimal: [-]digits[.digits][(e|E)[+|-]digits], with a digit
+// before the exponent. Such a text always reads as a double; other texts need the parse.
+bool isPlainDecimal(std::string_view text) {
+  const char* p = text.data();
+  const char* end = p + text.size();
+  auto digits = [&] {
+    const char* start = p;
+    while (p < end && *p >= '0' && *p <= '9') ++p;
+    return p > start;
+  };
+  if (p < end && *p == '-') ++p;
+  bool mantissa = digits();
+  if (p < end && *p == '.') {
+    ++p;
+    mantissa |= digits();
+  }
+  if (!mantissa) return false;
+  if (p < end && (*p == 'e' || *p == 'E')) {
+    ++p;
+    if (p < end && (*p == '+' || *p == '-')) ++p;
+    if (!digits()) return false;
+  }
+  return p == end;
+}
+
+}  // namespace
+
 bool isValidNumber(ValueKind kind, std::string_view text) {
   if (kind == ValueKind::kDouble) {
+    // The load checks every real of the file: most are plain and need no conversion.
+    std::string_view trimmed = trim(text);
+    if (!trimmed.empty() && trimmed.front() == '+') trimmed.remove_prefix(1);
+    if (isPlainDecimal(trimmed)) return true;
     double unused;
     return parseDouble(text, unused);
   }

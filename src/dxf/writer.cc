@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
+#include <memory>
 
 #include "base/atomic_file.h"
 #include "base/file_read.h"
@@ -57,25 +58,28 @@ int hexDigit(char c) {
 // output in memory; the first failure is kept and later writes are dropped.
 class FileOut {
  public:
-  explicit FileOut(int fd) : fd_(fd) { buffer_.reserve(kFlushSize + 4096); }
+  explicit FileOut(int fd) : fd_(fd), buffer_(std::make_unique_for_overwrite<char[]>(kSize)) {}
+  // Changed records go out a few bytes at a time: a copy into the buffer, no more.
   void append(std::string_view bytes) {
-    if (bytes.size() >= kFlushSize) {
+    if (bytes.size() > kSize - used_) {
       flush();
-      writeAll(bytes);
-      return;
+      if (bytes.size() >= kSize) {
+        writeAll(bytes);
+        return;
+      }
     }
-    buffer_.append(bytes);
-    if (buffer_.size() >= kFlushSize) flush();
+    std::memcpy(buffer_.get() + used_, bytes.data(), bytes.size());
+    used_ += bytes.size();
   }
-  void push_back(char c) { buffer_.push_back(c); }
+  void push_back(char c) { append(std::string_view(&c, 1)); }
   void flush() {
-    writeAll(buffer_);
-    buffer_.clear();
+    writeAll({buffer_.get(), used_});
+    used_ = 0;
   }
   int error() const { return errno_; }
 
  private:
-  static constexpr size_t kFlushSize = size_t{1} << 20;
+  static constexpr size_t kSize = size_t{1} << 20;
   void writeAll(std::string_view bytes) {
     while (!bytes.empty() && errno_ == 0) {
       ssize_t n = ::write(fd_, bytes.data(), bytes.size());
@@ -88,7 +92,8 @@ class FileOut {
   }
   int fd_;
   int errno_ = 0;
-  std::string buffer_;
+  std::unique_ptr<char[]> buffer_;
+  size_t used_ = 0;
 };
 
 std::string Document::serialize() const {
