@@ -116,7 +116,8 @@ void Document::link(RecordId pos, RecordId id) {
   } else {
     last_ = id;
   }
-  Handle h = findOwnHandle(*this, id);
+  // A record linked before, or made by a RecordBuilder, knows its handle already.
+  Handle h = r.handle != 0 ? r.handle : findOwnHandle(*this, id);
   if (h != 0 && !r.rehandle) indexHandle(id, h);
 }
 

@@ -250,6 +250,7 @@ RecordId RecordBuilder::finish() {
   r.size = code.len;
   r.tag_count = count_;
   r.changed = true;
+  r.handle = facts_.facts().own_handle;
   doc_.setFacts(id, type_, facts_.facts());
   return id;
 }

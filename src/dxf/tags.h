@@ -3,6 +3,7 @@
 // and a compact encoding for records read from binary files or made or changed since.
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
 #include <cstring>
 #include <memory>
@@ -21,12 +22,14 @@ struct Tag {
 
 // A run of a record's tags: `bytes` starts at text position `pos` (the file itself for
 // ASCII lines, the text store for encodings) and holds `count` tags.
+// No member initializers: a scan is made for every record read, and the parts a source does
+// not use are left as they are.
 struct TagSegment {
-  const char* bytes = nullptr;
-  uint32_t pos = 0;
-  uint32_t size = 0;
-  uint32_t count = 0;
-  bool ascii = false;
+  const char* bytes;
+  uint32_t pos;
+  uint32_t size;
+  uint32_t count;
+  bool ascii;
   // The values an encoding names by number (see encodeTag).
   std::span<const TextRef> shared;
 };
@@ -39,7 +42,7 @@ struct TagSource {
   int part_count = 0;
 
   TagSource() = default;
-  explicit TagSource(const TagSegment& only) : parts{only}, part_count(1) {}
+  explicit TagSource(const TagSegment& only) : part_count(1) { parts[0] = only; }
   uint32_t count() const {
     uint32_t n = 0;
     for (int i = 0; i < part_count; ++i) n += parts[i].count;
@@ -97,7 +100,10 @@ class TagScan {
   };
 
   TagScan() = default;
-  explicit TagScan(const TagSource& source) : source_(source), size_(source.count()) {}
+  explicit TagScan(const TagSource& source) : size_(source.count()) {
+    source_.part_count = source.part_count;
+    std::copy(source.parts, source.parts + source.part_count, source_.parts);
+  }
   iterator begin() const { return iterator(source_); }
   std::default_sentinel_t end() const { return {}; }
   uint32_t size() const { return size_; }
