@@ -54,7 +54,7 @@ class TextStore {
   std::string_view view(TextRef ref) const {
     if (ref.pos < base_.size()) return base_.substr(ref.pos, ref.len);
     uint64_t off = ref.pos - base_.size();
-    return {chunks_[off >> kChunkBits].get() + (off & (kChunkSize - 1)), ref.len};
+    return {slots_[off >> kChunkBits] + (off & (kChunkSize - 1)), ref.len};
   }
 
   TextRef add(std::string_view text, Lane lane = Lane::kValues);
@@ -67,18 +67,22 @@ class TextStore {
  private:
   static constexpr int kChunkBits = 20;
   static constexpr uint64_t kChunkSize = uint64_t{1} << kChunkBits;
-  static constexpr uint64_t kNoChunk = UINT64_MAX;
+  static constexpr uint64_t kNoSlot = UINT64_MAX;
 
   struct Cursor {
-    uint64_t chunk = kNoChunk;  // the chunk the lane fills
-    uint64_t used = 0;          // bytes of it handed out
+    uint64_t slot = kNoSlot;  // the slot whose chunk the lane fills
+    uint64_t used = 0;        // bytes of it handed out
   };
-  uint64_t chunkStart(uint64_t chunk) const { return base_.size() + chunk * kChunkSize; }
+  uint64_t slotStart(uint64_t slot) const { return base_.size() + slot * kChunkSize; }
 
   std::string_view base_;
   std::unique_ptr<const std::string> owned_base_;
-  // One per address slot; a value longer than a slot owns the first of the slots it spans.
+  // The memory handed out, a slot's worth each or, for a value longer than a slot, as many
+  // slots as it spans in one piece.
   std::vector<std::unique_ptr<char[]>> chunks_;
+  // Where each address slot's bytes begin: in its own chunk, or inside the one piece of a
+  // long value, whose parts (the tags of a long encoding) are read by address too.
+  std::vector<char*> slots_;
   Cursor lanes_[2];
 };
 

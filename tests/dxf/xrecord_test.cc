@@ -60,5 +60,23 @@ TEST(XrecordTest, DataTagsReadAsTypedValuesOrAsWritten) {
   }
 }
 
+// Records are kept in chunks of a megabyte; a longer one (a draw order table of a large
+// drawing) must read back whole, value by value, before and after a save.
+TEST(XrecordTest, DataLongerThanAStoreChunkReadsBack) {
+  auto doc = Document::parse(sample::drawing(), "sample.dxf");
+  ASSERT_TRUE(doc.isOk()) << doc.status().message();
+  std::vector<TypedValue> values;
+  for (int i = 0; i < 200000; ++i) values.push_back(TypedValue::ofInteger(1000000 + i));
+  auto xdict = ensureExtensionDictionary(*doc, doc->byHandle(0x100));
+  ASSERT_TRUE(xdict.isOk());
+  auto xrecord = createXrecord(*doc, *xdict, L"LONG");
+  ASSERT_TRUE(xrecord.isOk());
+  writeXrecord(*doc, *xrecord, values);
+  EXPECT_EQ(readXrecord(*doc, *xrecord), values);
+  auto again = Document::parse(doc->serialize(), "written.dxf");
+  ASSERT_TRUE(again.isOk()) << again.status().message();
+  EXPECT_EQ(readXrecord(*again, again->byHandle(doc->record(*xrecord).handle)), values);
+}
+
 }  // namespace
 }  // namespace dxf
