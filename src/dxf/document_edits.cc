@@ -182,7 +182,8 @@ void Document::insertTags(RecordId id, size_t index, std::span<const Tag> tags) 
     }
     for (const Tag& tag : tags) note(tag);
     for (; it != old.end() && !facts.done(); ++it) note(*it);
-    uint16_t type = internType(type_name);
+    // Tags inserted after the first leave the structure name as it was.
+    uint16_t type = index == 0 ? internType(type_name) : r.type;
     splice(id, static_cast<uint32_t>(index), offset, tags);
     setFacts(id, type, facts.facts());
     return;
