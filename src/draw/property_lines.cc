@@ -2,8 +2,8 @@
 
 #include <charconv>
 #include <cmath>
-#include <span>
 #include <numbers>
+#include <span>
 #include <string_view>
 
 namespace draw {

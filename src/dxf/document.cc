@@ -180,7 +180,6 @@ RecordId Document::byHandle(Handle handle) const {
   return id == kNoRecord || records_[id].erased ? kNoRecord : id;
 }
 
-
 Handle Document::allocateHandle() {
   handles_allocated_ = true;
   // A file may use the largest handle there is (or set $HANDSEED to it); the count then

@@ -119,8 +119,8 @@ class Document {
   std::string_view type(RecordId id) const { return type_names_[records_[id].type]; }
   RecordId first() const { return first_; }
   RecordId next(RecordId id) const { return records_[id].next; }
-  // Counts the changes to records' tags and the records unlinked: what a reader cached from a record is
-  // still good while this has not moved.
+  // Counts the changes to records' tags and the records unlinked: what a reader cached from a
+  // record is still good while this has not moved.
   uint64_t revision() const { return revision_; }
   RecordId prev(RecordId id) const { return records_[id].prev; }
 

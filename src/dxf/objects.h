@@ -17,10 +17,10 @@ Handle extensionDictionaryOf(const Document& doc, RecordId id);
 // The extension dictionary of `id`, made (empty, hard-owned by `id`) when missing.
 // Fails on an R12 drawing, which cannot hold dictionaries.
 base::Result<RecordId> ensureExtensionDictionary(Document& doc, RecordId id);
-// Enters a new XRECORD holding `data` (its tags after the cloning flag) under `key` in the
-// extension dictionary of `id`, made when missing, as ensureExtensionDictionary and then
-// createXrecord would, but writing a new dictionary once, with its entry. The objects made
-// are announced once all are written. Fails on an R12 drawing.
+// Enters a new XRECORD holding `values` under `key` in the extension dictionary of `id`,
+// made when missing, as ensureExtensionDictionary and then createXrecord would, but writing
+// a new dictionary once, with its entry. The objects made are announced once all are
+// written. Fails on an R12 drawing.
 base::Result<RecordId> attachXrecord(Document& doc, RecordId id, std::wstring_view key,
                                      const std::vector<TypedValue>& values);
 // Removes the extension dictionary of `id` iff it has no entries; returns true iff removed.

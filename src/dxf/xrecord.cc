@@ -171,8 +171,9 @@ void writeXrecord(Document& doc, RecordId id, const std::vector<TypedValue>& val
 
 void appendXrecordData(Document& doc, const std::vector<TypedValue>& values,
                        std::vector<Tag>& tags) {
-  forEachDataTag(doc, values,
-                 [&](int code, std::string_view value) { tags.push_back(doc.makeTag(code, value)); });
+  forEachDataTag(doc, values, [&](int code, std::string_view value) {
+    tags.push_back(doc.makeTag(code, value));
+  });
 }
 
 }  // namespace dxf

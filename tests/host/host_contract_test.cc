@@ -62,7 +62,7 @@ TEST_P(HostContractTest, EveryObjectAppendedIsAnnouncedOnceCompleteUntilTheReact
   ObjectId attached = *db().attachXrecord(bare, L"Row", {host::ResBuf::integer(4)});
   ObjectId bare_xdict = *db().extensionDictionary(bare);
   ASSERT_EQ(*db().dictionaryGet(bare_xdict, L"row"), attached);
-  const std::vector<ObjectId> appended = {line,  dict, xrecord, xdict,     in_xdict,
+  const std::vector<ObjectId> appended = {line,  dict, xrecord,    xdict,   in_xdict,
                                           whole, bare, bare_xdict, attached};
   EXPECT_EQ(log.appended, appended);
   EXPECT_EQ(other.appended, appended);
