@@ -50,6 +50,23 @@ void Document::setFacts(RecordId id, uint16_t type, const RecordFacts& facts) {
   r.type = type;
   r.xdict = facts.xdict;
   r.paper = facts.paper;
+  r.layer_at = facts.layer_at <= UINT8_MAX ? static_cast<uint8_t>(facts.layer_at) : 0;
+}
+
+std::optional<std::string_view> Document::knownLayer(RecordId id) const {
+  const Record& r = records_[id];
+  if (r.layer_at == 0 || r.changed || format_ != Format::kAscii) return std::nullopt;
+  std::string_view file;
+  if (r.spliced) {
+    splicedSource(r, &file);
+  } else {
+    file = std::string_view(raw_).substr(r.pos, r.size);
+  }
+  if (r.layer_at >= file.size()) return std::nullopt;
+  std::string_view value = file.substr(r.layer_at);
+  value = value.substr(0, value.find('\n'));
+  if (!value.empty() && value.back() == '\r') value.remove_suffix(1);
+  return value;
 }
 template void Document::noteTags(RecordId, const TagScan&);
 template void Document::noteTags(RecordId, const std::span<const Tag>&);

@@ -44,9 +44,14 @@ struct Record {
   // Its handle was used by an object earlier in the file, which keeps it in the index; this
   // one keeps it in its bytes until it changes, and is then given a fresh one.
   bool rehandle : 1 = false;
+  // Where the layer's value lies in the record's file bytes (RecordFacts::layer_at), when
+  // that is under 256; 0 otherwise.
+  uint8_t layer_at = 0;
   Handle handle = 0;
   Handle xdict = 0;  // the extension dictionary its tags name, 0 if none
 };
+
+static_assert(sizeof(Record) == 40, "a record's entry is kept for every record of a drawing");
 
 // A section, table or block: the record that opens it and the one that closes it.
 struct Span {
@@ -124,6 +129,10 @@ class Document {
   uint64_t revision() const { return revision_; }
   RecordId prev(RecordId id) const { return records_[id].prev; }
 
+  // The text of the layer tag of `id` (its first 8 in the AcDbEntity group) when the load
+  // noted where it lies and the record's file bytes still hold it; nothing otherwise (read
+  // the tags then). Commands ask every entity they visit for its layer.
+  std::optional<std::string_view> knownLayer(RecordId id) const;
   // The first tag of `id` with `code`, if any.
   std::optional<Tag> find(RecordId id, int code) const;
   // The raw text of the first tag with `code`, or `fallback`.

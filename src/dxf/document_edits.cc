@@ -161,13 +161,15 @@ void Document::insertTags(RecordId id, size_t index, std::span<const Tag> tags) 
   const Record& r = records_[id];
   if (spliceable(r) && index <= r.tag_count) {
     // One pass finds where the new tags go and reads the record's facts as they will be.
+    // The file's tags keep their place in the file bytes, which the record keeps.
     RecordFactsReader facts;
     std::string_view type_name;
     bool first = true;
-    auto note = [&](const Tag& tag) {
+    const char* file_start = raw_.data() + r.pos;
+    auto note = [&](const Tag& tag, const char* record_start) {
       if (first && tag.code == 0) type_name = text(tag);
       first = false;
-      facts.add(tag.code, text(tag));
+      facts.add(tag.code, text(tag), record_start);
     };
     uint32_t offset = r.size;
     size_t at = 0;
@@ -178,10 +180,10 @@ void Document::insertTags(RecordId id, size_t index, std::span<const Tag> tags) 
         offset = it.position() - r.pos;
         break;
       }
-      note(*it);
+      note(*it, file_start);
     }
-    for (const Tag& tag : tags) note(tag);
-    for (; it != old.end() && !facts.done(); ++it) note(*it);
+    for (const Tag& tag : tags) note(tag, nullptr);
+    for (; it != old.end() && !facts.done(); ++it) note(*it, file_start);
     // Tags inserted after the first leave the structure name as it was.
     uint16_t type = index == 0 ? internType(type_name) : r.type;
     splice(id, static_cast<uint32_t>(index), offset, tags);

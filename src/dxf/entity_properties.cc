@@ -342,6 +342,11 @@ PropValue getProperty(const Document& doc, RecordId id, Prop prop) {
     return compound->get(doc, id, doc.tags(id));
   }
   if (const PlainProp* plain = findRow<PlainProp>(kPlainProps, prop, type)) {
+    if (prop == Prop::kLayer) {
+      if (std::optional<std::string_view> layer = doc.knownLayer(id)) {
+        return doc.codec().decode(*layer);
+      }
+    }
     return getPlain(doc, doc.scan(id), *plain);
   }
   return {};

@@ -64,6 +64,7 @@ class DocumentBuilder {
         doc_.binary_raw_.emplace_back(raw_pos, raw_pos);
       } else {
         r.pos = raw_pos;
+        record_start_ = doc_.raw_.data() + raw_pos;
       }
       r.prev = doc_.last_;
       RecordId id = static_cast<RecordId>(doc_.records_.size());
@@ -73,7 +74,7 @@ class DocumentBuilder {
       doc_.last_ = id;
     }
     ++doc_.records_[doc_.last_].tag_count;
-    facts_.add(code, value);
+    facts_.add(code, value, record_start_);
   }
   // The same structure name follows itself for long runs (entities of one kind).
   uint16_t internType(std::string_view name) {
@@ -89,6 +90,7 @@ class DocumentBuilder {
     const RecordFacts& facts = facts_.facts();
     r.xdict = facts.xdict;
     r.paper = facts.paper;
+    if (facts.layer_at <= UINT8_MAX) r.layer_at = static_cast<uint8_t>(facts.layer_at);
     if (facts.xdict_group) doc_.xdict_candidates_.push_back(doc_.last_);
     // A section's 5 tags are header variables ($HANDSEED), not a handle of its own.
     if (facts.own_handle != 0 && doc_.type_names_[r.type] != "SECTION") {
@@ -108,6 +110,7 @@ class DocumentBuilder {
   uint16_t last_type_ = 0;
   std::string_view last_type_name_;
   RecordFactsReader facts_;
+  const char* record_start_ = nullptr;  // the open record's first byte (ASCII files)
 };
 
 base::Status DocumentBuilder::readAscii() {

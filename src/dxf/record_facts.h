@@ -13,23 +13,42 @@ struct RecordFacts {
   uint64_t xdict = 0;        // the 360 of "102 {ACAD_XDICTIONARY", before the first marker
   bool xdict_group = false;  // such a group is there, whatever it holds
   bool paper = false;        // the first 67 (before the type's own subclass) holds a 1
+  // Where the value of the entity's layer tag (its first 8 in the AcDbEntity group) begins,
+  // counted from the record's first byte in the file; 0 when not known that way.
+  uint32_t layer_at = 0;
 };
 
 class RecordFactsReader {
  public:
-  // Takes the record's tags in order, its code 0 tag included.
-  void add(int code, std::string_view value) {
+  // Takes the record's tags in order, its code 0 tag included. `record_start`, when given,
+  // is the record's first byte in the file, where `value` then lies.
+  void add(int code, std::string_view value, const char* record_start = nullptr) {
     if (done_) return;
     if (code == 100) {
       common_ = handle_open_ = false;
       done_ = value != "AcDbEntity";
+      // Only the first such group holds the layer, as property reads take it.
+      entity_group_ = !done_ && !layer_over_;
+      layer_over_ = true;
+      in_app_group_ = false;
       return;
+    }
+    if (code == 101 || code >= 1000) {
+      entity_group_ = false;
+      layer_over_ = true;
+    }
+    if (code == 8 && entity_group_ && !in_app_group_) {
+      entity_group_ = false;
+      if (record_start != nullptr && value.data() > record_start) {
+        facts_.layer_at = static_cast<uint32_t>(value.data() - record_start);
+      }
     }
     if (code == 67 && !seen_paper_) {
       seen_paper_ = true;
       facts_.paper = value.find('1') != std::string_view::npos;
     }
     if (code == 102) {
+      in_app_group_ = !value.empty() && value.front() == '{';
       handle_open_ = false;
       if (common_) in_xdict_ = value == "{ACAD_XDICTIONARY";
       facts_.xdict_group |= in_xdict_;
@@ -50,6 +69,9 @@ class RecordFactsReader {
   bool common_ = true;       // before the first subclass marker
   bool handle_open_ = true;  // before the first marker or application group
   bool seen_paper_ = false;
+  bool entity_group_ = false;  // inside the AcDbEntity group, where the layer is looked for
+  bool layer_over_ = false;    // that group, or the end of the record's own data, was passed
+  bool in_app_group_ = false;
 };
 
 }  // namespace dxf

@@ -11,6 +11,7 @@
 
 #include "base/utf.h"
 #include "dxf/blocks.h"
+#include "dxf/objects.h"
 #include "dxf/symbol_tables.h"
 #include "sample_drawing.h"
 #include "test_paths.h"
@@ -293,6 +294,56 @@ TEST(EntityPropBackground, RegistersItsApplicationOnce) {
   dxf::RecordId hatch = entity(reread, h::kHatch);
   ASSERT_TRUE(dxf::setProperty(reread, hatch, Prop::kBackgroundColor, EntityColor{-1}).isOk());
   EXPECT_FALSE(reread.find(hatch, 1001));
+}
+
+// The layer is read for every entity a command visits, from where the load noted it; it
+// must be the tag a reading of the record's tags finds, whatever the record's shape.
+TEST(EntityPropLayer, IsTheFirstLayerTagOfTheEntityGroup) {
+  const std::string head = "5 100\n330 1F\n100 AcDbEntity\n8 0\n100 AcDbLine\n";
+  struct Case {
+    const char* what;
+    const char* line_head;
+    const wchar_t* layer;
+  } const cases[] = {
+      {"plain", "5 100\n330 1F\n100 AcDbEntity\n8 Walls\n100 AcDbLine\n", L"Walls"},
+      {"after an application group",
+       "5 100\n102 {APP\n8 Not\n102 }\n330 1F\n100 AcDbEntity\n8 Walls\n100 AcDbLine\n",
+       L"Walls"},
+      {"after an application group in the entity group",
+       "5 100\n330 1F\n100 AcDbEntity\n102 {APP\n8 Not\n102 }\n8 Walls\n100 AcDbLine\n",
+       L"Walls"},
+      {"only before the marker", "5 100\n8 Not\n330 1F\n100 AcDbEntity\n100 AcDbLine\n", L"0"},
+      {"in a second entity group",
+       "5 100\n330 1F\n100 AcDbEntity\n100 AcDbEntity\n8 Walls\n100 AcDbLine\n", L"0"},
+      {"after extended data",
+       "5 100\n330 1F\n100 AcDbEntity\n1001 APP\n8 Not\n100 AcDbLine\n", L"0"},
+      {"without markers", "5 100\n8 Walls\n330 1F\n", L"Walls"},
+      {"with blanks", "5 100\n330 1F\n100 AcDbEntity\n8  Walls \n100 AcDbLine\n", L" Walls "},
+  };
+  for (const Case& c : cases) {
+    for (bool crlf : {false, true}) {
+      SCOPED_TRACE(std::string(c.what) + (crlf ? ", CRLF" : ""));
+      std::string compact = sample::readCompact("sample_drawing.txt");
+      size_t at = compact.find(head);
+      ASSERT_NE(at, std::string::npos);
+      compact.replace(at, head.size(), c.line_head);
+      std::string bytes = sample::toDxf(compact);
+      if (crlf) {
+        for (size_t i = bytes.find('\n'); i != std::string::npos; i = bytes.find('\n', i + 2)) {
+          bytes.insert(i, "\r");
+        }
+      }
+      Document doc = parse(bytes);
+      dxf::RecordId line = entity(doc, h::kLine);
+      EXPECT_TRUE(sameValue(dxf::getProperty(doc, line, Prop::kLayer), c.layer));
+      // Given its extension dictionary, the entity keeps its file bytes around the new tags.
+      ASSERT_TRUE(dxf::ensureExtensionDictionary(doc, line).isOk());
+      EXPECT_TRUE(sameValue(dxf::getProperty(doc, line, Prop::kLayer), c.layer));
+      Document reread = parse(doc.serialize());
+      EXPECT_TRUE(sameValue(dxf::getProperty(reread, entity(reread, h::kLine), Prop::kLayer),
+                            c.layer));
+    }
+  }
 }
 
 TEST(EntityPropR12, ReadsAndWritesRecordsWithoutSubclassMarkers) {
