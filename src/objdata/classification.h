@@ -8,6 +8,7 @@
 #include <span>
 #include <string>
 #include <string_view>
+#include <unordered_map>
 #include <vector>
 
 #include "catalogue/catalogue.h"
@@ -141,8 +142,9 @@ class Classifier {
   const TemplateEnvironment& environment_;
   // Key field names by table name as records spell it.
   std::map<std::wstring, std::vector<std::wstring>, std::less<>> key_fields_;
-  // Classes by a key value as records spell it (null: no class of that name).
-  std::map<std::wstring, const catalogue::ObjectClass*, std::less<>> classes_by_key_;
+  // Classes by a key value as records spell it (null: no class of that name); found by hash,
+  // once for every record a walk reads.
+  std::unordered_map<std::wstring, const catalogue::ObjectClass*> classes_by_key_;
   // The last answers of keyFieldsOf and classNamed: consecutive records mostly repeat them.
   std::wstring last_table_;
   const std::vector<std::wstring>* last_key_fields_ = nullptr;
