@@ -14,6 +14,7 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <cstdint>
 #include <cstdlib>
 #include <ctime>
 #include <filesystem>
@@ -82,9 +83,9 @@ struct Step {
 int main(int argc, char** argv) {
   int64_t entities = argc > 1 ? std::atoll(argv[1]) : 100000;
   int runs = argc > 2 ? std::atoi(argv[2]) : 3;
-  size_t repeat_step = argc > 3 ? static_cast<size_t>(std::atoi(argv[3])) : 0;
+  size_t repeat_step = argc > 3 ? static_cast<size_t>(std::atoi(argv[3])) : SIZE_MAX;
   if (entities <= 0 || runs <= 0) {
-    std::fprintf(stderr, "usage: classification_bench [ENTITIES] [RUNS]\n");
+    std::fprintf(stderr, "usage: classification_bench [ENTITIES] [RUNS] [REPEAT_STEP]\n");
     return 2;
   }
   const std::string drawing_text = bench::generateDrawing({.entities = entities});
