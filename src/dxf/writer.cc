@@ -129,6 +129,9 @@ void Document::writeTo(Out& out) const {
     out.append(codeText(code, padded_codes_));
     out.append(eol);
     out.append(value);
+    // A reader takes one CR before the line feed for the line's end, so a value ending in
+    // CR (a file's line ending in two) needs one more where lines end in LF alone.
+    if (!crlf_ && !value.empty() && value.back() == '\r') out.push_back('\r');
     out.append(eol);
   };
   const std::string_view raw = raw_;

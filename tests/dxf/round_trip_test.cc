@@ -127,6 +127,31 @@ TEST(TinyDrawing, ReadsItsTextsAfterItWasMoved) {
   }
 }
 
+// A line may end in more than one CR: the value keeps all but the one before the line feed,
+// and an edited record writes it so that it reads back the same, with LF or CRLF lines.
+TEST(ValueEndingInCr, ReadsBackFromAnEditedRecord) {
+  for (const char* eol : {"\n", "\r\n"}) {
+    SCOPED_TRACE(eol[0] == '\r' ? "CRLF" : "LF");
+    // The value line "5" CR, then the line end (its CR, if any, is the line end's).
+    const char* value_line = eol[0] == '\r' ? "5\r" : "5\r\r";
+    std::string bytes = std::string("  0") + eol + "XYZ" + eol + " 70" + eol + value_line +
+                        eol + "  0" + eol + "EOF" + eol;
+    auto drawing = dxf::Document::parse(bytes, "cr.dxf");
+    ASSERT_TRUE(drawing.isOk()) << drawing.status().message();
+    EXPECT_EQ(drawing->value(drawing->first(), 70), "5\r");
+    dxf::TagList tags = drawing->tags(drawing->first());
+    std::vector<dxf::Tag> edited(tags.begin(), tags.end());
+    // Tags added at two places: the record is written from its tags, not its file bytes.
+    edited.insert(edited.begin() + 1, drawing->makeTag(999, "note"));
+    edited.push_back(drawing->makeTag(998, "more"));
+    drawing->setTags(drawing->first(), edited);
+    auto again = dxf::Document::parse(drawing->serialize(), "written.dxf");
+    ASSERT_TRUE(again.isOk()) << again.status().message();
+    EXPECT_EQ(again->value(again->first(), 70), "5\r");
+    EXPECT_EQ(again->value(again->first(), 998), "more");
+  }
+}
+
 // $HANDSEED is written above every handle given out, as a handle (code 5), whatever code
 // the file gave it: written with an integer's code, a binary file would hold another number.
 TEST(HandleSeed, IsWrittenAsAHandleAboveTheHandlesGivenOut) {
