@@ -212,26 +212,29 @@ void roundCommand(CommandContext& context) {
     }
     return it->second;
   };
+  // A record that needs rounding, copied once it is known to (most already are rounded).
+  objdata::TableRecord rounded;
   try {
     for (host::ObjectId id : *candidates) {
-      std::vector<const ObjectClass*> classes = carriedClasses(classifier, classifier.records(id));
+      // Read once per entity: nothing below reads the classifier's records again.
+      std::span<const objdata::TableRecord> records = classifier.records(id);
+      std::vector<const ObjectClass*> classes = carriedClasses(classifier, records);
       for (const ObjectClass* cls : classes) {
         for (const TableDefinition& table : cls->tables) {
           const std::vector<RealField>& fields = realFieldsOf(table);
           if (fields.empty()) continue;
-          const objdata::TableRecord* first = firstOf(classifier.records(id), table);
+          const objdata::TableRecord* first = firstOf(records, table);
           if (!first) continue;
           const std::wstring stored_name = first->table_name;
           objdata::Classifier::Key key = classifier.keyOf(table, *cls);
           std::wstring key_value = base::lowerCase(key.value);
-          walkTable(tables, id, stored_name, [&](auto& cursor, auto& record, int, bool&) {
+          walkTable(tables, id, stored_name, [&](auto& cursor, const auto& record, int, bool&) {
             if (key.field.empty() || keyText(record, key.field) != key_value) return false;
-            objdata::TableRecord rounded = record;
             bool changed = false;
             for (const RealField& field : fields) {
-              int index = objdata::findField(rounded.fields, field.name);
+              int index = objdata::findField(record.fields, field.name);
               if (index < 0) continue;
-              objdata::Value& value = rounded.fields[index].value;
+              const objdata::Value& value = record.fields[index].value;
               double number = 0;
               switch (value.type) {
                 case objdata::ValueType::kInteger:
@@ -250,12 +253,14 @@ void roundCommand(CommandContext& context) {
               }
               double result = maintenance::roundToPlaces(number, field.places);
               if (value.type == objdata::ValueType::kReal && value.real == result) continue;
+              if (!changed) rounded = record;
               changed = true;
-              value = objdata::Value();
-              value.type = objdata::ValueType::kReal;
-              value.real = result;
+              objdata::Value& target = rounded.fields[index].value;
+              target = objdata::Value();
+              target.type = objdata::ValueType::kReal;
+              target.real = result;
               // A field the drawing stores as text takes the number's text.
-              value.text = objdata::asText(value);
+              target.text = objdata::asText(target);
             }
             // A record already at its precision keeps its bytes in the saved drawing.
             if (changed) objdata::updateRecord(tables, cursor, rounded);
