@@ -37,8 +37,7 @@ RecordFacts factsOf(const Document& doc, const Tags& tags) {
 
 }  // namespace
 
-template <typename Tags>
-void Document::noteTags(RecordId id, const Tags& tags) {
+void Document::noteTags(RecordId id, std::span<const Tag> tags) {
   auto first = tags.begin();
   uint16_t type = first != tags.end() && first->code == 0 ? internType(text(*first)) : 0;
   setFacts(id, type, factsOf(*this, tags));
@@ -68,8 +67,6 @@ std::optional<std::string_view> Document::knownLayer(RecordId id) const {
   if (!value.empty() && value.back() == '\r') value.remove_suffix(1);
   return value;
 }
-template void Document::noteTags(RecordId, const TagScan&);
-template void Document::noteTags(RecordId, const std::span<const Tag>&);
 
 std::optional<Tag> Document::find(RecordId id, int code) const {
   for (const Tag& tag : scan(id)) {

@@ -212,9 +212,8 @@ class Document {
   // The index of structure name `name` (the text of a code 0 tag) in type_names_.
   uint16_t internType(std::string_view name);
   // Keeps the facts a record caches (type, extension dictionary, paper space) in step with
-  // its tags `tags` (a TagScan or a span), after they changed.
-  template <typename Tags>
-  void noteTags(RecordId id, const Tags& tags);
+  // its tags `tags`, after they changed.
+  void noteTags(RecordId id, std::span<const Tag> tags);
 
   // A spliced record's three runs of tags; `file`, when given, receives its file bytes and
   // `insert_at` the offset into them at which the new tags go.
