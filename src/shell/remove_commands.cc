@@ -48,11 +48,11 @@ void removeAllCommand(CommandContext& context) {
   objdata::Classifier& classifier = run.classifier();
   objdata::TableDirectory& tables = classifier.tables();
   int deleted = 0;
+  objdata::TableRecord record;  // its buffers serve every record read
   for (host::ObjectId id : *candidates) {
     objdata::RecordCursor cursor;
     if (objdata::openCursor(tables, cursor, id) != objdata::kStatusOk) continue;
     while (!objdata::cursorDone(cursor)) {
-      objdata::TableRecord record;
       if (objdata::readRecord(tables, cursor, record) == objdata::kStatusOk &&
           classifier.classOfRecord(record)) {
         // The cursor then stands on the record that followed.
