@@ -55,16 +55,16 @@ std::vector<const ObjectClass*> carriedClasses(objdata::Classifier& classifier,
   return classes;
 }
 
-// Walks the entity's records of `table` (the drawing's spelling) in stored order, calling
+// Walks the entity's records of `table` (the drawing's spelling) in stored order, reading
+// each into `record` (whose buffers the caller keeps for the next walk) and calling
 // `visit(cursor, record, number)`; `visit` answers whether it deleted the record (the cursor
 // then stands on the next one) and may end the walk by setting `stop`.
 template <typename Visit>
 void walkTable(objdata::TableDirectory& tables, host::ObjectId entity, const std::wstring& table,
-               Visit visit) {
+               objdata::TableRecord& record, Visit visit) {
   objdata::RecordCursor cursor;
   cursor.table_filter = table;
   if (objdata::openCursor(tables, cursor, entity) != objdata::kStatusOk) return;
-  objdata::TableRecord record;
   bool stop = false;
   for (int number = 0; !objdata::cursorDone(cursor) && !stop; ++number) {
     if (objdata::readRecord(tables, cursor, record) != objdata::kStatusOk) return;
@@ -142,6 +142,7 @@ void deleteDuplicatesCommand(CommandContext& context) {
   objdata::Classifier& classifier = run.classifier();
   objdata::TableDirectory& tables = classifier.tables();
   std::vector<host::ObjectId> changed;
+  objdata::TableRecord scratch;
   for (host::ObjectId id : *candidates) {
     // A duplicate needs two records: most entities are done at once.
     if (classifier.records(id).size() < 2) continue;
@@ -158,14 +159,15 @@ void deleteDuplicatesCommand(CommandContext& context) {
         objdata::Classifier::Key key = classifier.keyOf(table, *cls);
         std::wstring key_value = base::lowerCase(key.value);
         std::vector<int> numbers;
-        walkTable(tables, id, stored_name, [&](auto&, const auto& record, int number, bool&) {
-          if (keyText(record, key.field) == key_value) numbers.push_back(number);
-          return false;
-        });
+        walkTable(tables, id, stored_name, scratch,
+                  [&](auto&, const auto& record, int number, bool&) {
+                    if (keyText(record, key.field) == key_value) numbers.push_back(number);
+                    return false;
+                  });
         if (numbers.size() < 2) continue;
         while (numbers.size() > 1) {
           int doomed = keep_last ? numbers.front() : numbers.back();
-          walkTable(tables, id, stored_name,
+          walkTable(tables, id, stored_name, scratch,
                     [&](auto& cursor, const auto&, int number, bool& stop) {
                       if (number != doomed) return false;
                       objdata::deleteRecord(tables, cursor);
@@ -214,6 +216,7 @@ void roundCommand(CommandContext& context) {
   };
   // A record that needs rounding, copied once it is known to (most already are rounded).
   objdata::TableRecord rounded;
+  objdata::TableRecord scratch;
   try {
     for (host::ObjectId id : *candidates) {
       // Read once per entity: nothing below reads the classifier's records again.
@@ -228,44 +231,45 @@ void roundCommand(CommandContext& context) {
           const std::wstring stored_name = first->table_name;
           objdata::Classifier::Key key = classifier.keyOf(table, *cls);
           std::wstring key_value = base::lowerCase(key.value);
-          walkTable(tables, id, stored_name, [&](auto& cursor, const auto& record, int, bool&) {
-            if (key.field.empty() || keyText(record, key.field) != key_value) return false;
-            bool changed = false;
-            for (const RealField& field : fields) {
-              int index = objdata::findField(record.fields, field.name);
-              if (index < 0) continue;
-              const objdata::Value& value = record.fields[index].value;
-              double number = 0;
-              switch (value.type) {
-                case objdata::ValueType::kInteger:
-                  number = value.integer;
-                  break;
-                case objdata::ValueType::kReal:
-                  number = value.real;
-                  break;
-                case objdata::ValueType::kCharacter:
-                  number = base::wtof(value.text ? *value.text : std::wstring());
-                  break;
-                default:
-                  throw objdata::ConversionFailure{objdata::kConversionFailed, cls->display_name,
-                                                   table.name, field.name,
-                                                   objdata::textOrEmpty(value)};
-              }
-              double result = maintenance::roundToPlaces(number, field.places);
-              if (value.type == objdata::ValueType::kReal && value.real == result) continue;
-              if (!changed) rounded = record;
-              changed = true;
-              objdata::Value& target = rounded.fields[index].value;
-              target = objdata::Value();
-              target.type = objdata::ValueType::kReal;
-              target.real = result;
-              // A field the drawing stores as text takes the number's text.
-              target.text = objdata::asText(target);
-            }
-            // A record already at its precision keeps its bytes in the saved drawing.
-            if (changed) objdata::updateRecord(tables, cursor, rounded);
-            return false;
-          });
+          walkTable(
+              tables, id, stored_name, scratch, [&](auto& cursor, const auto& record, int, bool&) {
+                if (key.field.empty() || keyText(record, key.field) != key_value) return false;
+                bool changed = false;
+                for (const RealField& field : fields) {
+                  int index = objdata::findField(record.fields, field.name);
+                  if (index < 0) continue;
+                  const objdata::Value& value = record.fields[index].value;
+                  double number = 0;
+                  switch (value.type) {
+                    case objdata::ValueType::kInteger:
+                      number = value.integer;
+                      break;
+                    case objdata::ValueType::kReal:
+                      number = value.real;
+                      break;
+                    case objdata::ValueType::kCharacter:
+                      number = base::wtof(value.text ? *value.text : std::wstring());
+                      break;
+                    default:
+                      throw objdata::ConversionFailure{objdata::kConversionFailed,
+                                                       cls->display_name, table.name, field.name,
+                                                       objdata::textOrEmpty(value)};
+                  }
+                  double result = maintenance::roundToPlaces(number, field.places);
+                  if (value.type == objdata::ValueType::kReal && value.real == result) continue;
+                  if (!changed) rounded = record;
+                  changed = true;
+                  objdata::Value& target = rounded.fields[index].value;
+                  target = objdata::Value();
+                  target.type = objdata::ValueType::kReal;
+                  target.real = result;
+                  // A field the drawing stores as text takes the number's text.
+                  target.text = objdata::asText(target);
+                }
+                // A record already at its precision keeps its bytes in the saved drawing.
+                if (changed) objdata::updateRecord(tables, cursor, rounded);
+                return false;
+              });
         }
       }
     }
