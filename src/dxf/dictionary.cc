@@ -6,6 +6,7 @@
 #include "dxf/objects.h"
 #include "dxf/record_edit.h"
 #include "dxf/symbol_tables.h"
+#include "dxf/xrecord.h"
 
 namespace dxf {
 
@@ -164,8 +165,7 @@ base::Result<RecordId> createDictionary(Document& doc, RecordId owner, std::wstr
 base::Result<RecordId> createXrecord(Document& doc, RecordId owner, std::wstring_view key,
                                      std::span<const Tag> data) {
   std::vector<Tag> body = {doc.makeTag(0, "XRECORD"), doc.makeTag(100, "AcDbXrecord")};
-  // The cloning flag came with R2000; earlier readers would take it for data.
-  if (doc.version() >= "AC1015") body.push_back(doc.makeTag(280, "1"));
+  if (hasCloningFlag(doc)) body.push_back(doc.makeTag(280, "1"));
   body.insert(body.end(), data.begin(), data.end());
   return createEntry(doc, owner, key, std::move(body));
 }

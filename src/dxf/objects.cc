@@ -35,6 +35,14 @@ size_t extensionGroupPosition(const Document& doc, RecordId id) {
   return in_reactors ? index : std::min(pos, index);
 }
 
+// Gives `id` the group naming its extension dictionary `dict_handle`, the rest of the record
+// kept as it lies.
+void insertDictionaryGroup(Document& doc, RecordId id, const std::string& dict_handle) {
+  Tag group[] = {doc.makeTag(102, "{ACAD_XDICTIONARY"), doc.makeTag(360, dict_handle),
+                 doc.makeTag(102, "}")};
+  doc.insertTags(id, extensionGroupPosition(doc, id), group);
+}
+
 bool isFollower(std::string_view type) {
   return type == "ATTRIB" || type == "VERTEX" || type == "SEQEND";
 }
@@ -119,9 +127,7 @@ base::Result<RecordId> ensureExtensionDictionary(Document& doc, RecordId id) {
   std::string dict_handle = formatHandle(dict_handle_value);
   if (existing == 0 && doc.record(id).handle != 0) {
     // The common case: a group inserted, the rest of the record kept as it lies.
-    Tag group[] = {doc.makeTag(102, "{ACAD_XDICTIONARY"), doc.makeTag(360, dict_handle),
-                   doc.makeTag(102, "}")};
-    doc.insertTags(id, extensionGroupPosition(doc, id), group);
+    insertDictionaryGroup(doc, id, dict_handle);
     return appendDictionary(doc, id, dict_handle_value);
   }
   RecordEdit edit(doc, id);
@@ -142,9 +148,7 @@ base::Result<RecordId> ensureExtensionDictionary(Document& doc, RecordId id) {
     if (at >= 0) edit.setText(static_cast<size_t>(at), dict_handle);
   } else {
     edit.commit();  // the new handle goes in first: the group's place follows it
-    Tag group[] = {doc.makeTag(102, "{ACAD_XDICTIONARY"), doc.makeTag(360, dict_handle),
-                   doc.makeTag(102, "}")};
-    doc.insertTags(id, extensionGroupPosition(doc, id), group);
+    insertDictionaryGroup(doc, id, dict_handle);
     return appendDictionary(doc, id, dict_handle_value);
   }
   edit.commit();
@@ -166,9 +170,7 @@ base::Result<RecordId> attachXrecord(Document& doc, RecordId id, std::wstring_vi
   RecordId end = objectsEnd(doc);
   std::string dict_text = formatHandle(doc.allocateHandle());
   std::string xrecord_text = formatHandle(doc.allocateHandle());
-  Tag group[] = {doc.makeTag(102, "{ACAD_XDICTIONARY"), doc.makeTag(360, dict_text),
-                 doc.makeTag(102, "}")};
-  doc.insertTags(id, extensionGroupPosition(doc, id), group);
+  insertDictionaryGroup(doc, id, dict_text);
   // Extension dictionaries own their entries (280 1), which are therefore 360s.
   RecordBuilder dict(doc);
   dict.add(0, "DICTIONARY")
@@ -182,8 +184,7 @@ base::Result<RecordId> attachXrecord(Document& doc, RecordId id, std::wstring_vi
   doc.insertBefore(end, dict.finish());
   RecordBuilder xrecord(doc);
   xrecord.add(0, "XRECORD").add(5, xrecord_text).add(330, dict_text).add(100, "AcDbXrecord");
-  // The cloning flag came with R2000; earlier readers would take it for data.
-  if (doc.version() >= "AC1015") xrecord.add(280, "1");
+  if (hasCloningFlag(doc)) xrecord.add(280, "1");
   forEachDataTag(doc, values, [&](int code, std::string_view value) { xrecord.add(code, value); });
   RecordId made = xrecord.finish();
   doc.insertBefore(end, made);

@@ -42,11 +42,9 @@ TypedValue TypedValue::ofInteger(int32_t value) {
   return v;
 }
 
-namespace {
-
-// The cloning flag (280) that follows the subclass marker came with R2000; in R13 and R14
-// drawings a 280 there is data.
 bool hasCloningFlag(const Document& doc) { return doc.version() >= "AC1015"; }
+
+namespace {
 
 // Index of the first data tag: after "100 AcDbXrecord" and the cloning flag that follows it;
 // -1 when the record has no such marker.

@@ -35,6 +35,9 @@ std::vector<TypedValue> readXrecord(const Document& doc, RecordId id);
 void readXrecord(const Document& doc, RecordId id, std::vector<TypedValue>& out);
 // Replaces the data of the XRECORD `id`; the record's header tags are kept.
 void writeXrecord(Document& doc, RecordId id, const std::vector<TypedValue>& values);
+// Whether XRECORDs carry the cloning flag (280) after their subclass marker: it came with
+// R2000, and earlier readers would take it for data.
+bool hasCloningFlag(const Document& doc);
 // Appends to `tags` the tags that hold `values` as an XRECORD's data.
 void appendXrecordData(Document& doc, const std::vector<TypedValue>& values,
                        std::vector<Tag>& tags);

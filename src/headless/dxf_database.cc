@@ -148,8 +148,7 @@ Result<ObjectId> DxfDatabase::createDictionary(ObjectId owner, std::wstring_view
 }
 
 Result<ObjectId> DxfDatabase::createXrecord(ObjectId owner, std::wstring_view key) {
-  static const host::ResBufChain kEmpty;
-  return createEntry(owner, key, &kEmpty);
+  return createXrecordWith(owner, key, {});
 }
 
 Result<ObjectId> DxfDatabase::createXrecordWith(ObjectId owner, std::wstring_view key,
