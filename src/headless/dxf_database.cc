@@ -349,18 +349,39 @@ dxf::PropValue toDxf(const host::PropertyValue& value) {
 }  // namespace
 
 host::PropertyValue DxfDatabase::getProperty(ObjectId entity, host::EntityProperty property) {
+  host::PropertyValue value;
+  getPropertyInto(entity, property, value);
+  return value;
+}
+
+void DxfDatabase::getPropertyInto(ObjectId entity, host::EntityProperty property,
+                                  host::PropertyValue& value) {
   dxf::RecordId r = toRecord(entity);
-  if (r == dxf::kNoRecord || !isEntityRecord(r)) return std::monostate{};
+  if (r == dxf::kNoRecord || !isEntityRecord(r)) {
+    value = std::monostate{};
+    return;
+  }
+  // Every walk asks each entity for its layer, which the load noted where to find: that
+  // read does not count as one that scans the entity.
+  if (property == host::EntityProperty::kLayer) {
+    if (std::optional<std::string_view> layer = drawing_.knownLayer(r)) {
+      auto* text = std::get_if<std::wstring>(&value);
+      if (!text) text = &value.emplace<std::wstring>();
+      drawing_.codec().decode(*layer, *text);
+      return;
+    }
+  }
   auto prop = static_cast<dxf::Prop>(property);
   if (r != property_record_ || drawing_.revision() != property_revision_) {
     // A single read scans no further than the property; a second decodes the entity once.
     property_record_ = r;
     property_revision_ = drawing_.revision();
     property_tags_.reset();
-    return toHost(dxf::getProperty(drawing_, r, prop));
+    value = toHost(dxf::getProperty(drawing_, r, prop));
+    return;
   }
   if (!property_tags_) property_tags_.emplace(drawing_.scan(r));
-  return toHost(dxf::getProperty(drawing_, r, *property_tags_, prop));
+  value = toHost(dxf::getProperty(drawing_, r, *property_tags_, prop));
 }
 
 Status DxfDatabase::setProperty(ObjectId entity, host::EntityProperty property,

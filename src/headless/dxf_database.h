@@ -55,6 +55,8 @@ class DxfDatabase : public host::Database, private dxf::DocumentObserver {
   bool isEntity(host::ObjectId id) override;
   std::vector<host::ObjectId> modelSpaceEntities() override;
   host::PropertyValue getProperty(host::ObjectId entity, host::EntityProperty property) override;
+  void getPropertyInto(host::ObjectId entity, host::EntityProperty property,
+                       host::PropertyValue& value) override;
   base::Status setProperty(host::ObjectId entity, host::EntityProperty property,
                            const host::PropertyValue& value) override;
   base::Status setRelativeDrawOrder(const std::vector<host::ObjectId>& entities) override;

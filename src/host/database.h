@@ -142,6 +142,11 @@ class Database {
   // Model-space entities in drawing order.
   virtual std::vector<ObjectId> modelSpaceEntities() = 0;
   virtual PropertyValue getProperty(ObjectId entity, EntityProperty property) = 0;
+  // The same into `value`, whose storage (a text's buffer) a host may reuse: the form for
+  // walks that read a property of every entity.
+  virtual void getPropertyInto(ObjectId entity, EntityProperty property, PropertyValue& value) {
+    value = getProperty(entity, property);
+  }
   virtual base::Status setProperty(ObjectId entity, EntityProperty property,
                                    const PropertyValue& value) = 0;
   // Draws `entities` in the given order relative to one another (first lowest), through the

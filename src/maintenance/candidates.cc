@@ -19,13 +19,15 @@ std::optional<std::vector<host::ObjectId>> pickedOrSelected(
 void pruneCandidates(host::Database& database, std::vector<host::ObjectId>& candidates) {
   // Few layers, many entities: each layer's state is asked once.
   std::unordered_map<std::wstring, bool> usable_layers;
+  host::PropertyValue value;  // read into again and again, its text buffer kept
   auto usable = [&](host::ObjectId id) {
     if (!database.isEntity(id)) return false;
-    host::PropertyValue value = database.getProperty(id, host::EntityProperty::kLayer);
+    database.getPropertyInto(id, host::EntityProperty::kLayer, value);
     const std::wstring* layer = std::get_if<std::wstring>(&value);
     if (!layer) return false;
-    auto [it, inserted] = usable_layers.try_emplace(*layer, false);
-    if (inserted) {
+    auto it = usable_layers.find(*layer);
+    if (it == usable_layers.end()) {
+      it = usable_layers.emplace(*layer, false).first;
       auto state = database.layerState(*layer);
       // CAD programs create a layer the table lacks when they load the drawing, with every
       // switch at its default: its entities are as usable as any.

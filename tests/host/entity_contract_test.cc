@@ -78,11 +78,18 @@ TEST_P(EntityContractTest, PropertiesHaveTheirTypeOnlyWhereTheEntityTypeHasThem)
       {L"AcDbMline", EntityProperty::kMlineStyle, kText},
       {L"AcDbMline", EntityProperty::kRadius, kNone},
   };
+  // Read into the same value throughout, as walks do: what it held before must not show.
+  PropertyValue reused = L"a text longer than any value of the drawing";
   for (const Case& c : cases) {
     ObjectId id = subject_->entityOf(c.entity_class);
     EXPECT_EQ(db().getProperty(id, c.property).index(), c.kind)
         << describe(c.entity_class, c.property);
+    db().getPropertyInto(id, c.property, reused);
+    EXPECT_EQ(reused, db().getProperty(id, c.property)) << describe(c.entity_class, c.property);
   }
+  reused = L"a text longer than any value of the drawing";
+  db().getPropertyInto(subject_->entityOf(L"AcDbLine"), EntityProperty::kLayer, reused);
+  EXPECT_EQ(reused, PropertyValue(L"0"));
   // A new entity shows what it names, and "ByLayer" for the linetype it does not name.
   ObjectId line = subject_->addLine();
   EXPECT_EQ(db().getProperty(line, EntityProperty::kLayer), PropertyValue(L"0"));
@@ -133,6 +140,9 @@ TEST_P(EntityContractTest, SetPropertyChecksTypeAndNamesAndChangesNothingWhenRef
     EXPECT_EQ(codeOf(db().setProperty(id, c.property, c.value)), c.expected) << what;
     const PropertyValue& stored = c.stored.index() == kNone ? before : c.stored;
     EXPECT_EQ(db().getProperty(id, c.property), stored) << what;
+    PropertyValue into = int64_t{0};
+    db().getPropertyInto(id, c.property, into);
+    EXPECT_EQ(into, stored) << what;
   }
 }
 
