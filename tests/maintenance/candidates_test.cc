@@ -1,5 +1,5 @@
-// The entities a command works on: pick-first set, interactive selection, model-space
-// fallback, and pruning by layer state.
+// Pruning the entities a command works on by layer state. Which entities a command is given
+// (pick-first set, selection, model-space fallback) the shell tests check through the commands.
 #include "maintenance/candidates.h"
 
 #include <gtest/gtest.h>
@@ -10,24 +10,6 @@ namespace {
 
 using host::EntityProperty;
 using host::ObjectId;
-
-TEST(CandidatesTest, PickFirstThenSelectionThenModelSpace) {
-  fakes::FakeHost host;
-  ObjectId a = host.addEntity(L"AcDbLine");
-  ObjectId b = host.addEntity(L"AcDbCircle");
-  using maintenance::EmptyPick;
-  auto pick = [&](std::vector<ObjectId> first, EmptyPick empty) {
-    return maintenance::pickedOrSelected(host.editor(), host.database(), first, empty);
-  };
-  EXPECT_EQ(pick({b}, EmptyPick::kNothing), std::vector<ObjectId>{b});
-
-  host.selections({fakes::Selection{a}, fakes::Selection{std::vector<ObjectId>{}},
-                   fakes::Selection{std::vector<ObjectId>{}}, fakes::Selection::cancel()});
-  EXPECT_EQ(pick({}, EmptyPick::kNothing), std::vector<ObjectId>{a});
-  EXPECT_EQ(pick({}, EmptyPick::kNothing), std::vector<ObjectId>{});
-  EXPECT_EQ(pick({}, EmptyPick::kModelSpace), (std::vector<ObjectId>{a, b}));
-  EXPECT_EQ(pick({}, EmptyPick::kModelSpace), std::nullopt);
-}
 
 TEST(CandidatesTest, PruningKeepsEntitiesOnUsableLayersInOrder) {
   fakes::FakeHost host;

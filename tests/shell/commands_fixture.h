@@ -6,9 +6,11 @@
 
 #include <filesystem>
 #include <fstream>
+#include <initializer_list>
 #include <memory>
 #include <string>
 #include <string_view>
+#include <utility>
 
 #include "base/utf.h"
 #include "dxf/sample_drawing.h"
@@ -74,6 +76,12 @@ inline std::string insertLines(std::string compact, std::string_view before,
   return compact;
 }
 
+// Whether `text` holds `part`; on failure both are shown.
+inline ::testing::AssertionResult has(const std::string& text, const std::string& part) {
+  if (text.find(part) != std::string::npos) return ::testing::AssertionSuccess();
+  return ::testing::AssertionFailure() << "no \"" << part << "\" in:\n" << text;
+}
+
 // Answers to the classification dialog: assign properties, attach records, change object.
 inline std::string classify(const char* handle, const char* name, const char* boxes = "1\n1\n1\n") {
   return std::string("AI_DESELECT\nTAXOR_CLASSIFY\n") + name + "\n" + boxes + handle + "\n\n";
@@ -99,6 +107,12 @@ class CommandsTest : public ::testing::Test {
     drawing_ = std::move(drawing);
     session_.reset();
     loaded_ = false;
+  }
+  // Starts again on the sample drawing with each `lines` put before the first `before`.
+  void restartWith(std::initializer_list<std::pair<std::string_view, std::string_view>> edits) {
+    std::string compact = sample::readCompact("sample_drawing.txt");
+    for (const auto& [before, lines] : edits) compact = insertLines(compact, before, lines);
+    restart(sample::toDxf(compact));
   }
 
   // Loads the class file, runs `script`, and returns what the commands printed after

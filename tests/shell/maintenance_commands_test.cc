@@ -12,6 +12,7 @@
 namespace {
 
 using commands_fixture::classify;
+using commands_fixture::has;
 using commands_fixture::kArc;
 using commands_fixture::kCircle;
 using commands_fixture::kLine;
@@ -42,8 +43,7 @@ class MaintenanceCommandsTest : public commands_fixture::CommandsTest {
 TEST_F(MaintenanceCommandsTest, DuplicateRecordsAreFoundAndTheSurplusDeleted) {
   classifyCablesThrice();
   // Wall's one table holds one record, the other CABLES record is of Wall: no duplicate.
-  std::string out = run("TAXOR_SEL_DUPLICATES\nALL\n\n");
-  EXPECT_NE(out.find("Selected: 1 ('Cable' )\nSelected: 1"), std::string::npos) << out;
+  EXPECT_TRUE(has(run("TAXOR_SEL_DUPLICATES\nALL\n\n"), "Selected: 1 ('Cable' )\nSelected: 1"));
   EXPECT_EQ(session().host->editor().impliedSelection(), std::vector{id(kLine)});
 
   struct Case {
@@ -57,23 +57,20 @@ TEST_F(MaintenanceCommandsTest, DuplicateRecordsAreFoundAndTheSurplusDeleted) {
       {"\n", "Completed: 1\n", "CABLES:Wall,x|CABLES:Cable,b"},
       {"\x1b", "Completed: 1\n", "CABLES:Wall,x|CABLES:Cable,b"},
       {"la\n", "Completed: 1\n", "CABLES:Cable,power|CABLES:Wall,x"},
-      {"firsts\n", "", "CABLES:Cable,power|CABLES:Cable,a|CABLES:Wall,x|CABLES:Cable,b"},
+      {"firsts\n", "Mode (First, Last)<First>: firsts\nCommand: ",
+       "CABLES:Cable,power|CABLES:Cable,a|CABLES:Wall,x|CABLES:Cable,b"},
   };
   for (const Case& c : cases) {
+    SCOPED_TRACE(c.answer);
     classifyCablesThrice();
-    out = run("TAXOR_DEL_DUPLICATES\nALL\n\n" + c.answer);
-    if (c.printed.empty()) {
-      EXPECT_EQ(out.find("Completed"), std::string::npos) << out;
-    } else {
-      EXPECT_NE(out.find(c.printed), std::string::npos) << c.answer << out;
-    }
-    EXPECT_EQ(records(kLine), c.records) << c.answer;
+    std::string out = run("TAXOR_DEL_DUPLICATES\nALL\n\n" + c.answer);
+    EXPECT_TRUE(has(out, c.printed));
+    EXPECT_EQ(records(kLine), c.records);
   }
   // Nothing left to delete the second time.
   run("TAXOR_DEL_DUPLICATES\nALL\n\nF\n");
-  EXPECT_NE(run("TAXOR_DEL_DUPLICATES\nALL\n\nF\n").find("Completed: 0\n"), std::string::npos);
-  EXPECT_NE(run("TAXOR_SEL_DUPLICATES\nALL\n\n").find("Selected: 0 ()\nSelected: 0"),
-            std::string::npos);
+  EXPECT_TRUE(has(run("TAXOR_DEL_DUPLICATES\nALL\n\nF\n"), "Completed: 0\n"));
+  EXPECT_TRUE(has(run("TAXOR_SEL_DUPLICATES\nALL\n\n"), "Selected: 0 ()\nSelected: 0"));
 }
 
 TEST_F(MaintenanceCommandsTest, RoundingKeepsTheClassFilesDecimals) {
@@ -86,14 +83,13 @@ TEST_F(MaintenanceCommandsTest, RoundingKeepsTheClassFilesDecimals) {
   const Case cases[] = {{L"2.71828", "2.7"}, {L"2.25", "2.3"}, {L"-0.05", "-0.1"}, {L"3", "3.0"}};
   for (const Case& c : cases) {
     setField(kPolyline, L"WALLS", L"HEIGHT", c.stored);
-    EXPECT_NE(run("TAXOR_ROUND\nALL\n\n").find("Completed\n"), std::string::npos);
+    EXPECT_TRUE(has(run("TAXOR_ROUND\nALL\n\n"), "Completed\n"));
     EXPECT_EQ(records(kPolyline), "WALLS:Wall," + std::string(c.rounded) + ",brick,");
   }
 }
 
 TEST_F(MaintenanceCommandsTest, SortDrawsHigherClassesAbove) {
-  restart(sample::toDxf(commands_fixture::insertLines(sample::readCompact("sample_drawing.txt"),
-                                                      "0 ENDSEC", "9 $SORTENTS\n280 128\n")));
+  restartWith({{"0 ENDSEC", "9 $SORTENTS\n280 128\n"}});
   run(classify(kPolyline, "Wall") + classify(kLine, "Cable") + classify(kArc, "Marker"));
   run("TAXOR_SORT\nALL\n\n");
   // Unclassified entities lowest, then Marker (1), Cable (5), Wall (10).

@@ -18,14 +18,22 @@ using string_table_internal::directiveKinds;
 
 StringId idAt(int index) { return static_cast<StringId>(kFirstStringId + index); }
 
-TEST(StringTableTest, EveryIdentifierHasItsOwnNonEmptyText) {
+// Each identifier has its own non-empty text, with well-formed directives; parser messages
+// say whether they are errors or warnings and end the line.
+TEST(StringTableTest, BuiltInTextsAreDistinctAndFollowTheMessageConventions) {
   const StringTable& table = StringTable::builtIn();
   ASSERT_EQ(table.size(), static_cast<std::size_t>(kStringCount));
   std::set<std::wstring> seen;
   for (int i = 0; i < kStringCount; ++i) {
+    SCOPED_TRACE(kFirstStringId + i);
     const std::wstring& text = table.get(idAt(i));
-    EXPECT_FALSE(text.empty()) << "id " << kFirstStringId + i;
-    EXPECT_TRUE(seen.insert(text).second) << "id " << kFirstStringId + i << " repeats a text";
+    EXPECT_FALSE(text.empty());
+    EXPECT_TRUE(seen.insert(text).second) << "repeats a text";
+    EXPECT_EQ(directiveKinds(text).find('?'), std::string::npos);
+    if (text.starts_with(L"%i: ")) {
+      EXPECT_TRUE(text.starts_with(L"%i: error: ") || text.starts_with(L"%i: warning: "));
+      EXPECT_TRUE(text.ends_with(L"\n"));
+    }
   }
   EXPECT_TRUE(table.get(idAt(-1)).empty());
   EXPECT_TRUE(table.get(idAt(kStringCount)).empty());
@@ -57,19 +65,6 @@ TEST(StringTableTest, IdentifiersAtGroupBoundariesNameTheirTexts) {
   for (const Case& c : cases) {
     EXPECT_EQ(static_cast<int>(c.id), c.number);
     EXPECT_EQ(StringTable::builtIn().get(c.id), c.text) << c.number;
-  }
-}
-
-TEST(StringTableTest, BuiltInTextsFollowTheMessageConventions) {
-  for (int i = 0; i < kStringCount; ++i) {
-    const std::wstring& text = StringTable::builtIn().get(idAt(i));
-    EXPECT_EQ(directiveKinds(text).find('?'), std::string::npos)
-        << "malformed directive in id " << kFirstStringId + i;
-    if (text.starts_with(L"%i: ")) {  // parser messages
-      EXPECT_TRUE(text.starts_with(L"%i: error: ") || text.starts_with(L"%i: warning: "))
-          << kFirstStringId + i;
-      EXPECT_TRUE(text.ends_with(L"\n")) << kFirstStringId + i;
-    }
   }
 }
 
@@ -120,16 +115,7 @@ TEST(StringTableTest, FormatsEachDirectiveKind) {
       {L"%lf", {3}, L"3.000000"},  // an integer widens for a real directive
       {L"100%%", {}, L"100%"},
       {L"%i%%%i", {1, 2}, L"1%2"},
-  };
-  for (const auto& c : cases) EXPECT_EQ(applyFormat(c.format, c.args), c.expected) << c.format;
-}
-
-TEST(StringTableTest, FormatLeavesUnfilledDirectivesAsWritten) {
-  const struct {
-    const wchar_t* format;
-    std::vector<FormatArg> args;
-    const wchar_t* expected;
-  } cases[] = {
+      // Unfilled directives are left as written.
       {L"Completed: %i/%i", {3}, L"Completed: 3/%i"},  // too few
       {L"%i", {}, L"%i"},                              // none
       {L"%i", {1, 2, 3}, L"1"},                        // surplus ignored
@@ -140,16 +126,6 @@ TEST(StringTableTest, FormatLeavesUnfilledDirectivesAsWritten) {
       {L"%5000i|%q|end%", {1}, L"%5000i|%q|end%"},     // malformed
   };
   for (const auto& c : cases) EXPECT_EQ(applyFormat(c.format, c.args), c.expected) << c.format;
-}
-
-TEST(StringTableTest, FormatsTableEntries) {
-  const StringTable& table = StringTable::builtIn();
-  EXPECT_EQ(table.format(StringId::kCompletedRatio, {3, 4}), L"Completed: 3/4\n");
-  EXPECT_EQ(table.format(StringId::kParseRedefinition, {12, L"Wall"}),
-            L"12: error: redefinition of 'Wall'\n");
-  EXPECT_EQ(table.format(StringId::kErrorInvalidNameFormat, {}),
-            L"Error: invalid format (%T/%t, %i are required).\n");
-  EXPECT_EQ(table.format(StringId::kStatClassLine, {L"Door", 5, 0}), L"\tDoor: 5 (0 invalid)");
 }
 
 TEST(StringTableTest, LoadsATranslation) {
@@ -180,25 +156,32 @@ TEST(StringTableTest, LoadsATranslation) {
   EXPECT_EQ(StringTable::builtIn().get(StringId::kPromptObject), L"Object: ");
 }
 
-TEST(StringTableTest, DecodesEscapes) {
+// Escapes are decoded; directives of the built-in kinds are accepted whatever their flags.
+TEST(StringTableTest, AcceptsEntries) {
   const struct {
-    const char* written;
+    const char* line;
+    StringId id;
     const wchar_t* text;
   } cases[] = {
-      {"a\\nb", L"a\nb"},
-      {"a\\tb", L"a\tb"},
-      {"a\\\\b", L"a\\b"},
-      {"a\\\\nb", L"a\\nb"},
-      {"\\\\\\n", L"\\\n"},
-      {"C:\\\\dir\\\\", L"C:\\dir\\"},
-      {"x\xE2\x82\xAC", L"x\u20AC"},
-      {"\xF0\x9F\x99\x82", L"\U0001F642"},
+      {"104\ta\\nb", StringId::kCaptionError, L"a\nb"},
+      {"104\ta\\tb", StringId::kCaptionError, L"a\tb"},
+      {"104\ta\\\\b", StringId::kCaptionError, L"a\\b"},
+      {"104\ta\\\\nb", StringId::kCaptionError, L"a\\nb"},
+      {"104\t\\\\\\n", StringId::kCaptionError, L"\\\n"},
+      {"104\tC:\\\\dir\\\\", StringId::kCaptionError, L"C:\\dir\\"},
+      {"104\tx\xE2\x82\xAC", StringId::kCaptionError, L"x\u20AC"},
+      {"104\t\xF0\x9F\x99\x82", StringId::kCaptionError, L"\U0001F642"},
+      {"115\t%d: Fehler: '%ls'\\n", StringId::kParseRedefinition, L"%d: Fehler: '%ls'\n"},
+      {"115\t%3i: '%-10s' 100%%\\n", StringId::kParseRedefinition, L"%3i: '%-10s' 100%%\n"},
+      {"164\t%s %i %i", StringId::kStatClassLine, L"%s %i %i"},
+      {"175\tFehler: %%T/%%t und %%i fehlen.\\n", StringId::kErrorInvalidNameFormat,
+       L"Fehler: %%T/%%t und %%i fehlen.\n"},
   };
   for (const auto& c : cases) {
     StringTable table;
     std::string error;
-    ASSERT_TRUE(table.loadText(std::string("104\t") + c.written, "t", &error)) << error;
-    EXPECT_EQ(table.get(StringId::kCaptionError), c.text) << c.written;
+    ASSERT_TRUE(table.loadText(c.line, "de.txt", &error)) << c.line << ": " << error;
+    EXPECT_EQ(table.get(c.id), c.text) << c.line;
   }
 }
 
@@ -240,22 +223,10 @@ TEST(StringTableTest, RejectsBadEntriesNamingTheLine) {
   }
 }
 
-TEST(StringTableTest, AcceptsDirectivesOfTheSameKinds) {
-  for (const char* line : {"115\t%d: Fehler: '%ls'\\n", "115\t%3i: '%-10s' 100%%\\n",
-                           "164\t%s %i %i", "175\tFehler: %%T/%%t und %%i fehlen.\\n"}) {
-    StringTable table;
-    std::string error;
-    EXPECT_TRUE(table.loadText(line, "de.txt", &error)) << line << ": " << error;
-  }
-}
-
 TEST(StringTableTest, LoadsAFile) {
   const testing_paths::TempDir dir("taxor_string_table");
   const std::filesystem::path path = dir / "de.txt";
-  {
-    std::ofstream out(path, std::ios::binary);
-    out << "# TAXOR, deutsch\n103\tFehler: nichts gewählt.\\n\n";
-  }
+  std::ofstream(path, std::ios::binary) << "# TAXOR, deutsch\n103\tFehler: nichts gewählt.\\n\n";
   StringTable table;
   std::string error;
   EXPECT_TRUE(table.loadFile(path.string(), &error)) << error;

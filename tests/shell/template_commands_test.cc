@@ -12,6 +12,7 @@
 
 namespace {
 
+using commands_fixture::has;
 using headless::DxfDatabase;
 
 class TemplateCommandsTest : public commands_fixture::CommandsTest {
@@ -41,10 +42,10 @@ TEST_F(TemplateCommandsTest, EqualEntitiesGiveOneClass) {
   dxf::Document& doc = session().drawing;
   host::ObjectId a = add(dxf::addLine(doc, {.layer = L"Walls"}, {0, 0, 0}, {1, 0, 0}));
   host::ObjectId b = add(dxf::addLine(doc, {.layer = L"Walls"}, {5, 5, 0}, {9, 1, 0}));
-  EXPECT_NE(writeTemplate({a, b}).find("Completed: 1/2\n"), std::string::npos);
+  EXPECT_TRUE(has(writeTemplate({a, b}), "Completed: 1/2\n"));
   std::string text = testing_paths::readFile(path());
   EXPECT_TRUE(text.starts_with("\xEF\xBB\xBF#BlockReference\t"));
-  EXPECT_NE(text.find("obj_name\tline_1_Walls\t1\t5000\tIcons/Line.png\n"), std::string::npos);
+  EXPECT_TRUE(has(text, "obj_name\tline_1_Walls\t1\t5000\tIcons/Line.png\n"));
   EXPECT_EQ(text.find("line_2"), std::string::npos);
 }
 
@@ -52,33 +53,32 @@ TEST_F(TemplateCommandsTest, AnonymousBlocksGiveNoClass) {
   dxf::Document& doc = session().drawing;
   ASSERT_TRUE(dxf::addBlock(doc, L"*U7", {0, 0, 0}));
   host::ObjectId anonymous = add(dxf::addInsert(doc, {}, {.block_name = L"*U7"}));
-  std::string out = writeTemplate({anonymous, id(commands_fixture::kInsert)}, "%T-%i");
-  EXPECT_NE(out.find("Completed: 1/2\n"), std::string::npos);
+  EXPECT_TRUE(
+      has(writeTemplate({anonymous, id(commands_fixture::kInsert)}, "%T-%i"), "Completed: 1/2\n"));
   std::string text = testing_paths::readFile(path());
-  EXPECT_NE(text.find("obj_name\tBlockReference-1\t"), std::string::npos);
-  EXPECT_NE(text.find("\t\tobj_prop\tblockName\tDoor\n"), std::string::npos);
+  EXPECT_TRUE(has(text, "obj_name\tBlockReference-1\t"));
+  EXPECT_TRUE(has(text, "\t\tobj_prop\tblockName\tDoor\n"));
   EXPECT_EQ(text.find("*U7"), std::string::npos);
 }
 
 TEST_F(TemplateCommandsTest, RefusedFormatsAndFiles) {
   host::ObjectId line = id(commands_fixture::kLine);
-  EXPECT_NE(writeTemplate({line}, "%T").find("Command: TAXOR_TEMPLATE\nFormat<%t_%i_%L>: %T\n"
-                                              "Error: invalid format (%T/%t, %i are required).\n"
-                                              "Command: "),
-            std::string::npos);
+  EXPECT_TRUE(has(writeTemplate({line}, "%T"),
+                  "Command: TAXOR_TEMPLATE\nFormat<%t_%i_%L>: %T\n"
+                  "Error: invalid format (%T/%t, %i are required).\nCommand: "));
   EXPECT_FALSE(std::filesystem::exists(path()));
   // An accepted format is kept for the next run.
   writeTemplate({line}, "%t%i");
   pick({line});
   std::string out = run("TAXOR_TEMPLATE\n\n" + (dir_ / "none" / "t.txt").string() + "\n", true);
-  EXPECT_NE(out.find("Format<%t%i>: "), std::string::npos);
-  EXPECT_NE(out.find("Error: Error: unable to open '%s'.\n"), std::string::npos);
+  EXPECT_TRUE(has(out, "Format<%t%i>: "));
+  EXPECT_TRUE(has(out, "Error: Error: unable to open '%s'.\n"));
   EXPECT_EQ(out.find("Completed"), std::string::npos);
 }
 
 TEST_F(TemplateCommandsTest, TypeReport) {
   pick({id(commands_fixture::kLine), id(commands_fixture::kCircle), id(commands_fixture::kText),
-       id(commands_fixture::kLine)});
+        id(commands_fixture::kLine)});
   EXPECT_EQ(run("TAXOR_TYPE\n", true), "Command: TAXOR_TYPE\nCircle\nLine\nText\nCommand: \n");
   EXPECT_EQ(run("TAXOR_TYPE\n\n"),
             "Command: TAXOR_TYPE\nSelect objects: \nError: no objects selected.\nCommand: \n");
@@ -108,17 +108,13 @@ TEST_F(TemplateCommandsTest, TemplateOfARealDrawingClassifiesIt) {
   }
   ASSERT_GT(described, 0);
 
-  std::string out = session().out();
-  ASSERT_NE(out.find("Completed: "), std::string::npos) << out;
-  size_t before = out.size();
+  ASSERT_TRUE(has(session().out(), "Completed: "));
+  size_t before = session().out().size();
   session().run("TAXOR_LOAD\n" + path() + "\nTAXOR_CLASSIFY_AUTO\n0\n0\nALL\n\n");
-  out = session().out().substr(before);
-  EXPECT_EQ(out.find("error"), std::string::npos) << out;
-  EXPECT_EQ(out.find("Error"), std::string::npos) << out;
-  EXPECT_NE(out.find("Completed: " + std::to_string(described) + "/" +
-                     std::to_string(candidates.size()) + "\n"),
-            std::string::npos)
-      << out;
+  std::string out = session().out().substr(before);
+  EXPECT_EQ(out.find("rror"), std::string::npos) << out;
+  EXPECT_TRUE(has(out, "Completed: " + std::to_string(described) + "/" +
+                           std::to_string(candidates.size()) + "\n"));
 }
 
 }  // namespace
