@@ -6,8 +6,6 @@
 
 #include <filesystem>
 #include <fstream>
-#include <functional>
-#include <sstream>
 
 #include "base/utf.h"
 #include "test_paths.h"
@@ -18,28 +16,15 @@ namespace fs = std::filesystem;
 
 class ClassListsTest : public ::testing::Test {
  protected:
-  void SetUp() override { dir_ = temp_dir_.path(); }
-
   std::wstring write(const std::string& name, const std::string& text) {
     std::ofstream(dir_ / name, std::ios::binary) << text;
-    return base::fromUtf8((dir_ / name).string());
+    return path(name);
   }
-  std::string read(const std::wstring& path) {
-    std::ifstream in(base::toUtf8(path), std::ios::binary);
-    std::stringstream s;
-    s << in.rdbuf();
-    return s.str();
-  }
+  std::string read(const std::wstring& path) { return testing_paths::readFile(base::toUtf8(path)); }
   std::wstring path(const std::string& name) { return base::fromUtf8((dir_ / name).string()); }
 
-  testing_paths::TempDir temp_dir_{"taxor_lists"};
-  fs::path dir_;
+  testing_paths::TempDir dir_{"taxor_lists"};
 };
-
-TEST_F(ClassListsTest, FileNamesFollowTheClassFile) {
-  EXPECT_EQ(catalogue::recentFilePath(L"/d/classes.txt"), L"/d/classes.txt.recent");
-  EXPECT_EQ(catalogue::favoritesFilePath(L"/d/classes.txt"), L"/d/classes.txt.favorites");
-}
 
 TEST_F(ClassListsTest, RecentLines) {
   std::wstring file = write("a.recent",
@@ -108,35 +93,27 @@ TEST_F(ClassListsTest, Favorites) {
 // Each list replaces its file whole: killed in the middle of the write, it leaves the old
 // file, and the next write succeeds.
 TEST_F(ClassListsTest, AListWriterKilledMidwayLeavesTheOldFile) {
-  const std::string old_text = "Old\t1\n";
   catalogue::RecentList recent;
   catalogue::FavoritesList favorites;
   for (int i = 0; i < 20000; ++i) {
     recent.entries.push_back({L"Class " + std::to_wstring(i), L"", i});
     favorites.entries.push_back({L"Class " + std::to_wstring(i), i});
   }
-  struct Writer {
-    const char* name;
-    std::function<bool(const std::wstring& path)> write;
-  };
-  const Writer writers[] = {
-      {"recent",
-       [&](const std::wstring& file) { return catalogue::writeRecentFile(file, recent); }},
-      {"favorites",
-       [&](const std::wstring& file) {
-         favorites.path = file;
-         return catalogue::writeFavoritesFile(file, favorites) == catalogue::WriteResult::kWritten;
-       }},
-  };
-  for (const Writer& writer : writers) {
-    SCOPED_TRACE(writer.name);
-    std::wstring file = write(std::string("list.") + writer.name, old_text);
+  for (const std::string kind : {"recent", "favorites"}) {
+    SCOPED_TRACE(kind);
+    const std::wstring file = write("list." + kind, "Old\t1\n");
+    favorites.path = file;
+    auto writeList = [&] {
+      return kind == "recent" ? catalogue::writeRecentFile(file, recent)
+                              : catalogue::writeFavoritesFile(file, favorites) ==
+                                    catalogue::WriteResult::kWritten;
+    };
     // The child dies of the file-size limit in the middle of the list.
-    int signal = testing_paths::runChildUntilKilled(
-        [&](const testing_paths::MidwaySignal&) { return writer.write(file) ? 0 : 1; }, 4096);
-    EXPECT_EQ(signal, SIGXFSZ);
-    EXPECT_EQ(read(file), old_text);
-    ASSERT_TRUE(writer.write(file));
+    EXPECT_EQ(testing_paths::runChildUntilKilled(
+                  [&](const testing_paths::MidwaySignal&) { return writeList() ? 0 : 1; }, 4096),
+              SIGXFSZ);
+    EXPECT_EQ(read(file), "Old\t1\n");
+    ASSERT_TRUE(writeList());
     EXPECT_TRUE(read(file).ends_with("Class 19999\t19999\n"));
   }
 }

@@ -6,12 +6,11 @@
 
 #include <filesystem>
 #include <fstream>
-#include <functional>
-#include <sstream>
 #include <string>
 
 #include "base/utf.h"
 #include "catalogue/catalogue.h"
+#include "catalogue/class_writer.h"
 #include "fakes/fake_host.h"
 #include "shell/application.h"
 #include "test_paths.h"
@@ -22,22 +21,14 @@ namespace fs = std::filesystem;
 
 class LoadCommandsTest : public ::testing::Test {
  protected:
-  void SetUp() override {
-    dir_ = temp_dir_.path();
-    ASSERT_TRUE(app_.initialize());
-  }
+  void SetUp() override { ASSERT_TRUE(app_.initialize()); }
 
   std::wstring write(const std::string& name, const std::string& text) {
     std::ofstream(dir_ / name, std::ios::binary) << text;
     return path(name);
   }
   std::wstring path(const std::string& name) { return base::fromUtf8((dir_ / name).string()); }
-  std::string read(const std::string& name) {
-    std::ifstream in(dir_ / name, std::ios::binary);
-    std::stringstream s;
-    s << in.rdbuf();
-    return s.str();
-  }
+  std::string read(const std::string& name) { return testing_paths::readFile(dir_ / name); }
   // Runs `command` and returns what it added to the transcript.
   std::string run(const wchar_t* command) {
     size_t before = host_.transcript().size();
@@ -47,20 +38,16 @@ class LoadCommandsTest : public ::testing::Test {
   }
   shell::ProcessState& state() { return app_.state(); }
 
-  testing_paths::TempDir temp_dir_{"taxor_load"};
-  fs::path dir_;
+  testing_paths::TempDir dir_{"taxor_load"};
   fakes::FakeHost host_;
   shell::Application app_{host_, shell::StringTable::builtIn()};
 };
 
 constexpr const char* kPipe = "obj_name\tPipe\t1\t1\nobj_type\tLine\n";
 
-TEST_F(LoadCommandsTest, ReloadBeforeLoadDoesNothing) {
+TEST_F(LoadCommandsTest, ReloadBeforeLoadAndCancelledDialogChangeNothing) {
   EXPECT_EQ(run(L"TAXOR_RELOAD"), "");
   EXPECT_EQ(state().catalogue, nullptr);
-}
-
-TEST_F(LoadCommandsTest, CancelledDialogChangesNothing) {
   host_.fileAnswers({std::nullopt});
   EXPECT_EQ(run(L"TAXOR_LOAD"), "Text files (*.txt) file name: *Cancel*\n");
   EXPECT_EQ(state().catalogue, nullptr);
@@ -85,31 +72,16 @@ TEST_F(LoadCommandsTest, LoadMakesTheFileCurrentAndPrintsTheParsersMessages) {
   EXPECT_TRUE(state().catalogue->empty());
 }
 
-// What a class file's text decides in a catalogue, as text.
+// What a class file's text decides in a catalogue, as text: its groups and its classes as
+// they would be written.
 std::string describe(const catalogue::Catalogue& catalogue) {
   std::wstring out;
-  std::function<void(const catalogue::Group&)> group = [&](const catalogue::Group& g) {
-    out += L"group " + g.name + L"|" + g.text.value_or(L"-") + L"|" + std::to_wstring(g.flag);
-    for (const std::wstring& member : g.members) out += L" " + member;
-    out += L"\n";
-    for (const catalogue::Group& child : g.children) group(child);
-  };
-  group(catalogue.tree);
+  for (const catalogue::Group& g : catalogue.tree.children) {
+    out += g.name + L"|" + g.text.value_or(L"-") + L"|" + std::to_wstring(g.flag) + L"|";
+    for (const std::wstring& member : g.members) out += member + L",";
+  }
   for (const auto& [key, cls] : catalogue.objects) {
-    out += L"class " + key + L"|" + cls.display_name + L"|" + std::to_wstring(cls.enabled) + L"|" +
-           std::to_wstring(cls.draw_order) + L"|" + cls.icon + L"|";
-    for (const std::wstring& type : cls.objectTypes()) out += type + L",";
-    out += L"\n";
-    for (const catalogue::TableDefinition& table : cls.tables) {
-      out += L" table " + table.name + L"\n";
-      for (const catalogue::FieldDefinition& f : table.fields) {
-        out += L"  " + f.name + L"|" + f.description + L"|" +
-               std::to_wstring(static_cast<int>(f.type)) + L"|" + std::to_wstring(f.flags) + L"|" +
-               std::to_wstring(static_cast<int>(f.kind)) + L"|" + f.value + L"|";
-        for (const std::wstring& allowed : f.allowed) out += allowed + L",";
-        out += L"\n";
-      }
-    }
+    out += L"\n" + key + L"|" + catalogue::writeClassDefinition(cls, &catalogue, 3);
   }
   return base::toUtf8(out);
 }
@@ -145,7 +117,8 @@ TEST_F(LoadCommandsTest, ByteOrderMarkAndCrLfLoadAsWithout) {
         EXPECT_EQ(out, "Text files (*.txt) file name: " + base::toUtf8(file) +
                            "\n5: warning: invalid 'obj_prop' definition\n"
                            "11: warning: table 'PIPES' ill-formed\n");
-        EXPECT_NE(catalogue.find("class water main|Water main|1|7|Icons/Line.png|Line,\n"),
+        EXPECT_NE(catalogue.find("Network|Water and sewer|1|water main,\nwater main|obj_name\t"
+                                 "Water main\t1\t7\tIcons/Line.png\n\tobj_type\tLine\n"),
                   std::string::npos)
             << catalogue;
         expected_out = out;

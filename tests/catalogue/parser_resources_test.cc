@@ -260,23 +260,17 @@ constexpr const char* kBoundFile =
     "layer\tlib/a.dwg\nvariable\tUSERI1\t7\nobj_name\tPipe\t1\t1\nobj_type\tLine\n"
     "obj_prop\tlayer\tWater\nvel_name\tPIPES\nvel_key\tclass\nvel_fld\tDN\tDN\tinteger\n";
 
-TEST_F(ResourceFolder, ParsingReadsOnlyVariableKinds) {
+// Parsing reads only the kinds of variables; binding then imports, sets and compares for
+// each drawing apart.
+TEST_F(ResourceFolder, OneParseIsBoundToEachDrawingApart) {
   TwoDrawings drawings(path("lib/a.dwg"));
   fakes::ForwardingHost traced(drawings.a.host, true);
   catalogue::HostEnvironment environment(traced);
-  auto parsed = catalogue::parseClassDefinitions(kBoundFile, path("classes.txt"), environment);
+  const auto parsed =
+      catalogue::parseClassDefinitions(kBoundFile, path("classes.txt"), environment);
   EXPECT_TRUE(parsed.ok);
   EXPECT_TRUE(parsed.messages.empty());
   EXPECT_EQ(traced.trace(), std::vector<std::string>{"Database::getVar"});
-  EXPECT_TRUE(drawings.a.host.imports.empty());
-  EXPECT_EQ(TwoDrawings::useri1(drawings.a), 0);
-}
-
-TEST_F(ResourceFolder, OneParseIsBoundToEachDrawingApart) {
-  TwoDrawings drawings(path("lib/a.dwg"));
-  catalogue::HostEnvironment environment(drawings.a.host);
-  const auto parsed =
-      catalogue::parseClassDefinitions(kBoundFile, path("classes.txt"), environment);
 
   catalogue::Binding a = catalogue::bindCatalogue(parsed, drawings.a.host.database());
   EXPECT_EQ(messageTexts(a.messages),

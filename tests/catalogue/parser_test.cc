@@ -176,24 +176,19 @@ TEST(ParserTest, TablesAndFields) {
        "vel_fld\tKIND\tKind\tcharacter\tB\t A :B:C\n",
        "",
        [](const Catalogue& c) {
-         const auto& table = object(c, L"pipe").tables.at(0);
-         EXPECT_EQ(table.name, L"PIPES");
-         const FieldDefinition key = table.fields[0];
-         EXPECT_EQ(key.kind, ValueKind::kKey);
-         EXPECT_EQ(key.type, FieldType::kCharacter);
-         EXPECT_EQ(key.value, L"$(obj_name)");
-         EXPECT_EQ(table.fields[1].description, L"Free text");
-         EXPECT_EQ(table.fields[1].kind, ValueKind::kFree);
-         EXPECT_EQ(table.fields[2].kind, ValueKind::kDefault);
-         EXPECT_EQ(table.fields[2].flags, catalogue::kFieldRequired);
-         EXPECT_EQ(table.fields[2].type, FieldType::kReal);
-         EXPECT_EQ(table.fields[3].kind, ValueKind::kList);
-         EXPECT_EQ(table.fields[3].flags, catalogue::kFieldConst | catalogue::kFieldNotEmpty);
-         EXPECT_EQ(table.fields[3].allowed, (std::vector<std::wstring>{L"80", L"100", L"150"}));
-         EXPECT_EQ(table.fields[4].kind, ValueKind::kRange);
-         EXPECT_EQ(table.fields[4].allowed, (std::vector<std::wstring>{L"1", L"10"}));
-         EXPECT_EQ(table.fields[5].kind, ValueKind::kList);  // two colons: a list of three
-         EXPECT_EQ(table.fields[5].allowed, (std::vector<std::wstring>{L"A", L"B", L"C"}));
+         using F = FieldType;
+         using K = ValueKind;
+         const uint32_t req = catalogue::kFieldRequired;
+         const uint32_t cn = catalogue::kFieldConst | catalogue::kFieldNotEmpty;
+         const std::vector<FieldDefinition> fields = {
+             {L"", K::kKey, L"CLASS", 0, F::kCharacter, L"$(obj_name)", {}},
+             {L"Free text", K::kFree, L"NOTE", 0, F::kCharacter, L"", {}},
+             {L"Depth", K::kDefault, L"DEPTH", req, F::kReal, L"1.5", {}},
+             {L"Diameter", K::kList, L"DN", cn, F::kInteger, L"100", {L"80", L"100", L"150"}},
+             {L"Length", K::kRange, L"LEN", 0, F::kReal, L"5", {L"1", L"10"}},
+             // Two colons: a list of three.
+             {L"Kind", K::kList, L"KIND", 0, F::kCharacter, L"B", {L"A", L"B", L"C"}}};
+         EXPECT_EQ(object(c, L"pipe").tables.at(0), (catalogue::TableDefinition{L"PIPES", fields}));
          const catalogue::TableEntry* entry = c.findTable(L"pipes");
          ASSERT_NE(entry, nullptr);
          EXPECT_EQ(entry->objects, std::vector<std::wstring>{L"pipe"});

@@ -62,19 +62,6 @@ TEST(ObjectPropertiesTest, NumberTest) {
   }
 }
 
-TEST(ObjectPropertiesTest, ColorSpecTexts) {
-  const std::pair<draw::ColorSpec, const wchar_t*> cases[] = {
-      {{-1}, L"None"},
-      {{0}, L"ByBlock"},
-      {{256}, L"ByLayer"},
-      {{7}, L"7"},
-      {{255, 0, 10}, L"(255 0 10)"},
-      {{}, L""},
-      {{1, 2}, L""},
-  };
-  for (const auto& [color, text] : cases) EXPECT_EQ(draw::formatColorSpec(color), text);
-}
-
 struct Line {
   const wchar_t* key;
   const wchar_t* value;
@@ -90,19 +77,15 @@ struct Case {
 
 TEST(ObjectPropertiesTest, Keys) {
   const Case cases[] = {
-      {"a colour list: the first is the default",
-       {{L"color", L"1", L"3,5"}},
-       [](const DrawingProperties& p) {
-         EXPECT_EQ(p.color, (std::vector<draw::ColorSpec>{{1}, {3}, {5}}));
-       }},
-      {"colour words, triples and the any-colour",
-       {{L"COLOR", L"ByLayer"},
+      {"a colour list (the first is the default), words, triples and the any-colour",
+       {{L"color", L"1", L"3,5"},
+        {L"COLOR", L"ByLayer"},
         {L"color", L"(255 0 0)"},
         {L"color", L"*"},
         {L"backgroundcolor", L"none"},
         {L"patterncolor", L"byblock"}},
        [](const DrawingProperties& p) {
-         EXPECT_EQ(p.color, (std::vector<draw::ColorSpec>{{256}, {255, 0, 0}, {}}));
+         EXPECT_EQ(p.color, (std::vector<draw::ColorSpec>{{1}, {3}, {5}, {256}, {255, 0, 0}, {}}));
          EXPECT_EQ(p.background_color, std::vector<draw::ColorSpec>{{-1}});
          EXPECT_EQ(p.pattern_color, std::vector<draw::ColorSpec>{{0}});
        }},
@@ -113,16 +96,14 @@ TEST(ObjectPropertiesTest, Keys) {
         {L"color", L"none", L"", false},
         {L"color", L"red", L"", false}},
        [](const DrawingProperties& p) { EXPECT_TRUE(p.color.empty()); }},
-      {"a range: default and bounds",
-       {{L"textheight", L"2.5", L"2:3"}},
+      {"a range: default and bounds; a range needs exactly two bounds",
+       {{L"textheight", L"2.5", L"2:3"}, {L"patternscale", L"2.5", L"1:2:3", false}},
        [](const DrawingProperties& p) {
          EXPECT_EQ(p.text_height.mode, ConstraintMode::kRange);
          EXPECT_EQ(p.text_height.value, 2.5);
          EXPECT_EQ(p.text_height.alternatives, (std::vector<double>{2, 3}));
+         EXPECT_FALSE(p.pattern_scale.isSet());
        }},
-      {"a range needs exactly two bounds",
-       {{L"textheight", L"2.5", L"1:2:3", false}},
-       [](const DrawingProperties& p) { EXPECT_FALSE(p.text_height.isSet()); }},
       {"lineweight words",
        {{L"lineweight", L"bylayer"},
         {L"lineweight", L"Default"},
@@ -209,17 +190,6 @@ TEST(ObjectPropertiesTest, Keys) {
     }
     c.check(properties);
   }
-}
-
-TEST(ObjectPropertiesTest, ConstraintsStartUnsetWithTheirMarkers) {
-  DrawingProperties p;
-  EXPECT_FALSE(p.angle.isSet());
-  EXPECT_TRUE(p.angle.isAny(p.angle.value));
-  EXPECT_EQ(p.lineweight.value, -2147483647);
-  EXPECT_EQ(p.mtext_attachment_point.value, -2);
-  EXPECT_EQ(p.mline_justification.value, -2);
-  EXPECT_EQ(p.closed.value, -128);
-  EXPECT_EQ(p.block_scale.value.y, std::numeric_limits<double>::lowest());
 }
 
 }  // namespace

@@ -5,7 +5,9 @@
 
 #include <algorithm>
 #include <numbers>
+#include <optional>
 
+#include "base/utf.h"
 #include "draw/object_types.h"
 #include "fakes/fake_database.h"
 #include "fakes/fake_host.h"
@@ -13,6 +15,7 @@
 
 namespace {
 
+using namespace std::string_literals;
 using draw::ApplyMode;
 using draw::DrawingProperties;
 using P = host::EntityProperty;
@@ -31,99 +34,75 @@ DrawingProperties classOf(const std::vector<Line>& lines) {
   return properties;
 }
 
+// One class line and, when the entity has it, the property it should leave.
+struct Applied {
+  Line line;
+  std::optional<P> property = std::nullopt;
+  host::PropertyValue expected = {};
+};
+
 struct Case {
   const char* name;
-  std::vector<Line> lines;
   const wchar_t* entity_class;
-  ApplyMode mode;
-  base::Code code;
-  // Values read back after applying; unchanged properties show the fake's defaults.
-  fakes::Properties expected;
+  std::vector<Applied> applied;
+  ApplyMode mode = ApplyMode::kAll;
+  base::Code code = base::Code::kOk;
 };
 
 TEST(PropertyApplicationTest, AppliesWhatTheClassPrescribes) {
   const Case cases[] = {
       {"polyline: general properties, closed, width and elevation",
-       {{L"color", L"3"},
-        {L"layer", L"walls"},
-        {L"linetype", L"dashed"},
-        {L"linetypescale", L"2"},
-        {L"lineweight", L"25"},
-        {L"closed", L"1"},
-        {L"constantwidth", L"0.5"},
-        {L"elevation", L"3"}},
        L"AcDbPolyline",
-       ApplyMode::kAll,
-       base::Code::kOk,
-       {{P::kColor, host::Color{3}},
-        {P::kLayer, std::wstring(L"Walls")},
-        {P::kLinetype, std::wstring(L"Dashed")},
-        {P::kLinetypeScale, 2.0},
-        {P::kLineweight, int64_t{25}},
-        {P::kClosed, int64_t{1}},
-        {P::kConstantWidth, 0.5},
-        {P::kElevation, 3.0}}},
+       {{{L"color", L"3"}, P::kColor, host::Color{3}},
+        {{L"layer", L"walls"}, P::kLayer, L"Walls"s},
+        {{L"linetype", L"dashed"}, P::kLinetype, L"Dashed"s},
+        {{L"linetypescale", L"2"}, P::kLinetypeScale, 2.0},
+        {{L"lineweight", L"25"}, P::kLineweight, int64_t{25}},
+        {{L"closed", L"1"}, P::kClosed, int64_t{1}},
+        {{L"constantwidth", L"0.5"}, P::kConstantWidth, 0.5},
+        {{L"elevation", L"3"}, P::kElevation, 3.0}}},
       {"general mode leaves the type's properties alone",
-       {{L"color", L"3"}, {L"closed", L"1"}, {L"elevation", L"3"}},
        L"AcDbPolyline",
-       ApplyMode::kGeneral,
-       base::Code::kOk,
-       {{P::kColor, host::Color{3}}, {P::kClosed, int64_t{0}}, {P::kElevation, 0.0}}},
+       {{{L"color", L"3"}, P::kColor, host::Color{3}},
+        {{L"closed", L"1"}, P::kClosed, int64_t{0}},
+        {{L"elevation", L"3"}, P::kElevation, 0.0}},
+       ApplyMode::kGeneral},
       {"text: height, style and justification; rotation and contents stay as drawn",
-       {{L"textheight", L"3.5"},
-        {L"textstyle", L"notes"},
-        {L"textjustification", L"middlecenter"},
-        {L"angle", L"90"},
-        {L"text", L"Room"}},
        L"AcDbText",
-       ApplyMode::kAll,
-       base::Code::kOk,
-       {{P::kTextHeight, 3.5},
-        {P::kTextStyle, std::wstring(L"Notes")},
-        {P::kTextJustification, int64_t{10}},
-        {P::kRotation, 0.0},
-        {P::kContents, std::wstring()}}},
+       {{{L"textheight", L"3.5"}, P::kTextHeight, 3.5},
+        {{L"textstyle", L"notes"}, P::kTextStyle, L"Notes"s},
+        {{L"textjustification", L"middlecenter"}, P::kTextJustification, int64_t{10}},
+        {{L"angle", L"90"}, P::kRotation, 0.0},
+        {{L"text", L"Room"}, P::kContents, L""s}}},
       {"mtext: the attachment point",
-       {{L"mtextattachmentpoint", L"bottomright"}, {L"textjustification", L"right"}},
        L"AcDbMText",
-       ApplyMode::kAll,
-       base::Code::kOk,
-       {{P::kAttachment, int64_t{9}}}},
+       {{{L"mtextattachmentpoint", L"bottomright"}, P::kAttachment, int64_t{9}},
+        {{L"textjustification", L"right"}}}},
       {"block reference: true colour, block and scale",
-       {{L"color", L"(255 0 16)"}, {L"blockname", L"manhole"}, {L"blockscale", L"(1 2 3)"}},
        L"AcDbBlockReference",
-       ApplyMode::kAll,
-       base::Code::kOk,
-       {{P::kColor, host::Color{256, 0xFF0010}},
-        {P::kBlockName, std::wstring(L"Manhole")},
-        {P::kScale, host::Point3{1, 2, 3}}}},
+       {{{L"color", L"(255 0 16)"}, P::kColor, host::Color{256, 0xFF0010}},
+        {{L"blockname", L"manhole"}, P::kBlockName, L"Manhole"s},
+        {{L"blockscale", L"(1 2 3)"}, P::kScale, host::Point3{1, 2, 3}}}},
       {"hatch: pattern, angle in radians, scale, background",
-       {{L"pattern", L"ansi31"},
-        {L"patternangle", L"90"},
-        {L"patternscale", L"2"},
-        {L"backgroundcolor", L"5"}},
        L"AcDbHatch",
-       ApplyMode::kAll,
-       base::Code::kOk,
-       {{P::kPattern, std::wstring(L"ansi31")},
-        {P::kPatternAngle, std::numbers::pi / 2},
-        {P::kPatternScale, 2.0},
-        {P::kBackgroundColor, host::Color{5}}}},
+       {{{L"pattern", L"ansi31"}, P::kPattern, L"ansi31"s},
+        {{L"patternangle", L"90"}, P::kPatternAngle, std::numbers::pi / 2},
+        {{L"patternscale", L"2"}, P::kPatternScale, 2.0},
+        {{L"backgroundcolor", L"5"}, P::kBackgroundColor, host::Color{5}}}},
       {"the first colour that is not any; properties of other types are skipped",
-       {{L"color", L"*"}, {L"color", L"4"}, {L"textheight", L"3.5"}, {L"blockname", L"nowhere"}},
        L"AcDbLine",
-       ApplyMode::kAll,
-       base::Code::kOk,
-       {{P::kColor, host::Color{4}}}},
+       {{{L"color", L"*"}},
+        {{L"color", L"4"}, P::kColor, host::Color{4}},
+        {{L"textheight", L"3.5"}},
+        {{L"blockname", L"nowhere"}}}},
       {"a missing name fails and the rest is still applied",
-       {{L"layer", L"nowhere"}, {L"color", L"2"}, {L"lineweight", L"50"}, {L"closed", L"1"}},
        L"AcDbPolyline",
+       {{{L"layer", L"nowhere"}, P::kLayer, L"0"s},
+        {{L"color", L"2"}, P::kColor, host::Color{2}},
+        {{L"lineweight", L"50"}, P::kLineweight, int64_t{50}},
+        {{L"closed", L"1"}, P::kClosed, int64_t{1}}},
        ApplyMode::kAll,
-       base::Code::kNotFound,
-       {{P::kLayer, std::wstring(L"0")},
-        {P::kColor, host::Color{2}},
-        {P::kLineweight, int64_t{50}},
-        {P::kClosed, int64_t{1}}}},
+       base::Code::kNotFound},
   };
   for (const Case& c : cases) {
     SCOPED_TRACE(c.name);
@@ -133,11 +112,16 @@ TEST(PropertyApplicationTest, AppliesWhatTheClassPrescribes) {
     database.addSymbol(host::SymbolTable::kTextStyle, L"Notes");
     database.addSymbol(host::SymbolTable::kBlock, L"Manhole");
     host::ObjectId entity = database.addEntity(c.entity_class);
-    DrawingProperties properties = classOf(c.lines);
-    EXPECT_EQ(draw::applyDrawingProperties(database, entity, properties, c.mode).code(), c.code);
-    for (const auto& [property, value] : c.expected) {
-      EXPECT_EQ(database.getProperty(entity, property), value)
-          << "property " << static_cast<int>(property);
+    std::vector<Line> lines;
+    for (const Applied& a : c.applied) lines.push_back(a.line);
+    EXPECT_EQ(draw::applyDrawingProperties(database, entity, classOf(lines), c.mode).code(),
+              c.code);
+    // Unchanged properties show the fake's defaults.
+    for (const Applied& a : c.applied) {
+      if (a.property) {
+        EXPECT_EQ(database.getProperty(entity, *a.property), a.expected)
+            << base::toUtf8(a.line.key);
+      }
     }
   }
 }
