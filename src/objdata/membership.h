@@ -2,13 +2,21 @@
 // selecting commands ask: by key values alone, with no value rules checked.
 #pragma once
 
+#include <map>
 #include <span>
+#include <string>
 #include <string_view>
+#include <unordered_map>
+#include <unordered_set>
+#include <utility>
+#include <vector>
 
 #include "objdata/classification.h"
 
 namespace objdata {
 
+// One Membership serves one command run: what a group holds is resolved once, since a
+// walk asks the same of every entity.
 class Membership {
  public:
   explicit Membership(Classifier& classifier) : classifier_(classifier) {}
@@ -21,10 +29,31 @@ class Membership {
   bool belongsTo(std::span<const TableRecord> records, const catalogue::Group& group);
 
  private:
-  bool carries(std::span<const TableRecord> records, std::wstring_view name, int depth);
-  bool belongsTo(std::span<const TableRecord> records, const catalogue::Group& group, int depth);
+  // The classes of one group that name themselves in the same key field of the same table
+  // (the first of each class), by the key value that names each.
+  struct KeySet {
+    std::wstring table;
+    std::wstring field;
+    std::unordered_map<std::wstring, std::vector<const catalogue::ObjectClass*>> by_value;
+  };
+  // The classes a group holds through the names it lists and its children, nested groups
+  // followed to a depth of 64 (a group listing itself would otherwise never end).
+  struct Members {
+    bool any_without_tables = false;  // carried by any entity that has records
+    std::vector<KeySet> key_sets;
+  };
+  // `depth` is that of `group` itself: 1 when it was named to carries.
+  const Members& membersOf(const catalogue::Group& group, int depth);
+  void add(const catalogue::ObjectClass& cls, Members& members);
+  bool holdsAny(std::span<const TableRecord> records, const Members& members);
 
   Classifier& classifier_;
+  std::map<std::pair<const catalogue::Group*, int>, Members> members_;
+  // The last name given to carries, and what it names.
+  std::wstring last_name_;
+  const catalogue::ObjectClass* last_class_ = nullptr;
+  const catalogue::Group* last_group_ = nullptr;
+  bool resolved_ = false;
 };
 
 }  // namespace objdata
