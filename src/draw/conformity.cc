@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <bitset>
 #include <charconv>
 #include <cmath>
 #include <numbers>
@@ -103,11 +104,21 @@ class Matcher {
         precision_(precision),
         tolerance_(toleranceOf(precision_)) {}
 
+  // Forgets what was read of the entity before; the values' text buffers are kept.
+  void reset(host::ObjectId entity) {
+    entity_ = entity;
+    read_.reset();
+  }
+
   // The entity's value of `property`, asked of the host once however many classes test it.
   const host::PropertyValue& value(P property) const {
-    std::optional<host::PropertyValue>& slot = values_[static_cast<size_t>(property)];
-    if (!slot) slot = database_.getProperty(entity_, property);
-    return *slot;
+    auto index = static_cast<size_t>(property);
+    host::PropertyValue& slot = values_[index];
+    if (!read_[index]) {
+      database_.getPropertyInto(entity_, property, slot);
+      read_.set(index);
+    }
+    return slot;
   }
 
   int precision() const { return precision_; }
@@ -215,7 +226,8 @@ class Matcher {
   host::ObjectId entity_;
   int precision_;
   double tolerance_;
-  mutable std::array<std::optional<host::PropertyValue>, kPropertyCount> values_;
+  mutable std::array<host::PropertyValue, kPropertyCount> values_;
+  mutable std::bitset<kPropertyCount> read_;
 };
 
 namespace {
@@ -293,8 +305,14 @@ std::wstring dimensionMode(host::Database& database, host::ObjectId entity) {
 EntityConformity::EntityConformity(host::Database& database, host::ObjectId entity, int precision)
     : database_(database),
       entity_(entity),
-      type_(objectTypeName(database, entity)),
+      type_(objectTypeNameOfClass(database.entityClass(entity))),
       matcher_(std::make_unique<Matcher>(database, entity, precision)) {}
+
+void EntityConformity::reset(host::ObjectId entity) {
+  entity_ = entity;
+  type_ = objectTypeNameOfClass(database_.entityClass(entity));
+  matcher_->reset(entity);
+}
 
 EntityConformity::~EntityConformity() = default;
 

@@ -4,6 +4,7 @@
 
 #include <memory>
 #include <string>
+#include <string_view>
 
 #include "draw/object_properties.h"
 #include "host/database.h"
@@ -22,7 +23,8 @@ std::wstring dimensionMode(host::Database& database, host::ObjectId entity);
 class Matcher;
 
 // The conformity test of one entity against many classes: the entity's type and properties
-// are read from the host once, whatever the number of classes tested.
+// are read from the host once, whatever the number of classes tested. A walk over many
+// entities resets one test to each in turn, reusing what it holds.
 class EntityConformity {
  public:
   EntityConformity(host::Database& database, host::ObjectId entity, int precision);
@@ -30,15 +32,17 @@ class EntityConformity {
   EntityConformity(const EntityConformity&) = delete;
   EntityConformity& operator=(const EntityConformity&) = delete;
 
+  // Tests `entity` from now on.
+  void reset(host::ObjectId entity);
   // The entity's type name; empty when it has none.
-  const std::wstring& type() const { return type_; }
+  std::wstring_view type() const { return type_; }
   // matchesClassProperties for this entity.
   bool matches(const DrawingProperties& properties) const;
 
  private:
   host::Database& database_;
   host::ObjectId entity_;
-  std::wstring type_;
+  std::wstring_view type_;  // one of the type names' constants
   std::unique_ptr<Matcher> matcher_;
 };
 

@@ -2,6 +2,11 @@
 
 #include <algorithm>
 #include <climits>
+#include <map>
+#include <optional>
+#include <set>
+#include <string_view>
+#include <vector>
 
 #include "base/text_case.h"
 #include "draw/conformity.h"
@@ -146,6 +151,19 @@ void classifyAutoCommand(CommandContext& context) {
   const int precision = draw::linearPrecision(database);
   int classified = 0;
   std::set<std::wstring> blocks;
+  std::optional<draw::EntityConformity> conformity;
+  // The classes that may take an entity of each type, in catalogue order: made once per type
+  // rather than asking every class of every entity.
+  std::map<std::wstring_view, std::vector<const ObjectClass*>> classes_by_type;
+  auto classesOfType = [&](std::wstring_view type) -> const std::vector<const ObjectClass*>& {
+    auto [it, made] = classes_by_type.try_emplace(type);
+    if (made) {
+      for (const auto& [key, cls] : run.catalogue().objects) {
+        if (allowed(cls) && draw::listsType(cls.properties, type)) it->second.push_back(&cls);
+      }
+    }
+    return it->second;
+  };
   try {
     for (host::ObjectId id : *candidates) {
       std::wstring old_block = blockNameOf(database, id);
@@ -165,16 +183,18 @@ void classifyAutoCommand(CommandContext& context) {
         ++classified;
         noteChangedBlock(*best, old_block, blocks);
       } else {
-        draw::EntityConformity entity(database, id, precision);
+        if (!conformity) {
+          conformity.emplace(database, id, precision);
+        } else {
+          conformity->reset(id);
+        }
+        draw::EntityConformity& entity = *conformity;
         const ObjectClass* best = nullptr;
         int64_t best_order = INT_MIN;
-        for (const auto& [key, cls] : run.catalogue().objects) {
-          if (!allowed(cls) || cls.draw_order <= best_order ||
-              !draw::listsType(cls.properties, entity.type()))
-            continue;
-          if (!entity.matches(cls.properties)) continue;
-          best = &cls;
-          best_order = cls.draw_order;
+        for (const ObjectClass* cls : classesOfType(entity.type())) {
+          if (cls->draw_order <= best_order || !entity.matches(cls->properties)) continue;
+          best = cls;
+          best_order = cls->draw_order;
         }
         if (!best || classifier.isClassifiedAs(classifier.records(id), *best)) continue;
         if (!run.prepareWrites()) return;

@@ -1,6 +1,7 @@
 #include "shell/selection_commands.h"
 
 #include <algorithm>
+#include <optional>
 
 #include "base/text_case.h"
 #include "draw/conformity.h"
@@ -59,6 +60,28 @@ template <typename Test>
 void keepInOrder(std::vector<host::ObjectId>& candidates, Test passes) {
   std::erase_if(candidates, [&](host::ObjectId id) { return !passes(id); });
 }
+
+// One conformity test for a whole walk, made at first use and then turned to each entity.
+class ConformityTests {
+ public:
+  explicit ConformityTests(host::Database& database)
+      : database_(database), precision_(draw::linearPrecision(database)) {}
+  draw::EntityConformity& of(host::ObjectId entity) {
+    if (!test_) {
+      test_.emplace(database_, entity, precision_);
+    } else if (entity != entity_) {
+      test_->reset(entity);
+    }
+    entity_ = entity;
+    return *test_;
+  }
+
+ private:
+  host::Database& database_;
+  int precision_;
+  host::ObjectId entity_;
+  std::optional<draw::EntityConformity> test_;
+};
 
 // The switches of TAXOR_SEL_EXT and TAXOR_SEL_ALL; nothing when the command ends here.
 struct Switches {
@@ -153,13 +176,12 @@ void selectExtendedCommand(CommandContext& context) {
   objdata::Membership membership(classifier);
   host::Database& database = context.database();
   const ObjectClass* cls = run.catalogue().findObject(*name);
-  const int precision = draw::linearPrecision(database);
+  ConformityTests conformity(database);
   keepBySwap(*candidates, [&](host::ObjectId id) {
     bool matches = true;
     if (switches->objects) matches = membership.carries(classifier.records(id), *name);
     // A name that is no class prescribes no properties: nothing conforms to it.
-    if (matches && switches->properties)
-      matches = cls && draw::EntityConformity(database, id, precision).matches(cls->properties);
+    if (matches && switches->properties) matches = cls && conformity.of(id).matches(cls->properties);
     return matches == switches->match;
   });
   finish(context, *candidates);
@@ -173,19 +195,14 @@ void selectAllCommand(CommandContext& context) {
   if (!candidates) return;
   ClassificationRun run(context);
   objdata::Classifier& classifier = run.classifier();
-  host::Database& database = context.database();
-  const int precision = draw::linearPrecision(database);
+  ConformityTests conformity(context.database());
   keepBySwap(*candidates, [&](host::ObjectId id) {
     std::span<const objdata::TableRecord> records = classifier.records(id);
-    std::optional<draw::EntityConformity> conformity;
     bool matches = false;
     for (const objdata::TableRecord& record : records) {
       const ObjectClass* cls = classifier.classOfRecord(record);
       if (!cls) continue;
-      if (switches->properties) {
-        if (!conformity) conformity.emplace(database, id, precision);
-        if (!conformity->matches(cls->properties)) continue;
-      }
+      if (switches->properties && !conformity.of(id).matches(cls->properties)) continue;
       if (!switches->objects || classifier.isClassifiedAs(records, *cls)) {
         matches = true;
         break;
