@@ -13,7 +13,12 @@ namespace {
 
 using testing_session::Session;
 
-TEST(HeadlessHostTest, GuardedCommandsRefuseBeforeAFileIsLoaded) {
+// Each command refuses before a file is loaded when it needs one, and is gone once unloaded.
+TEST(HeadlessHostTest, CommandsAreGuardedBeforeLoadingAndGoneAfterUnloading) {
+  Session unloaded(sample::drawing());
+  EXPECT_EQ(unloaded.host->commands().commandsOf(shell::kCommandGroup).size(), 28u);
+  unloaded.app->unload();
+  EXPECT_TRUE(unloaded.host->commands().commandsOf(shell::kCommandGroup).empty());
   for (const shell::CommandSpec& command : shell::commandTable()) {
     Session session(sample::drawing());
     std::string name = base::toUtf8(command.name);
@@ -21,6 +26,8 @@ TEST(HeadlessHostTest, GuardedCommandsRefuseBeforeAFileIsLoaded) {
     std::string refused = "Command: " + name + "\nError: no file loaded.\n";
     EXPECT_EQ(session.out().find(refused) != std::string::npos, command.needs_catalogue) << name;
     EXPECT_EQ(session.host->resourceDepth(), 0) << name;
+    unloaded.run(name + "\n");
+    EXPECT_NE(unloaded.err().find("Unknown command \"" + name + "\""), std::string::npos) << name;
   }
 }
 
@@ -45,18 +52,6 @@ TEST(HeadlessHostTest, CommandNamesAndBlankLines) {
     session.run(c.script);
     EXPECT_NE(session.out().find(c.expected_out), std::string::npos) << c.script << session.out();
     EXPECT_NE(session.err().find(c.expected_err), std::string::npos) << c.script << session.err();
-  }
-}
-
-TEST(HeadlessHostTest, UnloadRemovesEveryCommand) {
-  Session session(sample::drawing());
-  EXPECT_EQ(session.host->commands().commandsOf(shell::kCommandGroup).size(), 28u);
-  session.app->unload();
-  EXPECT_TRUE(session.host->commands().commandsOf(shell::kCommandGroup).empty());
-  for (const shell::CommandSpec& command : shell::commandTable()) {
-    session.run(base::toUtf8(command.name) + "\n");
-    EXPECT_NE(session.err().find("Unknown command \"" + base::toUtf8(command.name) + "\""),
-              std::string::npos);
   }
 }
 
@@ -126,30 +121,16 @@ TEST(HeadlessHostTest, QueuedTextRunsBeforeTheRestOfTheInput) {
   EXPECT_EQ(ran, (std::vector<std::wstring>{L"FIRST", L"SECOND", L"THIRD"}));
 }
 
-TEST(HeadlessHostTest, PickFirstSetSurvivesBetweenCommands) {
-  Session session(sample::drawing());
-  host::ObjectId line = session.host->dxfDatabase().idForHandle(L"100");
-  ASSERT_TRUE(line);
-  std::vector<host::ObjectId> seen;
-  ASSERT_TRUE(session.host->commands().addCommand(
-      L"TEST", L"PICK", 0, [&] { session.host->editor().setImpliedSelection({line}); }));
-  ASSERT_TRUE(session.host->commands().addCommand(
-      L"TEST", L"LOOK", 0, [&] { seen = session.host->editor().impliedSelection(); }));
-  session.run("PICK\nTAXOR_ABOUT\nLOOK\n");
-  EXPECT_EQ(seen, std::vector<host::ObjectId>{line});
-}
-
 TEST(HeadlessHostTest, InteractiveSelectionAnswers) {
+  constexpr size_t kAll = SIZE_MAX;  // every entity of model space
   struct Case {
     const char* answers;
     size_t expected;
     const char* transcript;
   };
   const Case cases[] = {
-      {"100\n\n", 1, "1 found, 1 total\n"},
-      {"100 101 100\n\n", 2, "1 found, 2 total\n"},
-      {"ALL\n\n", 0, " found, "},
-      {"nonsense\n\n", 0, "*Invalid selection*\n"},
+      {"100\n\n", 1, "1 found, 1 total\n"},    {"100 101 100\n\n", 2, "1 found, 2 total\n"},
+      {"ALL\n\n", kAll, " found, "},           {"nonsense\n\n", 0, "*Invalid selection*\n"},
       {"100\nP\n\n", 1, "1 found, 1 total\n"},
   };
   for (const Case& c : cases) {
@@ -157,11 +138,10 @@ TEST(HeadlessHostTest, InteractiveSelectionAnswers) {
     session.input.addText(c.answers);
     host::SelectionInput got = session.host->editor().select();
     ASSERT_EQ(got.status, host::InputStatus::kNormal) << c.answers;
-    if (c.expected > 0) {
-      EXPECT_EQ(got.ids.size(), c.expected) << c.answers;
-    } else if (std::string(c.answers) == "ALL\n\n") {
-      EXPECT_EQ(got.ids.size(), session.host->dxfDatabase().modelSpaceEntities().size());
-    }
+    EXPECT_EQ(got.ids.size(), c.expected == kAll
+                                  ? session.host->dxfDatabase().modelSpaceEntities().size()
+                                  : c.expected)
+        << c.answers;
     EXPECT_NE(session.out().find(c.transcript), std::string::npos) << c.answers << session.out();
   }
   Session cancelled(sample::drawing());

@@ -67,6 +67,13 @@ struct Drawing {
   ResBufChain values(host::ObjectId entity, std::wstring_view table) {
     return db.readXrecord(container(entity, table)).value();
   }
+  // A cursor on the entity's first record, read into `record`.
+  objdata::RecordCursor first(TableRecord& record) {
+    objdata::RecordCursor cursor;
+    EXPECT_EQ(objdata::openCursor(tables, cursor, entity), objdata::kStatusOk);
+    EXPECT_EQ(objdata::readRecord(tables, cursor, record), objdata::kStatusOk);
+    return cursor;
+  }
   std::vector<TableRecord> walk(host::ObjectId entity, std::optional<std::wstring> filter = {}) {
     objdata::RecordCursor cursor;
     cursor.table_filter = std::move(filter);
@@ -96,9 +103,14 @@ std::vector<std::wstring> describe(const std::vector<TableRecord>& records) {
   return out;
 }
 
+// A value goes in by its own type, not the stored field's, and a Real loses its fraction, as
+// the drawing format has it.
 TEST(RecordCursorTest, ContainerHoldsOneValuePerFieldBackToBack) {
   Drawing d;
-  ASSERT_EQ(d.append(d.entity, pipe(L"P1", 100, 2.0, point(1, 2, 3))), objdata::kStatusOk);
+  ASSERT_EQ(d.append(d.entity, pipe(L"P1", 100, 2.75, point(1, 2, 3))), objdata::kStatusOk);
+  TableRecord odd = pipe(L"", 1, 1.0, integer(5));
+  odd.fields[0].value = Value{};  // unset: a zeroed value of code 0
+  ASSERT_EQ(d.append(d.entity, odd), objdata::kStatusOk);
   TableRecord empty;  // given the stored table's name and zero values
   ASSERT_EQ(objdata::appendRecord(d.tables, *d.tables.find(L"Pipes"), empty, d.entity),
             objdata::kStatusOk);
@@ -106,14 +118,18 @@ TEST(RecordCursorTest, ContainerHoldsOneValuePerFieldBackToBack) {
   ASSERT_EQ(empty.fields.size(), 4u);
 
   ResBufChain expected = pipeValues(L"P1", 100, 2.0, {1, 2, 3});
-  ResBufChain zero = pipeValues(L"", 0, 0.0, {0, 0, 0});
-  expected.insert(expected.end(), zero.begin(), zero.end());
+  for (const ResBufChain& more :
+       {ResBufChain{ResBuf{}, ResBuf::integer(1), ResBuf::real(1.0), ResBuf::integer(5)},
+        pipeValues(L"", 0, 0.0, {0, 0, 0})})
+    expected.insert(expected.end(), more.begin(), more.end());
   EXPECT_EQ(d.values(d.entity, L"Pipes"), expected);
 
   auto records = d.walk(d.entity);
-  ASSERT_EQ(records.size(), 2u);
+  ASSERT_EQ(records.size(), 3u);
   EXPECT_EQ(records[0].fields[3].value.point, (objdata::Point{1, 2, 3}));
-  EXPECT_EQ(describe(records),
+  EXPECT_EQ(records[1].fields[0].value.type, ValueType::kNone);
+  EXPECT_EQ(records[1].fields[3].value.type, ValueType::kInteger);
+  EXPECT_EQ(describe({records[0], records[2]}),
             (std::vector<std::wstring>{L"Pipes P1 100 2.0 1.000000,2.000000,3.000000",
                                        L"Pipes  0 0.0 0.000000,0.000000,0.000000"}));
   EXPECT_EQ(objdata::findField(records[0].fields, L"length"), 2);
@@ -182,10 +198,8 @@ TEST(RecordCursorTest, ShortContainerGivesShorterRecordAndEndsIt) {
   values.push_back(ResBuf{70, std::wstring(L"7")});  // unknown code: field left unset
   ASSERT_TRUE(d.db.writeXrecord(d.container(d.entity, L"Pipes"), values));
 
-  objdata::RecordCursor cursor;
   TableRecord record;
-  ASSERT_EQ(objdata::openCursor(d.tables, cursor, d.entity), objdata::kStatusOk);
-  ASSERT_EQ(objdata::readRecord(d.tables, cursor, record), objdata::kStatusOk);
+  objdata::RecordCursor cursor = d.first(record);
   EXPECT_EQ(record.fields.size(), 4u);
   EXPECT_FALSE(cursor.at_end);
   objdata::nextRecord(d.tables, cursor);
@@ -199,18 +213,13 @@ TEST(RecordCursorTest, ShortContainerGivesShorterRecordAndEndsIt) {
   EXPECT_TRUE(objdata::cursorDone(cursor));
 }
 
-// Append loses a Real's fraction and update writes a point's y from z; both are the
-// drawing format's own and kept on purpose.
-TEST(RecordCursorTest, AppendTruncatesRealsAndUpdateRewritesInPlace) {
+// Update writes a point's y from z, as the drawing format does.
+TEST(RecordCursorTest, UpdateRewritesInPlace) {
   Drawing d;
   d.append(d.entity, pipe(L"P1", 1, 1.5, point(0, 0, 0)));
   d.append(d.entity, pipe(L"P2", 2, 2.75, point(1, 2, 3)));
-  EXPECT_EQ(d.values(d.entity, L"Pipes")[6], ResBuf::real(2.0));
-
-  objdata::RecordCursor cursor;
   TableRecord record;
-  ASSERT_EQ(objdata::openCursor(d.tables, cursor, d.entity), objdata::kStatusOk);
-  objdata::readRecord(d.tables, cursor, record);
+  objdata::RecordCursor cursor = d.first(record);
   objdata::nextRecord(d.tables, cursor);
   ASSERT_EQ(objdata::updateRecord(d.tables, cursor, pipe(L"Q2", 20, 2.75, point(1, 2, 3))),
             objdata::kStatusOk);
@@ -225,81 +234,42 @@ TEST(RecordCursorTest, AppendTruncatesRealsAndUpdateRewritesInPlace) {
   EXPECT_TRUE(cursor.at_end);
 }
 
-// A value goes in by its own type, not the stored field's, as the drawing format has it.
-TEST(RecordCursorTest, AppendWritesEachValueByItsOwnType) {
-  Drawing d;
-  TableRecord record = pipe(L"P1", 1, 1.0, integer(5));
-  record.fields[0].value = Value{};  // unset: a zeroed value of code 0
-  ASSERT_EQ(d.append(d.entity, record), objdata::kStatusOk);
-  EXPECT_EQ(d.values(d.entity, L"Pipes"),
-            (ResBufChain{ResBuf{}, ResBuf::integer(1), ResBuf::real(1.0), ResBuf::integer(5)}));
-  auto records = d.walk(d.entity);
-  ASSERT_EQ(records.size(), 1u);
-  EXPECT_EQ(records[0].fields[0].value.type, ValueType::kNone);
-  EXPECT_EQ(records[0].fields[3].value.type, ValueType::kInteger);
-}
-
-TEST(RecordCursorTest, DeletingTheFirstMovesTheSecondToIndexZero) {
-  Drawing d;
-  d.append(d.entity, well(1.0));
-  d.append(d.entity, well(2.0));
-  objdata::RecordCursor cursor;
-  TableRecord record;
-  ASSERT_EQ(objdata::openCursor(d.tables, cursor, d.entity), objdata::kStatusOk);
-  objdata::readRecord(d.tables, cursor, record);
-  EXPECT_EQ(objdata::deleteRecord(d.tables, cursor), objdata::kStatusOk);
-  EXPECT_EQ(d.values(d.entity, L"Wells"), ResBufChain{ResBuf::real(2.0)});
-  EXPECT_EQ(cursor.start, 0);
-  ASSERT_EQ(objdata::readRecord(d.tables, cursor, record), objdata::kStatusOk);
-  EXPECT_EQ(record.fields[0].value.real, 2.0);
-}
-
-TEST(RecordCursorTest, DeletingTheLastRecordRemovesTheContainer) {
-  for (bool foreign : {false, true}) {
+// The delete-and-read-again walk that removes an entity's classification: each delete moves
+// the next record to the cursor, and the last of a table takes its container along, and the
+// extension dictionary too unless another application keeps an entry there.
+TEST(RecordCursorTest, DeleteThenReadAgainRemovesEveryRecord) {
+  for (bool foreign : {true, false}) {
     SCOPED_TRACE(foreign ? "with a foreign entry" : "alone");
     Drawing d;
+    d.append(d.entity, pipe(L"P1", 1, 1.0, point(0, 0, 0)));
     d.append(d.entity, well(1.0));
     if (foreign) d.addForeign(d.entity, L"ACAD_KEEP");
-    host::ObjectId container = d.container(d.entity, L"Wells");
+    d.append(d.entity, pipe(L"P2", 2, 2.0, point(0, 0, 0)));
+    d.append(d.entity, well(2.0));
+    d.append(d.entity, well(3.0));
+    const host::ObjectId containers[] = {d.container(d.entity, L"Pipes"),
+                                         d.container(d.entity, L"Wells")};
+
     objdata::RecordCursor cursor;
-    TableRecord record;
+    std::vector<TableRecord> deleted;
     ASSERT_EQ(objdata::openCursor(d.tables, cursor, d.entity), objdata::kStatusOk);
-    objdata::readRecord(d.tables, cursor, record);
-    EXPECT_EQ(objdata::deleteRecord(d.tables, cursor), objdata::kStatusOk);
-    EXPECT_TRUE(objdata::cursorDone(cursor));
-    EXPECT_FALSE(d.db.isValid(container));
+    while (!objdata::cursorDone(cursor) && deleted.size() < 10) {
+      ASSERT_EQ(objdata::readRecord(d.tables, cursor, deleted.emplace_back()), objdata::kStatusOk);
+      EXPECT_EQ(objdata::deleteRecord(d.tables, cursor), objdata::kStatusOk);
+    }
+    EXPECT_EQ(describe(deleted),
+              (std::vector<std::wstring>{L"Pipes P1 1 1.0 0.000000,0.000000,0.000000",
+                                         L"Pipes P2 2 2.0 0.000000,0.000000,0.000000", L"Wells 1.0",
+                                         L"Wells 2.0", L"Wells 3.0"}));
+    for (host::ObjectId container : containers) EXPECT_FALSE(d.db.isValid(container));
     host::ObjectId dict = d.db.extensionDictionary(d.entity).value();
-    EXPECT_EQ(dict.isNull(), !foreign);
+    ASSERT_EQ(dict.isNull(), !foreign);
     if (foreign) {
-      EXPECT_EQ(d.db.dictionaryEntries(dict).value().size(), 1u);
+      auto entries = d.db.dictionaryEntries(dict).value();
+      ASSERT_EQ(entries.size(), 1u);
+      EXPECT_EQ(entries[0].first, L"ACAD_KEEP");
     }
   }
-}
-
-// The delete-and-read-again walk that removes an entity's classification.
-TEST(RecordCursorTest, DeleteThenReadAgainRemovesEveryRecord) {
-  Drawing d;
-  d.append(d.entity, pipe(L"P1", 1, 1.0, point(0, 0, 0)));
-  d.append(d.entity, well(1.0));
-  d.addForeign(d.entity, L"ACAD_KEEP");
-  d.append(d.entity, pipe(L"P2", 2, 2.0, point(0, 0, 0)));
-  d.append(d.entity, well(2.0));
-  d.append(d.entity, well(3.0));
-
-  objdata::RecordCursor cursor;
-  std::vector<TableRecord> deleted;
-  ASSERT_EQ(objdata::openCursor(d.tables, cursor, d.entity), objdata::kStatusOk);
-  while (!objdata::cursorDone(cursor) && deleted.size() < 10) {
-    ASSERT_EQ(objdata::readRecord(d.tables, cursor, deleted.emplace_back()), objdata::kStatusOk);
-    objdata::deleteRecord(d.tables, cursor);
-  }
-  EXPECT_EQ(describe(deleted),
-            (std::vector<std::wstring>{L"Pipes P1 1 1.0 0.000000,0.000000,0.000000",
-                                       L"Pipes P2 2 2.0 0.000000,0.000000,0.000000", L"Wells 1.0",
-                                       L"Wells 2.0", L"Wells 3.0"}));
-  auto entries = d.db.dictionaryEntries(d.db.extensionDictionary(d.entity).value()).value();
-  ASSERT_EQ(entries.size(), 1u);
-  EXPECT_EQ(entries[0].first, L"ACAD_KEEP");
 }
 
 }  // namespace

@@ -18,7 +18,8 @@ const std::vector<StoredField> kPipeFields = {{L"ID", ValueType::kCharacter},
                                               {L"Length", ValueType::kReal},
                                               {L"Start", ValueType::kPoint}};
 
-TEST(StoredTableTest, DictionaryIsMadeOnceUnderTheLock) {
+// The dictionary and each table are made once; a table is name-placeholder pairs, no header.
+TEST(StoredTableTest, MadeOnceAndLaidOutAsNamePlaceholderPairs) {
   fakes::FakeHost host;
   host::Database& db = host.database();
   EXPECT_TRUE(objdata::findTableDictionary(db).isNull());
@@ -28,12 +29,7 @@ TEST(StoredTableTest, DictionaryIsMadeOnceUnderTheLock) {
   EXPECT_EQ(objdata::findTableDictionary(db), dictionary);
   EXPECT_EQ(objdata::getTableDictionary(host.document()), dictionary);
   EXPECT_EQ(db.dictionaryGet(db.namedObjectsDictionary(), L"VELEMUDATA").value(), dictionary);
-}
 
-TEST(StoredTableTest, LayoutIsNamePlaceholderPairsWithoutHeader) {
-  fakes::FakeHost host;
-  host::Database& db = host.database();
-  host::ObjectId dictionary = objdata::getTableDictionary(host.document());
   EXPECT_EQ(objdata::ensureStoredTable(db, dictionary, L"Pipes", kPipeFields), 2);
   EXPECT_EQ(objdata::ensureStoredTable(db, dictionary, L"PIPES", kPipeFields), 0);
   EXPECT_EQ(objdata::writeStoredTable(db, dictionary, L"Pipes", {}), objdata::kStatusKeyExists);

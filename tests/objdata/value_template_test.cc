@@ -20,11 +20,13 @@ std::tm fixedTime() {
 }
 
 TEST(ValueTemplateTest, ExpandsEveryVariable) {
-  const objdata::TemplateEnvironment environment{L"C:\\plans\\site.dwg", L"WORKSTATION",
+  // The file name holds a variable of its own, which is expanded too.
+  const objdata::TemplateEnvironment environment{L"C:\\plans\\$(obj_name).dwg", L"WORKSTATION",
                                                  L"draughtsman", fixedTime};
   struct Case {
     const wchar_t* text;
     const wchar_t* expected;
+    const wchar_t* class_name = L"Water main";
   };
   const Case cases[] = {
       {L"plain text", L"plain text"},
@@ -32,21 +34,16 @@ TEST(ValueTemplateTest, ExpandsEveryVariable) {
       {L"$(day).$(month).$(year)", L"05.03.2026"},
       {L"$(hour):$(minute):$(second)", L"09:07:02"},
       {L"$(file_name) by $(user_name) on $(computer_name)",
-       L"C:\\plans\\site.dwg by draughtsman on WORKSTATION"},
+       L"C:\\plans\\Water main.dwg by draughtsman on WORKSTATION"},
       // Every occurrence, and names are case-sensitive.
       {L"$(obj_name)/$(obj_name)/$(OBJ_NAME)", L"Water main/Water main/$(OBJ_NAME)"},
       {L"$(unknown) $(", L"$(unknown) $("},
+      // A class whose name is a variable of its own ends after a bounded number of passes.
+      {L"$(obj_name)", L"$(obj_name)", L"$(obj_name)"},
   };
   for (const Case& c : cases) {
-    EXPECT_EQ(objdata::expandTemplates(c.text, L"Water main", environment), c.expected) << c.text;
+    EXPECT_EQ(objdata::expandTemplates(c.text, c.class_name, environment), c.expected) << c.text;
   }
-}
-
-TEST(ValueTemplateTest, AReplacementHoldingAVariableIsExpandedToo) {
-  const objdata::TemplateEnvironment environment{L"$(user_name).dxf", L"PC", L"ann", fixedTime};
-  EXPECT_EQ(objdata::expandTemplates(L"$(file_name)", L"Tree", environment), L"ann.dxf");
-  // A class whose name is a variable of its own ends after a bounded number of passes.
-  EXPECT_EQ(objdata::expandTemplates(L"$(obj_name)", L"$(obj_name)", environment), L"$(obj_name)");
 }
 
 TEST(ValueTemplateTest, EnvironmentComesFromTheHost) {
