@@ -374,10 +374,12 @@ void DxfDatabase::getPropertyInto(ObjectId entity, host::EntityProperty property
   auto prop = static_cast<dxf::Prop>(property);
   if (r != property_record_ || drawing_.revision() != property_revision_) {
     // A single read scans no further than the property; a second decodes the entity once.
-    property_record_ = r;
+    value = toHost(dxf::getProperty(drawing_, r, prop));
+    // A property the entity's type lacks was not looked for: it does not count as a read.
+    bool read = value.index() != 0;
+    property_record_ = read ? r : dxf::kNoRecord;
     property_revision_ = drawing_.revision();
     property_tags_.reset();
-    value = toHost(dxf::getProperty(drawing_, r, prop));
     return;
   }
   if (!property_tags_) property_tags_.emplace(drawing_.scan(r));

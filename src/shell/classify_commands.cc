@@ -166,7 +166,6 @@ void classifyAutoCommand(CommandContext& context) {
   };
   try {
     for (host::ObjectId id : *candidates) {
-      std::wstring old_block = blockNameOf(database, id);
       if (*mode == 1) {
         // The bound is one above mode 0's, as it has always been.
         const ObjectClass* best = nullptr;
@@ -179,6 +178,7 @@ void classifyAutoCommand(CommandContext& context) {
           }
         }
         if (!best) continue;
+        std::wstring old_block = blockNameOf(database, id);
         if (!run.applyClass(*best, id, true, false, draw::ApplyMode::kAll)) continue;
         ++classified;
         noteChangedBlock(*best, old_block, blocks);
