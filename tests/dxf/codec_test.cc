@@ -4,7 +4,6 @@
 
 #include <filesystem>
 #include <fstream>
-#include <sstream>
 #include <string>
 #include <vector>
 
@@ -13,6 +12,7 @@
 #include "dxf/objects.h"
 #include "dxf/sample_drawing.h"
 #include "dxf/xrecord.h"
+#include "test_paths.h"
 
 namespace dxf {
 namespace {
@@ -51,13 +51,14 @@ TEST(CodecTest, ChoosesEncodingFromVersionAndCodePage) {
   EXPECT_NE(bad.status().message().find("ANSI_9999"), std::string::npos);
 }
 
-TEST(CodecTest, CodePagesMapTheirCharacters) {
+// What the code page lacks is written as an escape of its UTF-16 units.
+TEST(CodecTest, CodePagesMapTheirCharactersAndEscapeTheRest) {
   struct Case {
     std::string_view codepage;
     std::wstring text;
     std::string bytes;
   };
-  const Case cases[] = {
+  const std::vector<Case> mapped = {
       {"ANSI_1250", L"č", "\xE8"},        {"ANSI_1251", L"Ж", "\xC6"},
       {"ANSI_1252", L"Ø€", "\xD8\x80"},   {"ANSI_1253", L"Ω", "\xD9"},
       {"ANSI_1254", L"ş", "\xFE"},        {"ANSI_1255", L"א", "\xE0"},
@@ -69,9 +70,21 @@ TEST(CodecTest, CodePagesMapTheirCharacters) {
       {"ANSI_949", L"한", "\xC7\xD1"},    {"ANSI_950", L"中", "\xA4\xA4"},
       {"ANSI_1361", L"한", "\xD0\x65"},   {"", L"Ø", "\xD8"},
   };
+  const std::vector<Case> escaped = {
+      {"ANSI_1252", L"∅", "\\U+2205"},
+      {"ANSI_1252", L"Ø∅Ø", "\xD8\\U+2205\xD8"},
+      {"ANSI_1252", L"Čas", "\\U+010Cas"},
+      {"ANSI_1252", L"\U0001F600", "\\U+D83D\\U+DE00"},
+      {"ANSI_1251", L"Ж€ž", "\xC6\x88\\U+017E"},
+      {"ANSI_932", L"表€表", "\x95\x5C\\U+20AC\x95\x5C"},
+      {"ANSI_1361", L"\\한", "\\\xD0\x65"},
+      {"UTF-8", L"∅\U0001F600", "\xE2\x88\x85\xF0\x9F\x98\x80"},
+  };
+  std::vector<Case> cases = mapped;
+  cases.insert(cases.end(), escaped.begin(), escaped.end());
   for (const Case& c : cases) {
     SCOPED_TRACE(std::string(c.codepage));
-    Codec codec = codecFor(c.codepage);
+    Codec codec = c.codepage == "UTF-8" ? Codec() : codecFor(c.codepage);
     const std::wstring text = L"a " + c.text + L" b";
     const std::string bytes = "a " + c.bytes + " b";
     EXPECT_EQ(codec.encode(text), bytes);
@@ -96,7 +109,7 @@ TEST(CodecTest, SingleBytePagesRoundTripEveryValidByte) {
   }
 }
 
-TEST(CodecTest, DecodesEscapesAndKeepsMalformedOnes) {
+TEST(CodecTest, DecodesEscapesKeepsMalformedOnesAndFlagsInvalidBytes) {
   struct Case {
     std::string_view codepage;
     std::string raw;
@@ -119,6 +132,12 @@ TEST(CodecTest, DecodesEscapesAndKeepsMalformedOnes) {
       {"ANSI_1252", "\\M+6ABCD\\M+19Z86\\M+10041\\", L"\\M+6ABCD\\M+19Z86\\M+10041\\", true},
       // 0x5C trailing a CP932 lead byte is part of the character, not an escape.
       {"ANSI_932", "\x95\x5CU+0041", L"表U+0041", true},
+      // Invalid bytes.
+      {"AC1021", "a\xFF-", L"a\uFFFD-", false},
+      {"AC1021", "\xE2\x88", L"\uFFFD\uFFFD", false},
+      {"AC1021", "\\U+2205\xC0\xAF", L"∅\uFFFD\uFFFD", false},
+      {"ANSI_1252", "a\x81", L"a\uFFFD", false},
+      {"ANSI_932", "\x81 \x95\x5C\x81", L"\uFFFD 表\uFFFD", false},
   };
   for (const Case& c : cases) {
     SCOPED_TRACE(c.raw);
@@ -126,53 +145,6 @@ TEST(CodecTest, DecodesEscapesAndKeepsMalformedOnes) {
     std::wstring text;
     EXPECT_EQ(codec.decode(c.raw, text), c.clean);
     EXPECT_EQ(text, c.text);
-  }
-}
-
-TEST(CodecTest, FlagsInvalidBytes) {
-  struct Case {
-    std::string_view codepage;
-    std::string raw;
-    std::wstring text;
-  };
-  const Case cases[] = {
-      {"UTF-8", "a\xFF-", L"a\uFFFD-"},
-      {"UTF-8", "\xE2\x88", L"\uFFFD\uFFFD"},
-      {"UTF-8", "\\U+2205\xC0\xAF", L"∅\uFFFD\uFFFD"},
-      {"ANSI_1252", "a\x81", L"a\uFFFD"},
-      {"ANSI_932", "\x81 \x95\x5C\x81", L"\uFFFD 表\uFFFD"},
-  };
-  for (const Case& c : cases) {
-    SCOPED_TRACE(c.raw);
-    Codec codec = c.codepage == "UTF-8" ? Codec() : codecFor(c.codepage);
-    std::wstring text;
-    EXPECT_FALSE(codec.decode(c.raw, text));
-    EXPECT_EQ(text, c.text);
-  }
-}
-
-TEST(CodecTest, EscapesWhatTheCodePageLacks) {
-  struct Case {
-    std::string_view codepage;
-    std::wstring text;
-    std::string bytes;
-  };
-  const Case cases[] = {
-      {"ANSI_1252", L"∅", "\\U+2205"},
-      {"ANSI_1252", L"Ø∅Ø", "\xD8\\U+2205\xD8"},
-      {"ANSI_1252", L"Čas", "\\U+010Cas"},
-      {"ANSI_1252", L"\U0001F600", "\\U+D83D\\U+DE00"},
-      {"ANSI_1251", L"Ж€ž", "\xC6\x88\\U+017E"},
-      {"ANSI_932", L"表€表", "\x95\x5C\\U+20AC\x95\x5C"},
-      {"ANSI_1361", L"\\한", "\\\xD0\x65"},
-      {"AC1021", L"∅\U0001F600", "\xE2\x88\x85\xF0\x9F\x98\x80"},
-  };
-  for (const Case& c : cases) {
-    SCOPED_TRACE(std::string(c.codepage));
-    Codec codec = c.codepage == "AC1021" ? Codec() : codecFor(c.codepage);
-    const std::string bytes = codec.encode(c.text);
-    EXPECT_EQ(bytes, c.bytes);
-    EXPECT_EQ(codec.decode(bytes), c.text);
   }
 }
 
@@ -217,7 +189,7 @@ TEST(CodecTest, TextsWithLineBreaksReadBackFromAWrittenDrawing) {
 // Real drawings: every line decodes cleanly, lines without escapes round-trip, and a known
 // text value comes out right.
 TEST(CodecTest, DecodesCorpusDrawings) {
-  const std::filesystem::path dir = "/work/shared/corpus/dxf";
+  const std::filesystem::path dir = testing_paths::corpusDir();
   struct Case {
     std::string_view file;
     std::string_view name;
@@ -236,20 +208,11 @@ TEST(CodecTest, DecodesCorpusDrawings) {
     SCOPED_TRACE(std::string(c.file));
     std::ifstream in(dir / c.file, std::ios::binary);
     if (!in) GTEST_SKIP() << "corpus not available";
-    std::vector<std::string> lines;
-    for (std::string line; std::getline(in, line);) {
-      if (!line.empty() && line.back() == '\r') line.pop_back();
-      lines.push_back(line);
-    }
-    std::string acadver, codepage;
-    for (size_t i = 0; i + 2 < lines.size(); ++i) {
-      if (lines[i] == "$ACADVER") acadver = lines[i + 2];
-      if (lines[i] == "$DWGCODEPAGE") codepage = lines[i + 2];
-    }
-    Codec codec = codecFor(codepage, acadver);
+    Codec codec = sample::parse(testing_paths::readFile(dir / c.file), "corpus").codec();
     EXPECT_EQ(codec.name(), c.name);
     bool found = c.sample.empty();
-    for (const std::string& line : lines) {
+    for (std::string line; std::getline(in, line);) {
+      if (!line.empty() && line.back() == '\r') line.pop_back();
       std::wstring text;
       EXPECT_TRUE(codec.decode(line, text)) << line;
       if (line.find('\\') == std::string::npos) {

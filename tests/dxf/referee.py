@@ -9,6 +9,7 @@ did not have, or when an expectation is not met. Exit code 2: bad usage.
 """
 
 import collections
+import contextlib
 import json
 import logging
 import math
@@ -36,34 +37,34 @@ def normalize(message):
     return message
 
 
-def load(path):
-    """Returns (doc, log, failures); `log` collects the loader's warnings."""
-    log = LogCollector()
+@contextlib.contextmanager
+def logging_to(log):
     logger = logging.getLogger("ezdxf")
     logger.addHandler(log)
-    failures = []
     try:
+        yield
+    finally:
+        logger.removeHandler(log)
+
+
+def load(path):
+    """Returns (doc, log, failures); `log` collects the loader's warnings."""
+    log, failures = LogCollector(), []
+    with logging_to(log):
         try:
             doc = ezdxf.readfile(path)
         except Exception as error:  # whatever stops the strict reader is a finding
             failures.append(f"ezdxf.readfile failed: {error}")
             doc, auditor = recover.readfile(path)
-            for entry in auditor.errors:
-                failures.append(f"recover error [{entry.code}] {entry.message}")
-    finally:
-        logger.removeHandler(log)
+            failures += [f"recover error [{e.code}] {e.message}" for e in auditor.errors]
     return doc, log, failures
 
 
 def audit(doc, log):
     """Audit findings and loader warnings, by kind, code and message. The audit may remove
     entities, so it runs after the expectations are checked."""
-    logger = logging.getLogger("ezdxf")
-    logger.addHandler(log)
-    try:
+    with logging_to(log):
         auditor = doc.audit()
-    finally:
-        logger.removeHandler(log)
     problems = collections.Counter()
     for kind, entries in (("error", auditor.errors), ("fix", auditor.fixes)):
         for entry in entries:
@@ -71,10 +72,6 @@ def audit(doc, log):
     for message in log.messages:
         problems[("log", 0, normalize(message))] += 1
     return problems
-
-
-def close(a, b, tolerance=1e-9):
-    return math.isclose(a, b, rel_tol=tolerance, abs_tol=tolerance)
 
 
 def decode_escapes(text):
@@ -85,34 +82,25 @@ def decode_escapes(text):
 
 
 def same(actual, expected):
+    if isinstance(expected, dict) or isinstance(actual, dict):
+        return isinstance(actual, dict) and isinstance(expected, dict) and \
+            actual.keys() == expected.keys() and all(same(actual[k], expected[k]) for k in actual)
     if isinstance(expected, bool):
         return bool(actual) == expected
     if isinstance(expected, (int, float)):
-        return actual is not None and close(float(actual), float(expected))
+        return actual is not None and math.isclose(float(actual), float(expected),
+                                                   rel_tol=1e-9, abs_tol=1e-9)
     if isinstance(expected, list):
         values = list(actual) if actual is not None else []
-        return len(values) == len(expected) and all(
-            close(float(v), float(e)) for v, e in zip(values, expected)
-        )
+        return len(values) == len(expected) and all(map(same, values, expected))
     if isinstance(expected, str) and isinstance(actual, str):
         return decode_escapes(actual) == expected
     return actual == expected
 
 
 def xrecord_values(xrecord):
-    out = []
-    for tag in xrecord.tags:
-        value = tag.value
-        if isinstance(value, (tuple, list)) or hasattr(value, "x"):
-            value = list(value)
-        out.append([tag.code, value])
-    return out
-
-
-def same_values(actual, expected):
-    if len(actual) != len(expected):
-        return False
-    return all(a[0] == e[0] and same(a[1], e[1]) for a, e in zip(actual, expected))
+    return [[t.code, list(t.value) if isinstance(t.value, (tuple, list)) or hasattr(t.value, "x")
+             else t.value] for t in xrecord.tags]
 
 
 class Referee:
@@ -124,9 +112,17 @@ class Referee:
         self.failures.append(message)
 
     def layout(self, name):
-        if name == "*Model_Space":
-            return self.doc.modelspace()
-        return self.doc.blocks.get(name)
+        return self.doc.modelspace() if name == "*Model_Space" else self.doc.blocks.get(name)
+
+    def check_xrecord(self, where, dictionary, key, values):
+        xrecord = dictionary.get(key)
+        if xrecord is None or xrecord.dxftype() != "XRECORD":
+            return self.fail(f"{where}: no XRECORD under the key {key}")
+        if xrecord.dxf.owner != dictionary.dxf.handle:
+            self.fail(f"{where}: owned by {xrecord.dxf.owner}")
+        actual = xrecord_values(xrecord)
+        if not same(actual, values):
+            self.fail(f"{where}: values {actual} != {values}")
 
     def check_xrecords(self, expected):
         for item in expected:
@@ -134,58 +130,31 @@ class Referee:
             where = f"xrecord {item['key']} of {item['owner']}"
             if owner is None or not owner.has_extension_dict:
                 self.fail(f"{where}: the owner or its extension dictionary is missing")
-                continue
-            xdict = owner.get_extension_dict()
-            xrecord = xdict.get(item["key"])
-            if xrecord is None or xrecord.dxftype() != "XRECORD":
-                self.fail(f"{where}: no XRECORD under the key")
-                continue
-            if xrecord.dxf.owner != xdict.dictionary.dxf.handle:
-                self.fail(f"{where}: owned by {xrecord.dxf.owner}")
-            actual = xrecord_values(xrecord)
-            if not same_values(actual, item["values"]):
-                self.fail(f"{where}: values {actual} != {item['values']}")
+            else:
+                xdict = owner.get_extension_dict().dictionary
+                self.check_xrecord(where, xdict, item["key"], item["values"])
 
     def check_dictionary(self, item):
         where = f"named dictionary {item['key']}"
         dictionary = self.doc.rootdict.get(item["key"])
         if dictionary is None or dictionary.dxftype() != "DICTIONARY":
             self.fail(f"{where}: missing from the root dictionary")
-            return
-        xrecord = dictionary.get(item["xrecord"])
-        if xrecord is None or xrecord.dxftype() != "XRECORD":
-            self.fail(f"{where}: no XRECORD {item['xrecord']}")
-            return
-        actual = xrecord_values(xrecord)
-        if not same_values(actual, item["values"]):
-            self.fail(f"{where}: values {actual} != {item['values']}")
+        else:
+            self.check_xrecord(where, dictionary, item["xrecord"], item["values"])
 
-    def special(self, entity, name):
-        """Values that are not plain DXF attributes."""
-        kind = entity.dxftype()
-        if name == "vertex_count":
-            return len(list(entity.vertices)) if kind == "POLYLINE" else len(entity)
-        if name == "closed":
-            return entity.is_closed if kind == "POLYLINE" else entity.closed
-        if name == "polyline_3d":
-            return entity.is_3d_polyline
-        if name == "bulges":
-            return [v[4] for v in entity.get_points("xyseb")]
-        if name == "text":
-            return entity.text
-        if name == "control_points":
-            return len(entity.control_points)
-        if name == "fit_points":
-            return len(entity.fit_points)
-        if name == "knots":
-            return len(entity.knots)
-        if name == "paths":
-            return len(entity.paths)
-        if name == "pattern_lines":
-            return len(entity.pattern.lines) if entity.pattern else 0
-        if name == "attribs":
-            return {a.dxf.tag: a.dxf.text for a in entity.attribs}
-        raise KeyError(name)
+    DERIVED = {  # values that are not plain DXF attributes
+        "vertex_count": lambda e: len(list(e.vertices)) if e.dxftype() == "POLYLINE" else len(e),
+        "closed": lambda e: e.is_closed if e.dxftype() == "POLYLINE" else e.closed,
+        "polyline_3d": lambda e: e.is_3d_polyline,
+        "bulges": lambda e: [v[4] for v in e.get_points("xyseb")],
+        "text": lambda e: e.text,
+        "control_points": lambda e: len(e.control_points),
+        "fit_points": lambda e: len(e.fit_points),
+        "knots": lambda e: len(e.knots),
+        "paths": lambda e: len(e.paths),
+        "pattern_lines": lambda e: len(e.pattern.lines) if e.pattern else 0,
+        "attribs": lambda e: {a.dxf.tag: a.dxf.text for a in e.attribs},
+    }
 
     def check_entities(self, expected):
         members = {}
@@ -212,21 +181,12 @@ class Referee:
                 self.fail(f"{where}: layer {entity.dxf.layer}")
             for name, value in item.get("checks", {}).items():
                 try:
-                    if name.startswith("#"):
-                        actual = self.special(entity, name[1:])
-                    else:
-                        actual = entity.dxf.get(name)
+                    get = self.DERIVED[name[1:]] if name.startswith("#") else None
+                    actual = get(entity) if get else entity.dxf.get(name)
                 except Exception as error:  # a check that cannot run is a failure
                     self.fail(f"{where}: {name}: {type(error).__name__} {error}")
                     continue
-                if isinstance(value, dict) or isinstance(actual, dict):
-                    ok = isinstance(actual, dict) and actual.keys() == value.keys()
-                    ok = ok and all(same(actual[k], v) for k, v in value.items())
-                elif isinstance(value, list) and value and isinstance(value[0], list):
-                    ok = len(actual) == len(value) and all(map(same, actual, value))
-                else:
-                    ok = same(actual, value)
-                if not ok:
+                if not same(actual, value):
                     self.fail(f"{where}: {name} is {actual!r}, expected {value!r}")
 
     def check_erased(self, handles):
@@ -251,10 +211,8 @@ class Referee:
             self.fail(f"draw order: drawn as {drawn}, expected {relative}")
         if full is not None and order != full:
             diff = next(i for i, (a, b) in enumerate(zip(order + [None], full + [None])) if a != b)
-            self.fail(
-                f"draw order differs from TAXOR's from position {diff}: "
-                f"ezdxf {order[diff:diff + 5]}, TAXOR {full[diff:diff + 5]}"
-            )
+            self.fail(f"draw order differs from TAXOR's from position {diff}: "
+                      f"ezdxf {order[diff:diff + 5]}, TAXOR {full[diff:diff + 5]}")
 
 
 def main(argv):
@@ -286,9 +244,7 @@ def main(argv):
         failures.append(f"new audit {kind} [{code}] x{count}: {message}")
 
     if failures:
-        print(f"{changed_path}: {len(failures)} problem(s)")
-        for failure in failures:
-            print("  " + failure)
+        print(f"{changed_path}: {len(failures)} problem(s)\n  " + "\n  ".join(failures))
         return 1
     print(f"{changed_path}: OK ({len(expected.get('entities', []))} new entities checked)")
     return 0

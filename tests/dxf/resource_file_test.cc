@@ -4,7 +4,6 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <cmath>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -13,6 +12,7 @@
 #include "base/utf.h"
 #include "dxf/blocks.h"
 #include "dxf/resource_copy.h"
+#include "dxf/sample_drawing.h"
 #include "dxf/symbol_tables.h"
 #include "headless/dxf_database.h"
 #include "test_paths.h"
@@ -22,15 +22,11 @@ namespace {
 
 namespace fs = std::filesystem;
 
-std::string dataPath(const std::string& file) {
-  return std::string(TAXOR_SOURCE_DIR) + "/tests/data/" + file;
-}
+using sample::dataPath;
 std::string readData(const std::string& file) { return testing_paths::readFile(dataPath(file)); }
 
 Document drawing(const std::string& file = "resource_target.dxf") {
-  auto doc = Document::parse(readData(file), file);
-  EXPECT_TRUE(doc.isOk()) << doc.status().message();
-  return std::move(doc).value();
+  return sample::parse(readData(file), file);
 }
 
 // A folder of its own for files a test writes; removed with the object.
@@ -163,62 +159,53 @@ TEST(ResourceFiles, MalformedFilesNameTheLineAndTheFault) {
 
 // --- Adding to a drawing, through the headless database.
 
-struct ImportCase {
-  const char* file;
-  uint32_t kind;
-  std::vector<std::wstring> needed;
-  std::vector<std::wstring> provided;
-  host::SymbolTable table;
-};
-
-void PrintTo(const ImportCase& c, std::ostream* out) { *out << c.file; }
-
-class ImportTest : public ::testing::TestWithParam<ImportCase> {};
-
-TEST_P(ImportTest, ProvidesTheNeededNamesThatTheFileOrTheDrawingHas) {
-  const ImportCase& c = GetParam();
-  Document doc = drawing();
-  headless::DxfDatabase db(doc);
-  std::wstring path = base::fromUtf8(dataPath(c.file));
-  auto provided = db.importResources(path, c.kind, {{c.kind, c.needed}});
-  ASSERT_TRUE(provided.isOk()) << provided.status().message();
-  EXPECT_EQ(provided->at(c.kind), c.provided);
-  for (const std::wstring& name : c.provided) EXPECT_TRUE(db.hasSymbol(c.table, name));
-  EXPECT_FALSE(db.hasSymbol(c.table, L"NOPE"));
-  auto again = Document::parse(doc.serialize(), "again");
-  ASSERT_TRUE(again.isOk()) << again.status().message();
+auto import(headless::DxfDatabase& db, const char* file, uint32_t kind,
+            std::vector<std::wstring> needed) {
+  return db.importResources(base::fromUtf8(dataPath(file)), kind, {{kind, needed}});
 }
 
-INSTANTIATE_TEST_SUITE_P(Files, ImportTest,
-                         ::testing::Values(ImportCase{"sample.lin",
-                                                      host::kResourceLinetypes,
-                                                      {L"dashed2", L"Gas_Line", L"NOPE",
-                                                       L"CONTINUOUS"},
-                                                      {L"dashed2", L"Gas_Line", L"CONTINUOUS"},
-                                                      host::SymbolTable::kLinetype},
-                                           ImportCase{"sample.mln",
-                                                      host::kResourceMlineStyles,
-                                                      {L"DOUBLE_WALL", L"NOPE"},
-                                                      {L"DOUBLE_WALL"},
-                                                      host::SymbolTable::kMlineStyle},
-                                           ImportCase{"sample.pat",
-                                                      host::kResourcePatterns,
-                                                      {L"MY_BRICK", L"ANSI31", L"SOLID", L"NOPE"},
-                                                      {L"MY_BRICK", L"ANSI31", L"SOLID"},
-                                                      host::SymbolTable::kHatchPattern},
-                                           ImportCase{"resources.dxf",
-                                                      host::kResourceBlocks,
-                                                      {L"DOOR", L"NOPE"},
-                                                      {L"DOOR"},
-                                                      host::SymbolTable::kBlock}),
-                         [](const auto& info) { return std::to_string(info.index); });
+TEST(ImportResources, ProvidesTheNeededNamesThatTheFileOrTheDrawingHas) {
+  using enum host::SymbolTable;
+  const struct {
+    const char* file;
+    uint32_t kind;
+    std::vector<std::wstring> needed, provided;
+    host::SymbolTable table;
+  } cases[] = {
+      {"sample.lin",
+       host::kResourceLinetypes,
+       {L"dashed2", L"Gas_Line", L"NOPE", L"CONTINUOUS"},
+       {L"dashed2", L"Gas_Line", L"CONTINUOUS"},
+       kLinetype},
+      {"sample.mln",
+       host::kResourceMlineStyles,
+       {L"DOUBLE_WALL", L"NOPE"},
+       {L"DOUBLE_WALL"},
+       kMlineStyle},
+      {"sample.pat",
+       host::kResourcePatterns,
+       {L"MY_BRICK", L"ANSI31", L"SOLID", L"NOPE"},
+       {L"MY_BRICK", L"ANSI31", L"SOLID"},
+       kHatchPattern},
+      {"resources.dxf", host::kResourceBlocks, {L"DOOR", L"NOPE"}, {L"DOOR"}, kBlock},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.file);
+    Document doc = drawing();
+    headless::DxfDatabase db(doc);
+    auto provided = import(db, c.file, c.kind, c.needed);
+    ASSERT_TRUE(provided.isOk()) << provided.status().message();
+    EXPECT_EQ(provided->at(c.kind), c.provided);
+    for (const std::wstring& name : c.provided) EXPECT_TRUE(db.hasSymbol(c.table, name));
+    EXPECT_FALSE(db.hasSymbol(c.table, L"NOPE"));
+    sample::parse(doc.serialize(), "again");
+  }
+}
 
 TEST(ImportResources, KeepsPatternsAndWritesWhatTheDrawingHolds) {
   Document doc = drawing();
   headless::DxfDatabase db(doc);
-  ASSERT_TRUE(db.importResources(base::fromUtf8(dataPath("sample.pat")), host::kResourcePatterns,
-                                 {{host::kResourcePatterns, {L"my_brick"}}})
-                  .isOk());
+  ASSERT_TRUE(import(db, "sample.pat", host::kResourcePatterns, {L"my_brick"}).isOk());
   ASSERT_NE(db.pattern(L"MY_BRICK"), nullptr);
   EXPECT_EQ(db.pattern(L"MY_BRICK")->lines.size(), 2u);
   EXPECT_EQ(db.pattern(L"ANSI31"), nullptr);  // needed by nobody, so not kept
@@ -226,12 +213,8 @@ TEST(ImportResources, KeepsPatternsAndWritesWhatTheDrawingHolds) {
 
   // A text element keeps its style; a shape becomes its dash; a missing linetype of a
   // multiline element becomes BYLAYER.
-  ASSERT_TRUE(db.importResources(base::fromUtf8(dataPath("sample.lin")), host::kResourceLinetypes,
-                                 {{host::kResourceLinetypes, {L"GAS_LINE", L"FENCE"}}})
-                  .isOk());
-  ASSERT_TRUE(db.importResources(base::fromUtf8(dataPath("sample.mln")), host::kResourceMlineStyles,
-                                 {{host::kResourceMlineStyles, {L"DOUBLE_WALL"}}})
-                  .isOk());
+  ASSERT_TRUE(import(db, "sample.lin", host::kResourceLinetypes, {L"GAS_LINE", L"FENCE"}).isOk());
+  ASSERT_TRUE(import(db, "sample.mln", host::kResourceMlineStyles, {L"DOUBLE_WALL"}).isOk());
   RecordId gas = findTableEntry(doc, "LTYPE", L"GAS_LINE");
   EXPECT_EQ(doc.value(gas, 9), "GAS");
   EXPECT_EQ(doc.value(gas, 340), "11");  // the drawing's "Standard"
@@ -298,15 +281,13 @@ TEST(ImportResources, FailsWithoutChangingTheDrawing) {
 TEST(ImportResources, R12DrawingsTakeLinetypesButNoMultilineStyles) {
   Document doc = drawing("resource_target_r12.dxf");
   headless::DxfDatabase db(doc);
-  auto lin = db.importResources(base::fromUtf8(dataPath("sample.lin")), host::kResourceLinetypes,
-                                {{host::kResourceLinetypes, {L"GAS_LINE"}}});
+  auto lin = import(db, "sample.lin", host::kResourceLinetypes, {L"GAS_LINE"});
   ASSERT_TRUE(lin.isOk()) << lin.status().message();
   RecordId gas = findTableEntry(doc, "LTYPE", L"GAS_LINE");
   ASSERT_NE(gas, kNoRecord);
   EXPECT_FALSE(doc.find(gas, 100));
   EXPECT_FALSE(doc.find(gas, 74));
-  auto mln = db.importResources(base::fromUtf8(dataPath("sample.mln")), host::kResourceMlineStyles,
-                                {{host::kResourceMlineStyles, {L"AXIS"}}});
+  auto mln = import(db, "sample.mln", host::kResourceMlineStyles, {L"AXIS"});
   ASSERT_FALSE(mln.isOk());
   EXPECT_NE(mln.status().message().find("R12"), std::string::npos);
 }

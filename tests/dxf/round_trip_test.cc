@@ -13,16 +13,6 @@ namespace {
 
 class CorpusRoundTrip : public testing::TestWithParam<std::string> {};
 
-TEST_P(CorpusRoundTrip, LoadsAndWritesBackByteForByte) {
-  std::string bytes = testing_paths::readFile(GetParam());
-  ASSERT_FALSE(bytes.empty());
-  auto doc = dxf::Document::parse(bytes, GetParam());
-  ASSERT_TRUE(doc.isOk()) << doc.status().message();
-  std::string out = doc->serialize();
-  ASSERT_EQ(out.size(), bytes.size());
-  EXPECT_TRUE(out == bytes);
-}
-
 std::string fileLabel(const testing::TestParamInfo<std::string>& info) {
   std::string name = std::filesystem::path(info.param).stem().string();
   for (char& c : name) {
@@ -34,21 +24,19 @@ std::string fileLabel(const testing::TestParamInfo<std::string>& info) {
 INSTANTIATE_TEST_SUITE_P(Corpus, CorpusRoundTrip, testing::ValuesIn(testing_paths::corpusFiles()),
                          fileLabel);
 
-}  // namespace
-
-namespace {
-
-// Every way a record can be kept after an edit, over every record of every real drawing:
-// tags set again unchanged (a new encoding; binary drawings must still give the file
-// itself), one tag inserted into an unchanged record (the file's lines around it), an
-// insertion edited again, tags set again edited again at once (rewritten in place), and an
-// insertion taken out again (the file's bytes once more). The drawing written must read
-// back to the tags that were set; where they are the file's own, it must be the file.
-enum class Edit { kSame, kInsert, kInsertTwice, kSameTwice, kInsertRemoved };
+// Every real drawing loads and is written back byte for byte when unchanged; and so is every
+// way a record can be kept after an edit, over all its records: tags set again unchanged (a
+// new encoding; binary drawings must still give the file itself), one tag inserted into an
+// unchanged record (the file's lines around it), an insertion edited again, tags set again edited
+// again at once (rewritten in place), and an insertion taken out again (the file's bytes once
+// more). The drawing written must read back to the tags that were set; where they are the file's
+// own, it must be the file.
+enum class Edit { kNone, kSame, kInsert, kInsertTwice, kSameTwice, kInsertRemoved };
 
 TEST_P(CorpusRoundTrip, EditedRecordsReadBackAsSet) {
   std::string bytes = testing_paths::readFile(GetParam());
-  for (Edit edit : {Edit::kSame, Edit::kInsert, Edit::kInsertTwice, Edit::kSameTwice,
+  ASSERT_FALSE(bytes.empty());
+  for (Edit edit : {Edit::kNone, Edit::kSame, Edit::kInsert, Edit::kInsertTwice, Edit::kSameTwice,
                     Edit::kInsertRemoved}) {
     SCOPED_TRACE(static_cast<int>(edit));
     auto doc = dxf::Document::parse(bytes, GetParam());
@@ -58,7 +46,7 @@ TEST_P(CorpusRoundTrip, EditedRecordsReadBackAsSet) {
       dxf::TagList list = doc->tags(id);
       std::vector<dxf::Tag> tags(list.begin(), list.end());
       // EOF carries whatever trails the file; a comment after it would be read as such.
-      if (doc->type(id) != "EOF") {
+      if (edit != Edit::kNone && doc->type(id) != "EOF") {
         std::vector<dxf::Tag> original = tags;
         if (edit == Edit::kInsert || edit == Edit::kInsertTwice || edit == Edit::kInsertRemoved) {
           size_t at = std::min<size_t>(2, tags.size());
@@ -78,7 +66,7 @@ TEST_P(CorpusRoundTrip, EditedRecordsReadBackAsSet) {
       for (const dxf::Tag& tag : tags) want.emplace_back(tag.code, doc->text(tag));
     }
     std::string out = doc->serialize();
-    if (edit == Edit::kInsertRemoved ||
+    if (edit == Edit::kNone || edit == Edit::kInsertRemoved ||
         (edit == Edit::kSame && doc->format() == dxf::Format::kBinary)) {
       EXPECT_TRUE(out == bytes);
       continue;
@@ -107,7 +95,9 @@ TEST(TinyDrawing, ReadsItsTextsAfterItWasMoved) {
   };
   const Case cases[] = {
       {"  0\nEOF\n", {{0, "EOF"}}},
-      {"  0\nEOF\nS\x06" "B", {{0, "EOF"}}},
+      {"  0\nEOF\nS\x06"
+       "B",
+       {{0, "EOF"}}},
       {"0\r\nEOF\r\n", {{0, "EOF"}}},
       {std::string("AutoCAD Binary DXF\r\n\x1a\0\0\0EOF\0", 28), {{0, "EOF"}}},
   };
@@ -134,8 +124,8 @@ TEST(ValueEndingInCr, ReadsBackFromAnEditedRecord) {
     SCOPED_TRACE(eol[0] == '\r' ? "CRLF" : "LF");
     // The value line "5" CR, then the line end (its CR, if any, is the line end's).
     const char* value_line = eol[0] == '\r' ? "5\r" : "5\r\r";
-    std::string bytes = std::string("  0") + eol + "XYZ" + eol + " 70" + eol + value_line +
-                        eol + "  0" + eol + "EOF" + eol;
+    std::string bytes = std::string("  0") + eol + "XYZ" + eol + " 70" + eol + value_line + eol +
+                        "  0" + eol + "EOF" + eol;
     auto drawing = dxf::Document::parse(bytes, "cr.dxf");
     ASSERT_TRUE(drawing.isOk()) << drawing.status().message();
     EXPECT_EQ(drawing->value(drawing->first(), 70), "5\r");
@@ -155,29 +145,22 @@ TEST(ValueEndingInCr, ReadsBackFromAnEditedRecord) {
 // $HANDSEED is written above every handle given out, as a handle (code 5), whatever code
 // the file gave it: written with an integer's code, a binary file would hold another number.
 TEST(HandleSeed, IsWrittenAsAHandleAboveTheHandlesGivenOut) {
-  const std::string binary_header = std::string("AutoCAD Binary DXF\r\n\x1a\0", 22) +
-                                    std::string(
-                                        "\0SECTION\0\x02HEADER\0\x09$ACADVER\0\x01"
-                                        "AC2020\0"
-                                        "\x09$HANDSEED\0",
-                                        46);
-  const std::string binary_end("\0ENDSEC\0\0EOF\0", 13);
+  const std::string ascii = "  0\nSECTION\n  2\nHEADER\n  9\n$HANDSEED\n";
+  const std::string ascii_end = "\n  0\nENDSEC\n  0\nEOF\n";
+  using namespace std::string_literals;  // the binary bytes hold NULs
+  const std::string binary =
+      "AutoCAD Binary DXF\r\n\x1a\0\0SECTION\0\x02HEADER\0\x09$ACADVER\0\x01"
+      "AC2020\0\x09$HANDSEED\0"s;
+  const std::string binary_end = "\0ENDSEC\0\0EOF\0"s;
   const struct {
     const char* name;
     std::string bytes;
   } cases[] = {
-      {"ASCII, as a handle",
-       "  0\nSECTION\n  2\nHEADER\n  9\n$HANDSEED\n  5\n20\n  0\nENDSEC\n  0\nEOF\n"},
-      {"ASCII, as an integer",
-       "  0\nSECTION\n  2\nHEADER\n  9\n$HANDSEED\n 70\n6\n  0\nENDSEC\n  0\nEOF\n"},
-      {"ASCII, as a real",
-       "  0\nSECTION\n  2\nHEADER\n  9\n$HANDSEED\n 40\n0\n  0\nENDSEC\n  0\nEOF\n"},
-      {"binary, as an integer", binary_header + std::string("F\x06\0", 3) + binary_end},
-      {"binary, as a handle", binary_header +
-                                  std::string("\x05"
-                                              "20\0",
-                                              4) +
-                                  binary_end},
+      {"ASCII, as a handle", ascii + "  5\n20" + ascii_end},
+      {"ASCII, as an integer", ascii + " 70\n6" + ascii_end},
+      {"ASCII, as a real", ascii + " 40\n0" + ascii_end},
+      {"binary, as an integer", binary + "F\x06\0"s + binary_end},
+      {"binary, as a handle", binary + "\x05" + "20\0"s + binary_end},
   };
   for (const auto& c : cases) {
     SCOPED_TRACE(c.name);

@@ -2,16 +2,25 @@
 // They are written one "code value" pair per line and turned into DXF by toDxf.
 #pragma once
 
+#include <algorithm>
 #include <fstream>
 #include <sstream>
+#include <stdexcept>
 #include <string>
 #include <string_view>
 
+#include "dxf/document.h"
+
 namespace sample {
+
+// A file kept in tests/data.
+inline std::string dataPath(const std::string& name) {
+  return std::string(TAXOR_SOURCE_DIR) + "/tests/data/" + name;
+}
 
 // The compact text of a drawing kept in tests/data.
 inline std::string readCompact(const std::string& name) {
-  std::ifstream in(std::string(TAXOR_SOURCE_DIR) + "/tests/data/" + name, std::ios::binary);
+  std::ifstream in(dataPath(name), std::ios::binary);
   std::ostringstream text;
   text << in.rdbuf();
   return text.str();
@@ -32,6 +41,20 @@ inline std::string toDxf(std::string_view compact) {
     out += std::string(blank == std::string_view::npos ? "" : line.substr(blank + 1)) + "\n";
   }
   return out;
+}
+
+// As toDxf, with '|' separating pairs as well, so that a record fits on one line.
+inline std::string pipes(std::string_view records) {
+  std::string lines(records);
+  std::ranges::replace(lines, '|', '\n');
+  return toDxf(lines);
+}
+
+// The drawing `bytes` holds; a test that cannot read it fails (gtest reports the exception).
+inline dxf::Document parse(const std::string& bytes, const std::string& name = "test.dxf") {
+  auto doc = dxf::Document::parse(bytes, name);
+  if (!doc.isOk()) throw std::runtime_error(doc.status().message());
+  return std::move(doc).value();
 }
 
 // Handles of the sample's entities.

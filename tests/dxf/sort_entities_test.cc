@@ -33,11 +33,9 @@ constexpr std::string_view kDrawing = R"(
 0 ENDSEC|0 EOF
 )";
 
-std::string dxfText(std::string_view version) {
+Document drawing(std::string_view version) {
   std::string pairs(kDrawing);
-  std::ranges::replace(pairs, '|', '\n');
-  pairs.replace(pairs.find("AC1018"), 6, version);
-  return sample::toDxf(pairs);
+  return sample::parse(sample::pipes(pairs.replace(pairs.find("AC1018"), 6, version)));
 }
 
 // A drawing with model-space lines A..E, made in that order (so with rising handles), and
@@ -48,7 +46,7 @@ struct Fixture {
   RecordId in_block = kNoRecord;
   RecordId model = kNoRecord;
 
-  Fixture() : doc(std::move(Document::parse(dxfText("AC1018"), "fixture").value())) {
+  Fixture() : doc(drawing("AC1018")) {
     for (char name = 'A'; name <= 'E'; ++name) {
       lines[name] = addLine(doc, {}, {double(name), 0, 0}, {double(name), 1, 0}).value();
     }
@@ -81,7 +79,7 @@ TEST(SortEntitiesTest, TableIsCreatedOnceInTheBlockRecordsExtensionDictionary) {
   ASSERT_TRUE(table.isOk()) << table.status().message();
   EXPECT_EQ(ensureSortEntsTable(f.doc, f.model).value(), *table);
 
-  Document again = std::move(Document::parse(f.doc.serialize(), "again").value());
+  Document again = sample::parse(f.doc.serialize());
   RecordId model = findBlockRecord(again, L"*Model_Space");
   RecordId found = findSortEntsTable(again, model);
   ASSERT_NE(found, kNoRecord);
@@ -117,8 +115,7 @@ TEST(SortEntitiesTest, ReorderedEntitiesTradeSortHandlesAndOthersStay) {
     ASSERT_TRUE(setRelativeDrawOrder(f.doc, table, f.ids(c.setup)).isOk());
     ASSERT_TRUE(setRelativeDrawOrder(f.doc, table, f.ids(c.reorder)).isOk());
     EXPECT_EQ(f.order(f.doc), c.expected);
-    Document again = std::move(Document::parse(f.doc.serialize(), "again").value());
-    EXPECT_EQ(f.order(again), c.expected);
+    EXPECT_EQ(f.order(sample::parse(f.doc.serialize())), c.expected);
     // Each entity is listed at most once.
     std::map<Handle, int> listed;
     for (const SortEntry& e : sortEntries(f.doc, table)) EXPECT_EQ(++listed[e.entity], 1);
@@ -166,10 +163,9 @@ TEST(SortEntitiesTest, BadReordersChangeNothing) {
 }
 
 TEST(SortEntitiesTest, R12DrawingsHaveNoTable) {
-  Document doc = std::move(Document::parse(dxfText("AC1009"), "r12").value());
-  RecordId model = findBlockRecord(doc, L"*Model_Space");
+  Document doc = drawing("AC1009");
   std::string before = doc.serialize();
-  auto table = ensureSortEntsTable(doc, model);
+  auto table = ensureSortEntsTable(doc, findBlockRecord(doc, L"*Model_Space"));
   EXPECT_EQ(table.status().code(), base::Code::kUnsupported);
   EXPECT_EQ(doc.serialize(), before);
 }

@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "dxf/blocks.h"
 #include "dxf/dictionary.h"
 #include "dxf/document.h"
 #include "dxf/objects.h"
@@ -76,6 +77,22 @@ TEST(XrecordTest, DataLongerThanAStoreChunkReadsBack) {
   auto again = Document::parse(doc->serialize(), "written.dxf");
   ASSERT_TRUE(again.isOk()) << again.status().message();
   EXPECT_EQ(readXrecord(*again, again->byHandle(doc->record(*xrecord).handle)), values);
+}
+
+// An R12 drawing cannot hold objects: asking for one is a clear error and changes nothing.
+TEST(XrecordTest, R12DrawingsRefuseObjectsAndStayAsTheyWere) {
+  const std::string bytes = sample::r12Drawing();
+  Document doc = sample::parse(bytes);
+  ASSERT_FALSE(modelSpaceEntities(doc).empty());
+  RecordId line = modelSpaceEntities(doc).front();
+  auto xdict = ensureExtensionDictionary(doc, line);
+  EXPECT_EQ(xdict.status().code(), base::Code::kUnsupported);
+  EXPECT_NE(xdict.status().message().find("R2000 or later"), std::string::npos)
+      << xdict.status().message();
+  EXPECT_EQ(createXrecord(doc, line, L"TAXOR").status().code(), base::Code::kUnsupported);
+  auto object = appendObject(doc, {doc.makeTag(0, "XRECORD"), doc.makeTag(100, "AcDbXrecord")});
+  EXPECT_EQ(object.status().code(), base::Code::kUnsupported);
+  EXPECT_TRUE(doc.serialize() == bytes);
 }
 
 }  // namespace
