@@ -1,6 +1,7 @@
 #include "dxf/dictionary.h"
 
 #include <charconv>
+#include <optional>
 
 #include "dxf/number_text.h"
 #include "dxf/objects.h"
@@ -143,13 +144,37 @@ void dictionarySet(Document& doc, RecordId dict, std::wstring_view key, RecordId
   if (replaced != kNoRecord && replaced != value) eraseObject(doc, replaced);
 }
 
+namespace {
+
+// Takes out the first entry for which `matches(key tag, value tag)` holds, found by a scan:
+// the record is not decoded into a copy, and a dictionary kept as its file bytes stays so.
+template <typename Match>
+bool removeEntry(Document& doc, RecordId dict, Match matches) {
+  size_t index = 0;
+  std::optional<Tag> key;
+  for (const Tag& tag : doc.scan(dict)) {
+    if (key && (tag.code == 350 || tag.code == 360) && matches(*key, tag)) {
+      doc.eraseTags(dict, index - 1, 2);
+      return true;
+    }
+    key = tag.code == 3 ? std::optional<Tag>(tag) : std::nullopt;
+    ++index;
+  }
+  return false;
+}
+
+}  // namespace
+
 bool dictionaryRemove(Document& doc, RecordId dict, std::wstring_view key) {
-  RecordEdit edit(doc, dict);
-  int at = findKey(doc, edit, key);
-  if (at < 0) return false;
-  edit.erase(static_cast<size_t>(at), 2);
-  edit.commit();
-  return true;
+  return removeEntry(doc, dict, [&](const Tag& name, const Tag&) {
+    return sameName(doc.codec().decode(doc.text(name)), key);
+  });
+}
+
+bool dictionaryRemoveObject(Document& doc, RecordId dict, Handle object) {
+  return removeEntry(doc, dict, [&](const Tag&, const Tag& value) {
+    return parseHandle(doc.text(value)) == object;
+  });
 }
 
 int dictionaryDuplicateFlag(const Document& doc, RecordId dict) {

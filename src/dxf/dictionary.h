@@ -34,6 +34,8 @@ void dictionarySet(Document& doc, RecordId dict, std::wstring_view key, RecordId
                    bool hard_owner);
 // Removes an entry (not the object it names); returns true iff the key was there.
 bool dictionaryRemove(Document& doc, RecordId dict, std::wstring_view key);
+// Removes the entry that names `object`; false when none does.
+bool dictionaryRemoveObject(Document& doc, RecordId dict, Handle object);
 // The duplicate-record cloning flag (281): 0 not applicable, 1 keep existing ...
 int dictionaryDuplicateFlag(const Document& doc, RecordId dict);
 

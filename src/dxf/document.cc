@@ -43,6 +43,8 @@ void Document::noteTags(RecordId id, std::span<const Tag> tags) {
   setFacts(id, type, factsOf(*this, tags));
 }
 
+void Document::noteFacts(RecordId id) { setFacts(id, records_[id].type, factsOf(*this, scan(id))); }
+
 void Document::setFacts(RecordId id, uint16_t type, const RecordFacts& facts) {
   ++revision_;
   Record& r = records_[id];

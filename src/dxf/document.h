@@ -38,14 +38,16 @@ struct Record {
   bool changed : 1 = false;  // tags no longer match the raw bytes (or there never were any)
   bool erased : 1 = false;   // unlinked from the file; kept so that ids stay valid
   bool paper : 1 = false;    // an entity flagged as paper space (67)
-  // Unchanged but for tags inserted at one place: the encoding holds the file bytes' place,
-  // where the new tags go (see Document::splicedSource) and the new tags.
+  // Its file bytes but for one run of tags replaced by others (some inserted, some taken
+  // out, or both): the encoding holds where the run lies and the new tags (see
+  // Document::splicedSource).
   bool spliced : 1 = false;
   // Its handle was used by an object earlier in the file, which keeps it in the index; this
   // one keeps it in its bytes until it changes, and is then given a fresh one.
   bool rehandle : 1 = false;
   // Where the layer's value lies in the record's file bytes (RecordFacts::layer_at), when
-  // that is under 256; 0 otherwise.
+  // that is under 256 and the bytes still hold the record's layer (outside a run a splice
+  // replaced); 0 otherwise.
   uint8_t layer_at = 0;
   Handle handle = 0;
   Handle xdict = 0;  // the extension dictionary its tags name, 0 if none
@@ -151,6 +153,9 @@ class Document {
   // Inserts `tags` before the tag at `index` (0 = before the first); the same as setTags
   // with them inserted, without decoding the record when it is unchanged.
   void insertTags(RecordId id, size_t index, std::span<const Tag> tags);
+  // Takes out `count` tags from the tag at `index` on; the same as setTags without them,
+  // without rewriting the record when it is its file bytes or they are what was inserted.
+  void eraseTags(RecordId id, size_t index, size_t count);
   // Creates an unlinked record; link it with insertBefore. RecordBuilder does the same
   // from codes and values.
   RecordId newRecord(std::span<const Tag> tags);
@@ -206,6 +211,8 @@ class Document {
   // (structure names, markers, keys, layer and style names) by their shared number.
   void encode(std::span<const Tag> tags, std::string& out);
   void encodeOne(int code, std::string_view value, std::string& out);
+  // Reads the facts of `id` again from its tags as they are, its structure name aside.
+  void noteFacts(RecordId id);
   // Sets the facts a record caches, after its tags changed.
   void setFacts(RecordId id, uint16_t type, const RecordFacts& facts);
 
@@ -215,28 +222,37 @@ class Document {
   // its tags `tags`, after they changed.
   void noteTags(RecordId id, std::span<const Tag> tags);
 
-  // A spliced record's three runs of tags; `file`, when given, receives its file bytes and
-  // `insert_at` the offset into them at which the new tags go.
+  // A spliced record's three runs of tags: the file's tags before the replaced run, the new
+  // tags, the file's tags after the run. `file`, when given, receives the record's file
+  // bytes, `insert_at` the offset into them where the run begins and `resume_at` where the
+  // file's tags go on after it.
   TagSource splicedSource(const Record& r, std::string_view* file = nullptr,
-                          uint32_t* insert_at = nullptr) const;
+                          uint32_t* insert_at = nullptr, uint32_t* resume_at = nullptr) const;
+  struct SpliceHeader {
+    uint32_t raw_begin = 0, raw_size = 0, file_tags = 0;  // the file bytes and their tags
+    uint32_t first = 0, offset = 0;   // the first tag replaced, and where it lies in them
+    uint32_t cut_tags = 0, resume = 0;  // how many are replaced, where the file goes on
+    uint32_t header_size = 0;         // where the new tags' encoding begins
+  };
+  SpliceHeader spliceHeader(const Record& r) const;
   // The file bytes [begin, end) of the unchanged record `id`.
   std::pair<uint32_t, uint32_t> fileBytes(RecordId id) const {
     if (format_ == Format::kBinary) return binary_raw_[id];
     return {records_[id].pos, records_[id].pos + records_[id].size};
   }
-  // Keeps an unchanged ASCII record as its file bytes when `tags` are its tags with some
-  // inserted at one place; returns false (nothing done) otherwise.
+  // Keeps an ASCII record that is unchanged or spliced as its file bytes when `tags` differ
+  // from the file's tags in one run only, short enough to be worth it (or in none: the
+  // record is its file bytes again); returns false (nothing done) otherwise.
   bool trySplice(RecordId id, std::span<const Tag> tags);
-  // Makes a spliced record its file bytes again when `tags` are exactly those (what was
-  // inserted taken out again); returns false (nothing done) otherwise.
-  bool tryUnsplice(RecordId id, std::span<const Tag> tags);
-  // Whether `id` is an unchanged ASCII record, whose file bytes a splice can keep.
+  // Whether `id` is an ASCII record whose file bytes a splice can keep.
   bool spliceable(const Record& r) const {
-    return !r.changed && !r.spliced && !r.rehandle && r.size != 0 && format_ == Format::kAscii;
+    return (r.spliced || (!r.changed && r.size != 0)) && !r.rehandle &&
+           format_ == Format::kAscii;
   }
-  // Makes `id` the file's bytes with `added` inserted before its tag `first_new`, which
-  // starts at file offset `offset` into them.
-  void splice(RecordId id, uint32_t first_new, uint32_t offset, std::span<const Tag> added);
+  // Makes the unchanged record `id` the file's bytes with its tags [first, first + cut_tags),
+  // which lie at [offset, offset + cut_size) in them, replaced by `added`.
+  void splice(RecordId id, uint32_t first, uint32_t offset, uint32_t cut_tags, uint32_t cut_size,
+              std::span<const Tag> added);
 
   base::Status buildStructure(const std::string& name);
   // Indexes the handles the load found (in handles_, in file order), noting those used
@@ -267,6 +283,9 @@ class Document {
   std::vector<std::pair<uint32_t, uint32_t>> binary_raw_;
   TextStore text_;
   std::string encode_scratch_;
+  // What trySplice reads of a record's file bytes: its tags and where each begins.
+  std::vector<Tag> splice_tags_;
+  std::vector<uint32_t> splice_starts_;
   std::string builder_scratch_;  // the encoding a RecordBuilder is writing
   // Recent short values made for edits, by hash: the same names, flags and defaults are
   // made again for every object an operation writes, and are kept once.

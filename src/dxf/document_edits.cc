@@ -60,106 +60,126 @@ void Document::encodeOne(int code, std::string_view value, std::string& out) {
   encodeSharedTag(code, it->second, out);
 }
 
-// The splice header: the file bytes' first byte and length, the index of the first new
-// tag, the offset into the bytes where the new tags go, the count of the file's tags; then
-// the new tags.
-TagSource Document::splicedSource(const Record& r, std::string_view* file,
-                                  uint32_t* insert_at) const {
+// The splice header: the file bytes' first byte and length, their count of tags, the index
+// of the first tag replaced, the offset into the bytes where it lies, the count of tags
+// replaced and their length in bytes; then the new tags.
+Document::SpliceHeader Document::spliceHeader(const Record& r) const {
   std::string_view code = text_.view({r.pos, r.size});
   const char* at = code.data();
   const char* end = at + code.size();
-  uint32_t raw_begin =
-      std::min<uint32_t>(decodeVarint(at, end), static_cast<uint32_t>(raw_.size()));
-  uint32_t raw_size =
-      std::min<uint32_t>(decodeVarint(at, end), static_cast<uint32_t>(raw_.size()) - raw_begin);
-  uint32_t first_new = decodeVarint(at, end);
-  uint32_t offset = std::min(decodeVarint(at, end), raw_size);
-  uint32_t file_tags = std::min(decodeVarint(at, end), r.tag_count);
-  first_new = std::min(first_new, file_tags);
-  if (file != nullptr) *file = std::string_view(raw_).substr(raw_begin, raw_size);
-  if (insert_at != nullptr) *insert_at = offset;
+  const auto raw_length = static_cast<uint32_t>(raw_.size());
+  SpliceHeader h;
+  h.raw_begin = std::min(decodeVarint(at, end), raw_length);
+  h.raw_size = std::min(decodeVarint(at, end), raw_length - h.raw_begin);
+  h.file_tags = decodeVarint(at, end);
+  h.first = std::min(decodeVarint(at, end), h.file_tags);
+  h.offset = std::min(decodeVarint(at, end), h.raw_size);
+  h.cut_tags = std::min(decodeVarint(at, end), h.file_tags - h.first);
+  h.resume = h.offset + std::min(decodeVarint(at, end), h.raw_size - h.offset);
+  h.header_size = static_cast<uint32_t>(at - code.data());
+  return h;
+}
+
+TagSource Document::splicedSource(const Record& r, std::string_view* file, uint32_t* insert_at,
+                                  uint32_t* resume_at) const {
+  SpliceHeader h = spliceHeader(r);
+  if (file != nullptr) *file = std::string_view(raw_).substr(h.raw_begin, h.raw_size);
+  if (insert_at != nullptr) *insert_at = h.offset;
+  if (resume_at != nullptr) *resume_at = h.resume;
+  uint32_t kept = h.file_tags - h.cut_tags;
   TagSource source;
   source.part_count = 3;
-  const char* raw = raw_.data() + raw_begin;
-  source.parts[0] = {raw, raw_begin, offset, first_new, true, {}};
-  auto header = static_cast<uint32_t>(at - code.data());
-  source.parts[1] = {at, r.pos + header, r.size - header, r.tag_count - file_tags, false, shared_};
-  source.parts[2] = {
-      raw + offset, raw_begin + offset, raw_size - offset, file_tags - first_new, true, {}};
+  const char* raw = raw_.data() + h.raw_begin;
+  source.parts[0] = {raw, h.raw_begin, h.offset, h.first, true, {}};
+  source.parts[1] = {text_.view({r.pos, r.size}).data() + h.header_size, r.pos + h.header_size,
+                     r.size - h.header_size, r.tag_count > kept ? r.tag_count - kept : 0, false,
+                     shared_};
+  source.parts[2] = {raw + h.resume, h.raw_begin + h.resume, h.raw_size - h.resume,
+                     kept - h.first, true, {}};
   return source;
 }
 
 bool Document::trySplice(RecordId id, std::span<const Tag> tags) {
   Record& r = records_[id];
-  if (!spliceable(r) || tags.size() <= r.tag_count) return false;
+  if (!spliceable(r)) return false;
+  // The file's tags, with where each begins in the file bytes.
+  uint32_t file_begin = r.pos;
+  uint32_t file_size = r.size;
+  uint32_t file_tags = r.tag_count;
+  if (r.spliced) {
+    SpliceHeader h = spliceHeader(r);
+    file_begin = h.raw_begin;
+    file_size = h.raw_size;
+    file_tags = h.file_tags;
+  }
+  std::string_view file = std::string_view(raw_).substr(file_begin, file_size);
+  TagSource source({file.data(), file_begin, file_size, file_tags, true, {}});
+  TagScan scan(source);
+  std::vector<uint32_t>& starts = splice_starts_;
+  std::vector<Tag>& old = splice_tags_;
+  starts.clear();
+  old.clear();
+  for (auto it = scan.begin(); it != scan.end(); ++it) {
+    starts.push_back(it.position() - file_begin);
+    old.push_back(*it);
+  }
+  starts.push_back(static_cast<uint32_t>(file.size()));
   auto same = [](const Tag& a, const Tag& b) {
     return a.code == b.code && a.value.pos == b.value.pos && a.value.len == b.value.len;
   };
-  TagScan old = scan(id);
-  size_t first_new = 0;
-  uint32_t offset = r.size;
-  for (auto it = old.begin(); it != old.end(); ++it, ++first_new) {
-    if (!same(*it, tags[first_new])) {
-      offset = it.position() - r.pos;
-      break;
-    }
+  size_t n = old.size();
+  size_t m = tags.size();
+  size_t prefix = 0;
+  while (prefix < n && prefix < m && same(old[prefix], tags[prefix])) ++prefix;
+  size_t suffix = 0;
+  while (suffix < n - prefix && suffix < m - prefix &&
+         same(old[n - 1 - suffix], tags[m - 1 - suffix])) {
+    ++suffix;
   }
-  size_t file_tags = r.tag_count;
-  size_t added = tags.size() - file_tags;
-  size_t index = 0;
-  for (const Tag& tag : old) {
-    if (index >= first_new && !same(tag, tags[index + added])) return false;
-    ++index;
+  if (prefix + suffix == n && n == m) {
+    // What was put in is taken out again: the record is its file bytes once more.
+    r.pos = file_begin;
+    r.size = static_cast<uint32_t>(file.size());
+    r.tag_count = static_cast<uint32_t>(n);
+    r.spliced = false;
+    return true;
   }
-  splice(id, static_cast<uint32_t>(first_new), offset, tags.subspan(first_new, added));
-  return true;
-}
-
-bool Document::tryUnsplice(RecordId id, std::span<const Tag> tags) {
-  Record& r = records_[id];
-  if (!r.spliced) return false;
-  TagSource parts = splicedSource(r);
-  TagSource file;
-  file.parts[0] = parts.parts[0];
-  file.parts[1] = parts.parts[2];
-  file.part_count = 2;
-  if (tags.size() != file.count()) return false;
-  size_t index = 0;
-  for (const Tag& tag : TagScan(file)) {
-    const Tag& want = tags[index++];
-    if (tag.code != want.code || tag.value.pos != want.value.pos ||
-        tag.value.len != want.value.len) {
-      return false;
-    }
-  }
-  r.pos = file.parts[0].pos;
-  r.size = file.parts[0].size + file.parts[1].size;
-  r.tag_count = static_cast<uint32_t>(tags.size());
+  // A splice costs its header: keeping a couple of tags is not worth one.
+  if (prefix + suffix < 3) return false;
+  auto first = static_cast<uint32_t>(prefix);
+  auto cut_tags = static_cast<uint32_t>(n - prefix - suffix);
+  r.pos = file_begin;
+  r.size = static_cast<uint32_t>(file.size());
+  r.tag_count = static_cast<uint32_t>(n);
   r.spliced = false;
+  splice(id, first, starts[prefix], cut_tags, starts[prefix + cut_tags] - starts[prefix],
+         tags.subspan(prefix, m - prefix - suffix));
   return true;
 }
 
-void Document::splice(RecordId id, uint32_t first_new, uint32_t offset,
-                      std::span<const Tag> added) {
+void Document::splice(RecordId id, uint32_t first, uint32_t offset, uint32_t cut_tags,
+                      uint32_t cut_size, std::span<const Tag> added) {
   Record& r = records_[id];
   encode_scratch_.clear();
   encodeVarint(r.pos, encode_scratch_);
   encodeVarint(r.size, encode_scratch_);
-  encodeVarint(first_new, encode_scratch_);
-  encodeVarint(offset, encode_scratch_);
   encodeVarint(r.tag_count, encode_scratch_);
+  encodeVarint(first, encode_scratch_);
+  encodeVarint(offset, encode_scratch_);
+  encodeVarint(cut_tags, encode_scratch_);
+  encodeVarint(cut_size, encode_scratch_);
   encode(added, encode_scratch_);
   TextRef code = text_.add(encode_scratch_, TextStore::Lane::kEncodings);
   r.pos = code.pos;
   r.size = code.len;
-  r.tag_count += static_cast<uint32_t>(added.size());
+  r.tag_count = r.tag_count - cut_tags + static_cast<uint32_t>(added.size());
   r.spliced = true;
 }
 
 void Document::insertTags(RecordId id, size_t index, std::span<const Tag> tags) {
   if (tags.empty()) return;
   const Record& r = records_[id];
-  if (spliceable(r) && index <= r.tag_count) {
+  if (!r.spliced && spliceable(r) && index <= r.tag_count) {
     // One pass finds where the new tags go and reads the record's facts as they will be.
     // The file's tags keep their place in the file bytes, which the record keeps.
     RecordFactsReader facts;
@@ -186,7 +206,7 @@ void Document::insertTags(RecordId id, size_t index, std::span<const Tag> tags) 
     for (; it != old.end() && !facts.done(); ++it) note(*it, file_start);
     // Tags inserted after the first leave the structure name as it was.
     uint16_t type = index == 0 ? internType(type_name) : r.type;
-    splice(id, static_cast<uint32_t>(index), offset, tags);
+    splice(id, static_cast<uint32_t>(index), offset, 0, 0, tags);
     setFacts(id, type, facts.facts());
     return;
   }
@@ -195,6 +215,51 @@ void Document::insertTags(RecordId id, size_t index, std::span<const Tag> tags) 
   index = std::min(index, all.size());
   all.insert(all.begin() + static_cast<std::ptrdiff_t>(index), tags.begin(), tags.end());
   setTags(id, all);
+}
+
+void Document::eraseTags(RecordId id, size_t index, size_t count) {
+  if (count == 0) return;
+  Record& r = records_[id];
+  const uint8_t layer_at = r.layer_at;
+  // The structure name stays (index > 0): the facts are read again from the record as it is.
+  if (index > 0 && !r.spliced && spliceable(r) && index + count <= r.tag_count) {
+    // The record stays its file bytes, with the run cut out where a scan finds it.
+    uint32_t offset = r.size;
+    uint32_t resume = r.size;
+    size_t at = 0;
+    TagScan old = scan(id);
+    for (auto it = old.begin(); it != old.end(); ++it, ++at) {
+      if (at == index) offset = it.position() - r.pos;
+      if (at == index + count) {
+        resume = it.position() - r.pos;
+        break;
+      }
+    }
+    splice(id, static_cast<uint32_t>(index), offset, static_cast<uint32_t>(count),
+           resume - offset, {});
+    noteFacts(id);
+    if (layer_at < offset || layer_at >= resume) records_[id].layer_at = layer_at;
+    return;
+  }
+  if (index > 0 && r.spliced) {
+    SpliceHeader h = spliceHeader(r);
+    if (h.cut_tags == 0 && h.first == index && r.tag_count - h.file_tags == count) {
+      // Exactly what a splice put in: the record is its file bytes again.
+      r.pos = h.raw_begin;
+      r.size = h.raw_size;
+      r.tag_count = h.file_tags;
+      r.spliced = false;
+      noteFacts(id);
+      records_[id].layer_at = layer_at;
+      return;
+    }
+  }
+  TagList old = tags(id);
+  std::vector<Tag> kept(old.begin(), old.end());
+  index = std::min(index, kept.size());
+  auto from = kept.begin() + static_cast<std::ptrdiff_t>(index);
+  kept.erase(from, from + static_cast<std::ptrdiff_t>(std::min(count, kept.size() - index)));
+  setTags(id, kept);
 }
 
 // The record made or changed last is rewritten where it lies: an operation that makes an
@@ -206,7 +271,7 @@ void Document::setTags(RecordId id, std::span<const Tag> tags) {
     setTags(id, renamed);
     return;
   }
-  if (tryUnsplice(id, tags) || trySplice(id, tags)) {
+  if (trySplice(id, tags)) {
     noteTags(id, tags);
     return;
   }

@@ -196,18 +196,23 @@ bool releaseExtensionDictionary(Document& doc, RecordId id) {
   if (h == 0) return false;
   RecordId dict = doc.byHandle(h);
   if (dict != kNoRecord && !dictionaryEntries(doc, dict).empty()) return false;
-  RecordEdit edit(doc, id);
-  for (size_t i = 0; i + 2 < edit.tags().size(); ++i) {
-    if (edit.tags()[i].code == 102 && edit.text(i) == "{ACAD_XDICTIONARY") {
-      size_t end = i + 1;
-      while (end < edit.tags().size() && !(edit.tags()[end].code == 102 && edit.text(end) == "}")) {
-        ++end;
-      }
-      edit.erase(i, end + 1 - i);
+  // The group, from its opening tag to its closing one (or the record's end).
+  size_t begin = SIZE_MAX;
+  size_t end = 0;
+  size_t index = 0;
+  for (const Tag& tag : doc.scan(id)) {
+    bool marker = tag.code == 102;
+    if (begin == SIZE_MAX && marker && doc.text(tag) == "{ACAD_XDICTIONARY") {
+      begin = index;
+    } else if (begin != SIZE_MAX && marker && doc.text(tag) == "}") {
+      end = index + 1;
       break;
     }
+    end = ++index;
   }
-  edit.commit();
+  if (begin != SIZE_MAX && begin + 2 < doc.record(id).tag_count) {
+    doc.eraseTags(id, begin, end - begin);
+  }
   if (dict != kNoRecord) doc.unlink(dict);
   return true;
 }
@@ -249,12 +254,7 @@ void eraseObject(Document& doc, RecordId id) {
       RecordId owner_id = doc.byHandle(owner);
       if (owner_id != kNoRecord &&
           (doc.type(owner_id) == "DICTIONARY" || doc.type(owner_id) == "ACDBDICTIONARYWDFLT")) {
-        for (const DictionaryEntry& entry : dictionaryEntries(doc, owner_id)) {
-          if (entry.value == own) {
-            dictionaryRemove(doc, owner_id, entry.key);
-            break;
-          }
-        }
+        dictionaryRemoveObject(doc, owner_id, own);
       }
     }
     doc.unlink(current);

@@ -154,13 +154,14 @@ void Document::writeTo(Out& out) const {
     }
     const bool handseed_here = id == head && handseed_at != SIZE_MAX;
     if (r.spliced && !handseed_here) {
-      // The file's bytes around the new tags, which are written as any changed tag.
+      // The file's bytes around the replaced run, and the new tags written as any changed tag.
       std::string_view file;
       uint32_t insert_at = 0;
-      TagSource parts = splicedSource(r, &file, &insert_at);
+      uint32_t resume_at = 0;
+      TagSource parts = splicedSource(r, &file, &insert_at, &resume_at);
       out.append(file.substr(0, insert_at));
       for (const Tag& tag : TagScan(TagSource(parts.parts[1]))) writeAscii(tag.code, text(tag));
-      out.append(file.substr(insert_at));
+      out.append(file.substr(resume_at));
       id = r.next;
       continue;
     }
