@@ -2,8 +2,8 @@
 // The input is the drawing's bytes (ASCII or binary, R12 or later), optionally followed by
 // "\0EDITS" and the edits' bytes; a drawing without them gets a fixed list of edits. The
 // edits create records (entities, extension dictionaries, XRECORDs with typed values),
-// insert tags into unchanged records and take them out again, unlink and move entities and
-// set header variables. Then the written drawing must read back to the same records in the
+// insert tags into unchanged records and take them out again, take values out of entities,
+// remove dictionary entries, unlink and move entities and set header variables. Then the written drawing must read back to the same records in the
 // same order with the same tags, each untouched ASCII record as its very bytes, each XRECORD
 // written to the values it was given, and must write back the same.
 #include <algorithm>
@@ -81,7 +81,7 @@ class Editor {
   Editor(dxf::Document& doc, EditBytes& bytes) : doc_(doc), bytes_(bytes) {}
 
   void run() {
-    for (int count = 0; count < 32 && !bytes_.done(); ++count) edit(bytes_.next() % 10);
+    for (int count = 0; count < 32 && !bytes_.done(); ++count) edit(bytes_.next() % 11);
   }
   const std::vector<XrecordWrite>& xrecords() const { return xrecords_; }
   // The highest handle given out to a record made here; 0 when none was.
@@ -241,6 +241,18 @@ class Editor {
           }
         }
         doc_.setTags(id, tags);
+        return;
+      }
+      case 9: {  // a run of an entity's values taken out: geometry, never its structure
+        if (!pick(entities(), id)) return;
+        std::vector<dxf::Tag> tags = tagsOf(id);
+        size_t at = 1 + bytes_.next() % std::max<size_t>(tags.size(), 1);
+        size_t count = 0;
+        while (at + count < tags.size() && count < 3 && tags[at + count].code >= 10 &&
+               tags[at + count].code < 100) {
+          ++count;
+        }
+        doc_.eraseTags(id, at, count);
         return;
       }
       default:  // a dictionary entry removed
