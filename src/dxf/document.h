@@ -2,6 +2,7 @@
 // and a record nobody changed is written back as the very bytes it came from.
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <deque>
 #include <optional>
@@ -294,6 +295,11 @@ class Document {
   // Values that encodings name by number, each kept once (a bounded number of them).
   std::vector<TextRef> shared_;
   std::unordered_map<std::string_view, uint32_t> shared_index_;
+  std::array<uint32_t, 64> recent_shared_ = [] {
+    std::array<uint32_t, 64> none;
+    none.fill(UINT32_MAX);
+    return none;
+  }();
   // Structure names, few and repeated by every record: each kept once, index 0 being "".
   std::deque<std::string> type_names_ = {std::string()};  // a deque: names never move
   std::unordered_map<std::string_view, uint16_t> type_index_;

@@ -45,6 +45,16 @@ void Document::encodeOne(int code, std::string_view value, std::string& out) {
     encodeTag(code, value, out);
     return;
   }
+  // The values an operation makes again and again repeat those it made just before: a
+  // small cache, checked against the text, spares most of the hash lookups.
+  const size_t slot = (value.size() * 131 + static_cast<unsigned char>(value.front()) * 31 +
+                       static_cast<unsigned char>(value.back())) %
+                      recent_shared_.size();
+  if (uint32_t index = recent_shared_[slot];
+      index < shared_.size() && text_.view(shared_[index]) == value) {
+    encodeSharedTag(code, index, out);
+    return;
+  }
   auto it = shared_index_.find(value);
   if (it == shared_index_.end()) {
     // Reserved whole at once: scans read the list while it grows.
@@ -57,6 +67,7 @@ void Document::encodeOne(int code, std::string_view value, std::string& out) {
     it = shared_index_.emplace(text_.view(ref), static_cast<uint32_t>(shared_.size())).first;
     shared_.push_back(ref);
   }
+  recent_shared_[slot] = it->second;
   encodeSharedTag(code, it->second, out);
 }
 
