@@ -52,6 +52,7 @@ void Document::setFacts(RecordId id, uint16_t type, const RecordFacts& facts) {
   r.xdict = facts.xdict;
   r.paper = facts.paper;
   r.layer_at = facts.layer_at <= UINT8_MAX ? static_cast<uint8_t>(facts.layer_at) : 0;
+  r.layer_opens_group = r.layer_at != 0 && facts.layer_opens_group;
 }
 
 std::optional<std::string_view> Document::knownLayer(RecordId id) const {
@@ -68,6 +69,49 @@ std::optional<std::string_view> Document::knownLayer(RecordId id) const {
   value = value.substr(0, value.find('\n'));
   if (!value.empty() && value.back() == '\r') value.remove_suffix(1);
   return value;
+}
+
+std::optional<Tag> Document::findInEntityGroup(RecordId id, int code, bool& known) const {
+  known = false;
+  const Record& r = records_[id];
+  if (!r.layer_opens_group || r.spliced || r.changed || format_ != Format::kAscii) {
+    return std::nullopt;
+  }
+  const char* at = raw_.data() + r.pos + r.layer_at;
+  const char* end = raw_.data() + r.pos + r.size;
+  // Past the layer's value line; each tag after it is a code line and a value line.
+  auto nextLine = [&](const char* p) {
+    const char* nl = static_cast<const char*>(std::memchr(p, '\n', static_cast<size_t>(end - p)));
+    return nl ? nl + 1 : end;
+  };
+  at = nextLine(at);
+  bool in_app_group = false;
+  while (at < end) {
+    const char* p = at;
+    while (p < end && (*p == ' ' || *p == '\t')) ++p;
+    bool negative = p < end && *p == '-';
+    if (negative) ++p;
+    int tag_code = 0;
+    for (; p < end && *p >= '0' && *p <= '9'; ++p) tag_code = tag_code * 10 + (*p - '0');
+    if (negative) tag_code = -tag_code;
+    const char* value = nextLine(p);
+    const char* value_end = nextLine(value);
+    at = value_end;
+    if (value_end > value && value_end[-1] == '\n') --value_end;
+    if (value_end > value && value_end[-1] == '\r') --value_end;
+    // The group ends at the next subclass marker or where the extended data begins.
+    if (tag_code == 100 || tag_code == 101 || tag_code >= 1000) break;
+    if (tag_code == 102) {
+      in_app_group = value < value_end && *value == '{';
+      continue;
+    }
+    if (in_app_group || tag_code != code) continue;
+    known = true;
+    return Tag{static_cast<int16_t>(tag_code),
+               {static_cast<uint32_t>(value - raw_.data()), static_cast<uint32_t>(value_end - value)}};
+  }
+  known = true;
+  return std::nullopt;
 }
 
 std::optional<Tag> Document::find(RecordId id, int code) const {

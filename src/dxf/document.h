@@ -46,6 +46,8 @@ struct Record {
   // Its handle was used by an object earlier in the file, which keeps it in the index; this
   // one keeps it in its bytes until it changes, and is then given a fresh one.
   bool rehandle : 1 = false;
+  // The tag at layer_at opens the record's AcDbEntity group (RecordFacts::layer_opens_group).
+  bool layer_opens_group : 1 = false;
   // Where the layer's value lies in the record's file bytes (RecordFacts::layer_at), when
   // that is under 256 and the bytes still hold the record's layer (outside a run a splice
   // replaced); 0 otherwise.
@@ -136,6 +138,11 @@ class Document {
   // noted where it lies and the record's file bytes still hold it; nothing otherwise (read
   // the tags then). Commands ask every entity they visit for its layer.
   std::optional<std::string_view> knownLayer(RecordId id) const;
+  // The first tag with `code` of the AcDbEntity group of `id`, outside application groups,
+  // as a scan of its tags would find it, when the record is its file bytes and the layer's
+  // tag opens that group: the group is then read from the layer on. Nothing (and `known`
+  // false) otherwise. `code` must not be 8.
+  std::optional<Tag> findInEntityGroup(RecordId id, int code, bool& known) const;
   // The first tag of `id` with `code`, if any.
   std::optional<Tag> find(RecordId id, int code) const;
   // The raw text of the first tag with `code`, or `fallback`.

@@ -247,9 +247,8 @@ base::Result<std::string> storedName(const Document& doc, Names names, const std
   return std::string(doc.value(entry, 2));
 }
 
-template <typename Tags>
-PropValue getPlain(const Document& doc, const Tags& tags, const PlainProp& row) {
-  std::optional<Tag> tag = findInGroup(doc, tags, row.markers, row.code);
+// The value of `row` that `tag` holds, or the row's fallback when there is no tag.
+PropValue plainValue(const Document& doc, const std::optional<Tag>& tag, const PlainProp& row) {
   const int at = tag ? 0 : -1;
   std::string_view raw = tag ? doc.text(*tag) : std::string_view();
   switch (row.kind) {
@@ -273,6 +272,11 @@ PropValue getPlain(const Document& doc, const Tags& tags, const PlainProp& row) 
       return at >= 0 ? doc.codec().decode(raw) : std::wstring(row.fallback_text);
   }
   return {};
+}
+
+template <typename Tags>
+PropValue getPlain(const Document& doc, const Tags& tags, const PlainProp& row) {
+  return plainValue(doc, findInGroup(doc, tags, row.markers, row.code), row);
 }
 
 // The raw text `value` takes in the drawing for `row`, given the tag's current text.
@@ -346,6 +350,12 @@ PropValue getProperty(const Document& doc, RecordId id, Prop prop) {
       if (std::optional<std::string_view> layer = doc.knownLayer(id)) {
         return doc.codec().decode(*layer);
       }
+    } else if (plain->markers == "AcDbEntity") {
+      // The general properties follow the layer in its group: read from there when the load
+      // noted where it lies.
+      bool known = false;
+      std::optional<Tag> tag = doc.findInEntityGroup(id, plain->code, known);
+      if (known) return plainValue(doc, tag, *plain);
     }
     return getPlain(doc, doc.scan(id), *plain);
   }

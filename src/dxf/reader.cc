@@ -90,7 +90,10 @@ class DocumentBuilder {
     const RecordFacts& facts = facts_.facts();
     r.xdict = facts.xdict;
     r.paper = facts.paper;
-    if (facts.layer_at <= UINT8_MAX) r.layer_at = static_cast<uint8_t>(facts.layer_at);
+    if (facts.layer_at <= UINT8_MAX) {
+      r.layer_at = static_cast<uint8_t>(facts.layer_at);
+      r.layer_opens_group = r.layer_at != 0 && facts.layer_opens_group;
+    }
     if (facts.xdict_group) doc_.xdict_candidates_.push_back(doc_.last_);
     // A section's 5 tags are header variables ($HANDSEED), not a handle of its own.
     if (facts.own_handle != 0 && doc_.type_names_[r.type] != "SECTION") {

@@ -16,6 +16,9 @@ struct RecordFacts {
   // Where the value of the entity's layer tag (its first 8 in the AcDbEntity group) begins,
   // counted from the record's first byte in the file; 0 when not known that way.
   uint32_t layer_at = 0;
+  // That layer tag is the first of the AcDbEntity group: what the group holds besides it
+  // follows it.
+  bool layer_opens_group = false;
 };
 
 class RecordFactsReader {
@@ -29,10 +32,13 @@ class RecordFactsReader {
       done_ = value != "AcDbEntity";
       // Only the first such group holds the layer, as property reads take it.
       entity_group_ = !done_ && !layer_over_;
+      group_fresh_ = entity_group_;
       layer_over_ = true;
       in_app_group_ = false;
       return;
     }
+    const bool fresh = group_fresh_;
+    group_fresh_ = false;
     if (code == 101 || code >= 1000) {
       entity_group_ = false;
       layer_over_ = true;
@@ -41,6 +47,7 @@ class RecordFactsReader {
       entity_group_ = false;
       if (record_start != nullptr && value.data() > record_start) {
         facts_.layer_at = static_cast<uint32_t>(value.data() - record_start);
+        facts_.layer_opens_group = fresh;
       }
     }
     if (code == 67 && !seen_paper_) {
@@ -70,6 +77,7 @@ class RecordFactsReader {
   bool handle_open_ = true;  // before the first marker or application group
   bool seen_paper_ = false;
   bool entity_group_ = false;  // inside the AcDbEntity group, where the layer is looked for
+  bool group_fresh_ = false;   // and no tag of it read yet
   bool layer_over_ = false;    // that group, or the end of the record's own data, was passed
   bool in_app_group_ = false;
 };

@@ -294,6 +294,12 @@ TEST(EntityPropLayer, IsTheFirstLayerTagOfTheEntityGroup) {
        L"0"},
       {"without markers", "5 100\n8 Walls\n330 1F\n", L"Walls"},
       {"with blanks", "5 100\n330 1F\n100 AcDbEntity\n8  Walls \n100 AcDbLine\n", L" Walls "},
+      {"with general properties after it",
+       "5 100\n330 1F\n100 AcDbEntity\n8 Walls\n6 Dashed\n102 {APP\n48 9\n102 }\n48 2.5\n"
+       "100 AcDbLine\n370 25\n",
+       L"Walls"},
+      {"with general properties before it",
+       "5 100\n330 1F\n100 AcDbEntity\n48 2.5\n8 Walls\n6 Dashed\n100 AcDbLine\n", L"Walls"},
   };
   for (const Case& c : cases) {
     for (bool crlf : {false, true}) {
@@ -319,6 +325,13 @@ TEST(EntityPropLayer, IsTheFirstLayerTagOfTheEntityGroup) {
         EXPECT_TRUE(sameValue(dxf::getProperty(reread, again, Prop::kLayer), layer));
       };
       readsBack("as loaded", c.layer);
+      // The general properties, read from the layer on where it opens its group, are those a
+      // reading of all the tags finds.
+      const dxf::TagList all = doc.tags(line);
+      for (Prop prop : {Prop::kLinetype, Prop::kLinetypeScale, Prop::kLineweight}) {
+        EXPECT_TRUE(sameValue(dxf::getProperty(doc, line, prop),
+                              dxf::getProperty(doc, line, std::span<const dxf::Tag>(all), prop)));
+      }
       const std::vector<std::string> loaded = tagLines(doc, line);
       if (auto layer = std::find(loaded.begin(), loaded.end(), "8 " + base::toUtf8(c.layer));
           layer != loaded.end()) {
