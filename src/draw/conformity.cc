@@ -98,13 +98,11 @@ double toleranceOf(int precision) {
 // read from the entity.
 class Matcher {
  public:
-  Matcher(host::Database& database, host::ObjectId entity, int precision)
-      : database_(database),
-        entity_(entity),
-        precision_(precision),
-        tolerance_(toleranceOf(precision_)) {}
+  Matcher(host::Database& database, int precision)
+      : database_(database), precision_(precision), tolerance_(toleranceOf(precision_)) {}
 
-  // Forgets what was read of the entity before; the values' text buffers are kept.
+  // Reads `entity` from now on, forgetting what was read before; the values' text buffers
+  // are kept.
   void reset(host::ObjectId entity) {
     entity_ = entity;
     read_.reset();
@@ -302,11 +300,8 @@ std::wstring dimensionMode(host::Database& database, host::ObjectId entity) {
   return std::wstring(mode);
 }
 
-EntityConformity::EntityConformity(host::Database& database, host::ObjectId entity, int precision)
-    : database_(database),
-      entity_(entity),
-      type_(objectTypeNameOfClass(database.entityClass(entity))),
-      matcher_(std::make_unique<Matcher>(database, entity, precision)) {}
+EntityConformity::EntityConformity(host::Database& database, int precision)
+    : database_(database), matcher_(std::make_unique<Matcher>(database, precision)) {}
 
 void EntityConformity::reset(host::ObjectId entity) {
   entity_ = entity;
@@ -329,7 +324,9 @@ bool EntityConformity::matches(const DrawingProperties& properties) const {
 
 bool matchesClassProperties(host::Database& database, host::ObjectId entity,
                             const DrawingProperties& properties) {
-  return EntityConformity(database, entity, linearPrecision(database)).matches(properties);
+  EntityConformity test(database, linearPrecision(database));
+  test.reset(entity);
+  return test.matches(properties);
 }
 
 }  // namespace draw

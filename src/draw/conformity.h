@@ -27,12 +27,13 @@ class Matcher;
 // entities resets one test to each in turn, reusing what it holds.
 class EntityConformity {
  public:
-  EntityConformity(host::Database& database, host::ObjectId entity, int precision);
+  // Tests nothing until reset to an entity.
+  EntityConformity(host::Database& database, int precision);
   ~EntityConformity();
   EntityConformity(const EntityConformity&) = delete;
   EntityConformity& operator=(const EntityConformity&) = delete;
 
-  // Tests `entity` from now on.
+  // Tests `entity` from now on; what was read of an entity before is forgotten.
   void reset(host::ObjectId entity);
   // The entity's type name; empty when it has none.
   std::wstring_view type() const { return type_; }

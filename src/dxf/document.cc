@@ -79,26 +79,16 @@ std::optional<Tag> Document::findInEntityGroup(RecordId id, int code, bool& know
   }
   const char* at = raw_.data() + r.pos + r.layer_at;
   const char* end = raw_.data() + r.pos + r.size;
-  // Past the layer's value line; each tag after it is a code line and a value line.
-  auto nextLine = [&](const char* p) {
-    const char* nl = static_cast<const char*>(std::memchr(p, '\n', static_cast<size_t>(end - p)));
-    return nl ? nl + 1 : end;
-  };
-  at = nextLine(at);
+  // The tags after the layer's value line.
+  const char* nl = static_cast<const char*>(std::memchr(at, '\n', static_cast<size_t>(end - at)));
+  at = nl ? nl + 1 : end;
   bool in_app_group = false;
   while (at < end) {
-    const char* p = at;
-    while (p < end && (*p == ' ' || *p == '\t')) ++p;
-    bool negative = p < end && *p == '-';
-    if (negative) ++p;
-    int tag_code = 0;
-    for (; p < end && *p >= '0' && *p <= '9'; ++p) tag_code = tag_code * 10 + (*p - '0');
-    if (negative) tag_code = -tag_code;
-    const char* value = nextLine(p);
-    const char* value_end = nextLine(value);
-    at = value_end;
-    if (value_end > value && value_end[-1] == '\n') --value_end;
-    if (value_end > value && value_end[-1] == '\r') --value_end;
+    AsciiTag read = readAsciiTag(at, end);
+    at = read.next;
+    const int tag_code = read.code;
+    const char* value = read.value;
+    const char* value_end = read.value_end;
     // The group ends at the next subclass marker or where the extended data begins.
     if (tag_code == 100 || tag_code == 101 || tag_code >= 1000) break;
     if (tag_code == 102) {
@@ -107,8 +97,8 @@ std::optional<Tag> Document::findInEntityGroup(RecordId id, int code, bool& know
     }
     if (in_app_group || tag_code != code) continue;
     known = true;
-    return Tag{static_cast<int16_t>(tag_code),
-               {static_cast<uint32_t>(value - raw_.data()), static_cast<uint32_t>(value_end - value)}};
+    return Tag{static_cast<int16_t>(tag_code), {static_cast<uint32_t>(value - raw_.data()),
+                                                static_cast<uint32_t>(value_end - value)}};
   }
   known = true;
   return std::nullopt;

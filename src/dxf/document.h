@@ -257,6 +257,8 @@ class Document {
     return (r.spliced || (!r.changed && r.size != 0)) && !r.rehandle &&
            format_ == Format::kAscii;
   }
+  // Makes `r` its file bytes [begin, begin + size), which hold `tag_count` tags, again.
+  static void keepFileBytes(Record& r, uint32_t begin, uint32_t size, uint32_t tag_count);
   // Makes the unchanged record `id` the file's bytes with its tags [first, first + cut_tags),
   // which lie at [offset, offset + cut_size) in them, replaced by `added`.
   void splice(RecordId id, uint32_t first, uint32_t offset, uint32_t cut_tags, uint32_t cut_size,

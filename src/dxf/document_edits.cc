@@ -147,25 +147,23 @@ bool Document::trySplice(RecordId id, std::span<const Tag> tags) {
          same(old[n - 1 - suffix], tags[m - 1 - suffix])) {
     ++suffix;
   }
-  if (prefix + suffix == n && n == m) {
-    // What was put in is taken out again: the record is its file bytes once more.
-    r.pos = file_begin;
-    r.size = static_cast<uint32_t>(file.size());
-    r.tag_count = static_cast<uint32_t>(n);
-    r.spliced = false;
-    return true;
-  }
+  // What was put in is taken out again: the record is its file bytes once more.
+  const bool unchanged = prefix + suffix == n && n == m;
   // A splice costs its header: keeping a couple of tags is not worth one.
-  if (prefix + suffix < 3) return false;
-  auto first = static_cast<uint32_t>(prefix);
+  if (!unchanged && prefix + suffix < 3) return false;
+  keepFileBytes(r, file_begin, file_size, file_tags);
+  if (unchanged) return true;
   auto cut_tags = static_cast<uint32_t>(n - prefix - suffix);
-  r.pos = file_begin;
-  r.size = static_cast<uint32_t>(file.size());
-  r.tag_count = static_cast<uint32_t>(n);
-  r.spliced = false;
-  splice(id, first, starts[prefix], cut_tags, starts[prefix + cut_tags] - starts[prefix],
-         tags.subspan(prefix, m - prefix - suffix));
+  splice(id, static_cast<uint32_t>(prefix), starts[prefix], cut_tags,
+         starts[prefix + cut_tags] - starts[prefix], tags.subspan(prefix, m - prefix - suffix));
   return true;
+}
+
+void Document::keepFileBytes(Record& r, uint32_t begin, uint32_t size, uint32_t tag_count) {
+  r.pos = begin;
+  r.size = size;
+  r.tag_count = tag_count;
+  r.spliced = false;
 }
 
 void Document::splice(RecordId id, uint32_t first, uint32_t offset, uint32_t cut_tags,
@@ -256,10 +254,7 @@ void Document::eraseTags(RecordId id, size_t index, size_t count) {
     SpliceHeader h = spliceHeader(r);
     if (h.cut_tags == 0 && h.first == index && r.tag_count - h.file_tags == count) {
       // Exactly what a splice put in: the record is its file bytes again.
-      r.pos = h.raw_begin;
-      r.size = h.raw_size;
-      r.tag_count = h.file_tags;
-      r.spliced = false;
+      keepFileBytes(r, h.raw_begin, h.raw_size, h.file_tags);
       noteFacts(id);
       records_[id].layer_at = layer_at;
       return;

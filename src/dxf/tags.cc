@@ -21,40 +21,15 @@ void TagScan::iterator::enterPart(int part) {
   }
 }
 
-// The reader checked every line when the file was loaded, so decoding only has to stay
-// within the record's bytes.
-namespace {
-
-// The '\n' in [p, end), or nullptr. Most lines of a drawing are a few bytes long, where
-// looking byte by byte beats the call to memchr.
-inline const char* lineEnd(const char* p, const char* end) {
-  for (int i = 0; i < 16 && p < end; ++i, ++p) {
-    if (*p == '\n') return p;
-  }
-  return p < end ? static_cast<const char*>(std::memchr(p, '\n', static_cast<size_t>(end - p)))
-                 : nullptr;
-}
-
-}  // namespace
-
 void TagScan::iterator::decode() {
   const char* p = at_;
   start_pos_ = origin_pos_ + static_cast<uint32_t>(p - origin_);
   if (ascii_) {
-    while (p < end_ && (*p == ' ' || *p == '\t')) ++p;
-    bool negative = p < end_ && *p == '-';
-    if (negative) ++p;
-    int code = 0;
-    for (; p < end_ && *p >= '0' && *p <= '9'; ++p) code = code * 10 + (*p - '0');
-    const char* nl = lineEnd(p, end_);
-    const char* value = nl ? nl + 1 : end_;
-    nl = value < end_ ? lineEnd(value, end_) : nullptr;
-    const char* value_end = nl ? nl : end_;
-    at_ = nl ? value_end + 1 : end_;
-    if (value_end > value && value_end[-1] == '\r') --value_end;
-    tag_.code = static_cast<int16_t>(negative ? -code : code);
-    tag_.value = {origin_pos_ + static_cast<uint32_t>(value - origin_),
-                  static_cast<uint32_t>(value_end - value)};
+    AsciiTag read = readAsciiTag(p, end_);
+    at_ = read.next;
+    tag_.code = static_cast<int16_t>(read.code);
+    tag_.value = {origin_pos_ + static_cast<uint32_t>(read.value - origin_),
+                  static_cast<uint32_t>(read.value_end - read.value)};
     return;
   }
   if (end_ - p < 3) {

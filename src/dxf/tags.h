@@ -147,6 +147,42 @@ class TagList {
   Tag inline_[kInline];
 };
 
+// The '\n' in [p, end), or nullptr. Most lines of a drawing are a few bytes long, where
+// looking byte by byte beats the call to memchr.
+inline const char* lineEnd(const char* p, const char* end) {
+  for (int i = 0; i < 16 && p < end; ++i, ++p) {
+    if (*p == '\n') return p;
+  }
+  return p < end ? static_cast<const char*>(std::memchr(p, '\n', static_cast<size_t>(end - p)))
+                 : nullptr;
+}
+
+// One tag of an ASCII record's lines: its code, its value's bytes [value, value_end) without
+// the line end, and where the next tag begins.
+struct AsciiTag {
+  int code;
+  const char* value;
+  const char* value_end;
+  const char* next;
+};
+
+// Reads the tag whose code line begins at `p` in an ASCII record's lines [p, end). The reader
+// checked every line when the file was loaded, so this only has to stay within the bytes.
+inline AsciiTag readAsciiTag(const char* p, const char* end) {
+  while (p < end && (*p == ' ' || *p == '\t')) ++p;
+  bool negative = p < end && *p == '-';
+  if (negative) ++p;
+  int code = 0;
+  for (; p < end && *p >= '0' && *p <= '9'; ++p) code = code * 10 + (*p - '0');
+  const char* nl = lineEnd(p, end);
+  const char* value = nl ? nl + 1 : end;
+  nl = value < end ? lineEnd(value, end) : nullptr;
+  const char* value_end = nl ? nl : end;
+  const char* next = nl ? value_end + 1 : end;
+  if (value_end > value && value_end[-1] == '\r') --value_end;
+  return {negative ? -code : code, value, value_end, next};
+}
+
 // Appends one tag's compact encoding to `out`: its code (two bytes, little-endian), then
 // twice its value's length (LEB128) and the value's bytes.
 void encodeTag(int code, std::string_view value, std::string& out);

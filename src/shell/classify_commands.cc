@@ -151,7 +151,7 @@ void classifyAutoCommand(CommandContext& context) {
   const int precision = draw::linearPrecision(database);
   int classified = 0;
   std::set<std::wstring> blocks;
-  std::optional<draw::EntityConformity> conformity;
+  draw::EntityConformity entity(database, precision);
   // The classes that may take an entity of each type, in catalogue order: made once per type
   // rather than asking every class of every entity.
   std::map<std::wstring_view, std::vector<const ObjectClass*>> classes_by_type;
@@ -183,12 +183,7 @@ void classifyAutoCommand(CommandContext& context) {
         ++classified;
         noteChangedBlock(*best, old_block, blocks);
       } else {
-        if (!conformity) {
-          conformity.emplace(database, id, precision);
-        } else {
-          conformity->reset(id);
-        }
-        draw::EntityConformity& entity = *conformity;
+        entity.reset(id);
         const ObjectClass* best = nullptr;
         int64_t best_order = INT_MIN;
         for (const ObjectClass* cls : classesOfType(entity.type())) {

@@ -61,26 +61,22 @@ void keepInOrder(std::vector<host::ObjectId>& candidates, Test passes) {
   std::erase_if(candidates, [&](host::ObjectId id) { return !passes(id); });
 }
 
-// One conformity test for a whole walk, made at first use and then turned to each entity.
+// One conformity test for a whole walk, turned to each entity as it is asked of one.
 class ConformityTests {
  public:
   explicit ConformityTests(host::Database& database)
-      : database_(database), precision_(draw::linearPrecision(database)) {}
+      : test_(database, draw::linearPrecision(database)) {}
   draw::EntityConformity& of(host::ObjectId entity) {
-    if (!test_) {
-      test_.emplace(database_, entity, precision_);
-    } else if (entity != entity_) {
-      test_->reset(entity);
+    if (entity != entity_) {
+      test_.reset(entity);
+      entity_ = entity;
     }
-    entity_ = entity;
-    return *test_;
+    return test_;
   }
 
  private:
-  host::Database& database_;
-  int precision_;
+  draw::EntityConformity test_;
   host::ObjectId entity_;
-  std::optional<draw::EntityConformity> test_;
 };
 
 // The switches of TAXOR_SEL_EXT and TAXOR_SEL_ALL; nothing when the command ends here.
