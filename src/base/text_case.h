@@ -122,7 +122,8 @@ inline std::wstring lowerCase(std::wstring_view text) {
 inline bool equalsIgnoringCase(std::wstring_view a, std::wstring_view b) {
   if (a.size() != b.size()) return false;
   for (size_t i = 0; i < a.size(); ++i) {
-    if (lowerChar(a[i]) != lowerChar(b[i])) return false;
+    // Names are mostly compared with themselves, written alike.
+    if (a[i] != b[i] && lowerChar(a[i]) != lowerChar(b[i])) return false;
   }
   return true;
 }

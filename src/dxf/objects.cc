@@ -191,11 +191,10 @@ base::Result<RecordId> attachXrecord(Document& doc, RecordId id, std::wstring_vi
   return made;
 }
 
-bool releaseExtensionDictionary(Document& doc, RecordId id) {
-  Handle h = extensionDictionaryOf(doc, id);
-  if (h == 0) return false;
-  RecordId dict = doc.byHandle(h);
-  if (dict != kNoRecord && !dictionaryEntries(doc, dict).empty()) return false;
+namespace {
+
+// Takes the "{ACAD_XDICTIONARY" group out of `id`, which then names no extension dictionary.
+void cutDictionaryGroup(Document& doc, RecordId id) {
   // The group, from its opening tag to its closing one (or the record's end).
   size_t begin = SIZE_MAX;
   size_t end = 0;
@@ -213,6 +212,16 @@ bool releaseExtensionDictionary(Document& doc, RecordId id) {
   if (begin != SIZE_MAX && begin + 2 < doc.record(id).tag_count) {
     doc.eraseTags(id, begin, end - begin);
   }
+}
+
+}  // namespace
+
+bool releaseExtensionDictionary(Document& doc, RecordId id) {
+  Handle h = extensionDictionaryOf(doc, id);
+  if (h == 0) return false;
+  RecordId dict = doc.byHandle(h);
+  if (dict != kNoRecord && !dictionaryEntries(doc, dict).empty()) return false;
+  cutDictionaryGroup(doc, id);
   if (dict != kNoRecord) doc.unlink(dict);
   return true;
 }
@@ -250,12 +259,14 @@ void eraseObject(Document& doc, RecordId id) {
         if (doc.type(next) == "SEQEND") break;
       }
     }
-    if (Handle owner = ownerOf(doc, current); owner != 0) {
-      RecordId owner_id = doc.byHandle(owner);
-      if (owner_id != kNoRecord &&
-          (doc.type(owner_id) == "DICTIONARY" || doc.type(owner_id) == "ACDBDICTIONARYWDFLT")) {
-        dictionaryRemoveObject(doc, owner_id, own);
-      }
+    Handle owner = ownerOf(doc, current);
+    RecordId owner_id = owner != 0 ? doc.byHandle(owner) : kNoRecord;
+    if (owner_id != kNoRecord &&
+        (doc.type(owner_id) == "DICTIONARY" || doc.type(owner_id) == "ACDBDICTIONARYWDFLT")) {
+      dictionaryRemoveObject(doc, owner_id, own);
+    } else if (owner_id != kNoRecord && doc.record(owner_id).xdict == own) {
+      // An extension dictionary: its object must not go on naming it.
+      cutDictionaryGroup(doc, owner_id);
     }
     doc.unlink(current);
     for (RecordId follower : followers) doc.unlink(follower);

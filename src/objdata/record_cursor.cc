@@ -258,11 +258,14 @@ int deleteRecord(TableDirectory& tables, RecordCursor& cursor) {
     return kStatusOk;
   }
 
-  (void)db.dictionaryRemove(cursor.extension_dictionary, currentKey(cursor));
-  (void)db.erase(currentContainer(cursor));
-  // Succeeds only when no other application keeps an entry in it.
-  if (auto released = db.releaseExtensionDictionary(cursor.entity); released && *released) {
+  if (cursor.entries.size() == 1) {
+    // The dictionary's only entry: erasing the dictionary takes the entry with it, and the
+    // entity no longer names it.
+    (void)db.erase(cursor.extension_dictionary);
     cursor.extension_dictionary = {};
+  } else {
+    (void)db.dictionaryRemove(cursor.extension_dictionary, currentKey(cursor));
+    (void)db.erase(currentContainer(cursor));
   }
   cursor.entries.erase(cursor.entries.begin() + static_cast<std::ptrdiff_t>(cursor.entry));
   settleOnEntry(tables, cursor, true);
