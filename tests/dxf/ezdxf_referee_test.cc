@@ -17,6 +17,7 @@
 #include "dxf/entity_factory.h"
 #include "dxf/number_text.h"
 #include "dxf/objects.h"
+#include "dxf/sample_drawing.h"
 #include "dxf/sort_entities.h"
 #include "dxf/symbol_tables.h"
 #include "dxf/xrecord.h"
@@ -245,14 +246,6 @@ TEST_P(EzdxfReferee, FindsEveryChangeAndNoNewProblem) {
   if (code != 0) dir.keep();  // for a look at what the referee objects to
 }
 
-std::string label(const testing::TestParamInfo<std::string>& info) {
-  std::string name = fs::path(info.param).stem().string();
-  for (char& c : name) {
-    if (!isalnum(static_cast<unsigned char>(c))) c = '_';
-  }
-  return name;
-}
-
 INSTANTIATE_TEST_SUITE_P(
     Corpus, EzdxfReferee,
     testing::Values("acadsharp__sample_AC1015_ascii.dxf", "acadsharp__sample_AC1032_ascii.dxf",
@@ -262,7 +255,7 @@ INSTANTIATE_TEST_SUITE_P(
                     // "*U", which ezdxf replaces with a block record of its own on loading.
                     "ezdxf__small_r13_dos932.dxf", "acadsharp__sample_AC1009_ascii.dxf",
                     "libredwg__example_r12.dxf"),
-    label);
+    [](const auto& info) { return sample::testName(info.param); });
 
 }  // namespace
 }  // namespace dxf

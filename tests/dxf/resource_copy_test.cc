@@ -30,9 +30,9 @@ Document load(const std::string& file) {
 }
 
 // The target drawing, optionally as another version (AC1021 and later are UTF-8).
-Document target(const std::string& version = "AC1015") {
+Document target(std::string_view version = "AC1015") {
   std::string bytes = testing_paths::readFile(dataPath("resource_target.dxf"));
-  return sample::parse(bytes.replace(bytes.find("AC1015"), 6, version), "target");
+  return sample::parse(sample::withVersion(bytes, version, "AC1015"), "target");
 }
 
 // An R12 drawing that uses handles.

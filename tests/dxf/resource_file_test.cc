@@ -29,19 +29,6 @@ Document drawing(const std::string& file = "resource_target.dxf") {
   return sample::parse(readData(file), file);
 }
 
-// A folder of its own for files a test writes; removed with the object.
-struct TempDir {
-  testing_paths::TempDir dir{"taxor_resfile"};
-  fs::path path = dir.path();
-  std::string write(const std::string& name, const std::string& text,
-                    bool executable = false) const {
-    std::string file = (path / name).string();
-    std::ofstream(file, std::ios::binary) << text;
-    if (executable) chmod(file.c_str(), 0755);
-    return file;
-  }
-};
-
 TEST(LinetypeFile, ParsesTextsShapesAndRotationUnits) {
   auto defs =
       parseLinetypeFile(readData("sample.lin") +
@@ -231,13 +218,19 @@ TEST(ImportResources, KeepsPatternsAndWritesWhatTheDrawingHolds) {
 }
 
 TEST(ImportResources, FailsWithoutChangingTheDrawing) {
-  TempDir dir;
-  std::string bad_lin = dir.write("bad.lin", "*X\nA,1,oops\n");
-  std::string dwg = dir.write("door.dwg", readData("resources.dxf"));
-  std::string converter = dir.write("convert.sh", "#!/bin/sh\ncp \"$1\" \"$2\"\n", true);
-  std::string failing = dir.write("fail.sh", "#!/bin/sh\nexit 3\n", true);
+  const testing_paths::TempDir dir("taxor_resfile");
+  auto write = [&](const char* name, const std::string& text, bool executable = false) {
+    std::string file = (dir / name).string();
+    std::ofstream(file, std::ios::binary) << text;
+    if (executable) chmod(file.c_str(), 0755);
+    return file;
+  };
+  std::string bad_lin = write("bad.lin", "*X\nA,1,oops\n");
+  std::string dwg = write("door.dwg", readData("resources.dxf"));
+  std::string converter = write("convert.sh", "#!/bin/sh\ncp \"$1\" \"$2\"\n", true);
+  std::string failing = write("fail.sh", "#!/bin/sh\nexit 3\n", true);
   // Sparse, so its size costs no disk space; refused before it is in memory.
-  std::string huge_pat = dir.write("huge.pat", "");
+  std::string huge_pat = write("huge.pat", "");
   fs::resize_file(huge_pat, (size_t{64} << 20) + 1);
   struct Case {
     std::string path;
@@ -246,8 +239,8 @@ TEST(ImportResources, FailsWithoutChangingTheDrawing) {
   };
   const Case cases[] = {
       {bad_lin, nullptr, bad_lin + ":2: 'oops' is not a number"},
-      {dir.write("x.txt", ""), nullptr, "not a resource file"},
-      {(dir.path / "missing.lin").string(), nullptr, "cannot read"},
+      {write("x.txt", ""), nullptr, "not a resource file"},
+      {(dir / "missing.lin").string(), nullptr, "cannot read"},
       {huge_pat, nullptr, "cannot read '" + huge_pat + "': larger than 64 MB"},
       {dwg, nullptr,
        "cannot read '" + dwg +

@@ -1,28 +1,20 @@
 // Every real drawing loads, and an unchanged drawing is written back byte for byte.
 #include <gtest/gtest.h>
 
-#include <filesystem>
 #include <string>
 #include <utility>
 #include <vector>
 
 #include "dxf/document.h"
+#include "dxf/sample_drawing.h"
 #include "test_paths.h"
 
 namespace {
 
 class CorpusRoundTrip : public testing::TestWithParam<std::string> {};
 
-std::string fileLabel(const testing::TestParamInfo<std::string>& info) {
-  std::string name = std::filesystem::path(info.param).stem().string();
-  for (char& c : name) {
-    if (!isalnum(static_cast<unsigned char>(c))) c = '_';
-  }
-  return name;
-}
-
 INSTANTIATE_TEST_SUITE_P(Corpus, CorpusRoundTrip, testing::ValuesIn(testing_paths::corpusFiles()),
-                         fileLabel);
+                         [](const auto& info) { return sample::testName(info.param); });
 
 // Every real drawing loads and is written back byte for byte when unchanged; and so is every
 // way a record can be kept after an edit, over all its records: tags set again unchanged (a

@@ -298,6 +298,11 @@ TEST_P(HostContractTest, FailuresReportTheirCodeAndChangeNothing) {
          return codeOf(d.setRelativeDrawOrder({line, gone}));
        },
        Code::kNotFound},
+      {"setRelativeDrawOrder with a dictionary",
+       [&] {
+         return codeOf(d.setRelativeDrawOrder({line, root}));
+       },
+       Code::kInvalid},
       {"layerState of an absent layer", [&] { return codeOf(d.layerState(L"No such layer")); },
        Code::kNotFound},
       {"getVar unknown", [&] { return codeOf(d.getVar("NOSUCHVARIABLE")); }, Code::kNotFound},
@@ -305,9 +310,13 @@ TEST_P(HostContractTest, FailuresReportTheirCodeAndChangeNothing) {
        [&] { return codeOf(d.setVar("NOSUCHVARIABLE", host::SysVar{int16_t{2}})); },
        Code::kNotFound},
   };
+  const std::vector<ObjectId> drawn = subject_->drawOrder();
   Log log(db());
   db().addReactor(&log);
   for (const Case& c : cases) EXPECT_EQ(c.run(), c.expected) << c.call;
+  // Refused, with a code that differs between hosts.
+  EXPECT_NE(codeOf(d.setProperty(root, host::EntityProperty::kLayer, L"0")), Code::kOk);
+  EXPECT_EQ(subject_->drawOrder(), drawn);
   db().removeReactor(&log);
   EXPECT_TRUE(log.events.empty());
   EXPECT_EQ(keysOf(parent), std::vector<std::wstring>{L"Taken"});

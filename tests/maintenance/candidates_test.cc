@@ -1,5 +1,6 @@
 // Pruning the entities a command works on by layer state. Which entities a command is given
-// (pick-first set, selection, model-space fallback) the shell tests check through the commands.
+// (pick-first set, selection, model-space fallback) and which it keeps the shell tests check
+// through the commands.
 #include "maintenance/candidates.h"
 
 #include <gtest/gtest.h>
@@ -27,12 +28,6 @@ TEST(CandidatesTest, PruningKeepsEntitiesOnUsableLayersInOrder) {
   candidates.push_back(erased);
   maintenance::pruneCandidates(host.database(), candidates);
   EXPECT_EQ(candidates, (std::vector<ObjectId>{ids[0], ids[3], ids[6]}));
-}
-
-TEST(CandidatesTest, RemovalBySwapMovesTheLastIntoThePlace) {
-  std::vector<ObjectId> ids = {ObjectId{1}, ObjectId{2}, ObjectId{3}, ObjectId{4}};
-  maintenance::removeBySwap(ids, 1);
-  EXPECT_EQ(ids, (std::vector<ObjectId>{ObjectId{1}, ObjectId{4}, ObjectId{3}}));
 }
 
 }  // namespace

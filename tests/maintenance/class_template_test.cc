@@ -63,50 +63,37 @@ draw::DrawingProperties definition(const wchar_t* type, const wchar_t* layer) {
   return p;
 }
 
-TEST(ClassTemplateTest, DistinctDefinitionsInOrderFirstMet) {
+// Definitions are kept once each, in the order first met (texts compare with case), and
+// numbered per type group; stored tables follow commented out, topology tables left out.
+TEST(ClassTemplateTest, GroupsNumberedPerTypeThenStoredTablesCommentedOut) {
   maintenance::DefinitionList list;
-  list.add(definition(L"Line", L"A"));
-  list.add(definition(L"Arc", L"A"));
-  list.add(definition(L"Line", L"A"));
-  list.add(definition(L"Line", L"a"));  // texts compare with case
-  ASSERT_EQ(list.definitions().size(), 3u);
-  EXPECT_EQ(list.definitions()[1].object_types.front(), L"Arc");
-  EXPECT_EQ(list.definitions()[2].layer.value, L"a");
-}
-
-TEST(ClassTemplateTest, GroupsNumberedPerTypeWithoutStoredTables) {
+  for (auto [type, layer] :
+       {std::pair{L"Line", L"A"}, {L"Arc", L"B"}, {L"Line", L"A"}, {L"Line", L"a"}, {L"Arc", L"B"}})
+    list.add(definition(type, layer));
   maintenance::TemplateSource source;
   source.drawing_path = L"/d/site.dxf";
   source.variables = {{L"INSUNITS", L"6"}, {L"LUPREC", L""}};
-  source.definitions = {definition(L"Line", L"A"), definition(L"Arc", L"B"),
-                        definition(L"Line", L"C")};
+  source.definitions = list.definitions();
   source.name_format = L"%T-%i";
-  std::wstring text = maintenance::composeTemplate(source);
-  const std::wstring head =
+  source.tables = {{L"PIPES", {{L"DN", 1}, {L"DEPTH", 2}, {L"NOTE", 3}, {L"AT", 4}, {L"X", 9}}},
+                   {L"TPMID_1", {{L"ID", 1}}},
+                   {L"CNTR_A", {{L"ID", 1}}}};
+  const std::wstring line = L"\tobj_type\tLine\n\t\tobj_prop\tlayer\t";
+  const std::wstring tables = L"\tvel_name\tVEL_NAME\n\t\tvel_key\tVEL_KEY\n\n";
+  EXPECT_EQ(
+      maintenance::composeTemplate(source),
       L"#BlockReference\t/d/site.dxf\n#BlockReferenceFile\t/d/site.dxf\n#Dimension\t/d/site.dxf\n"
       L"#Layer\t/d/site.dxf\n#Layout\t/d/site.dxf\n#Linetype\t/d/site.dxf\n#MLeader\t/d/site.dxf\n"
       L"#Mline\t/d/site.dxf\n#Pattern\t/d/site.dxf\n#Textstyle\t/d/site.dxf\n\n"
       L"Variable\tINSUNITS\t6\n\n"
       L"Class\tArc\t1\n\n"
-      L"obj_name\tArc-1\t1\t5000\tIcons/Arc.png\n\tobj_type\tArc\n\t\tobj_prop\tlayer\tB\n"
-      L"\tvel_name\tVEL_NAME\n\t\tvel_key\tVEL_KEY\n\n"
-      L"/Class\n\n"
-      L"Class\tLine\t1\n\n";
-  EXPECT_EQ(text.substr(0, head.size()), head);
-  EXPECT_NE(text.find(L"obj_name\tLine-1\t"), std::wstring::npos);
-  EXPECT_NE(text.find(L"obj_name\tLine-2\t"), std::wstring::npos);
-  EXPECT_TRUE(text.ends_with(L"\t\tvel_key\tVEL_KEY\n\n/Class\n\n"));
-}
-
-TEST(ClassTemplateTest, StoredTablesCommentedOut) {
-  maintenance::TemplateSource source;
-  source.tables = {{L"PIPES", {{L"DN", 1}, {L"DEPTH", 2}, {L"NOTE", 3}, {L"AT", 4}, {L"X", 9}}},
-                   {L"TPMID_1", {{L"ID", 1}}},
-                   {L"CNTR_A", {{L"ID", 1}}}};
-  EXPECT_TRUE(maintenance::composeTemplate(source).ends_with(
-      L"\n\n\n#vel_name\tPIPES\n#\tvel_fld\tDN\tdescription\tInteger\n"
-      L"#\tvel_fld\tDEPTH\tdescription\tReal\n#\tvel_fld\tNOTE\tdescription\tCharacter\n"
-      L"#\tvel_fld\tAT\tdescription\tPoint\n#\tvel_fld\tX\tdescription\tUnknown\n"));
+      L"obj_name\tArc-1\t1\t5000\tIcons/Arc.png\n\tobj_type\tArc\n\t\tobj_prop\tlayer\tB\n" +
+          tables + L"/Class\n\nClass\tLine\t1\n\nobj_name\tLine-1\t1\t5000\tIcons/Line.png\n" +
+          line + L"A\n" + tables + L"obj_name\tLine-2\t1\t5000\tIcons/Line.png\n" + line + L"a\n" +
+          tables +
+          L"/Class\n\n\n#vel_name\tPIPES\n#\tvel_fld\tDN\tdescription\tInteger\n"
+          L"#\tvel_fld\tDEPTH\tdescription\tReal\n#\tvel_fld\tNOTE\tdescription\tCharacter\n"
+          L"#\tvel_fld\tAT\tdescription\tPoint\n#\tvel_fld\tX\tdescription\tUnknown\n");
 }
 
 }  // namespace

@@ -15,7 +15,7 @@
 namespace {
 
 // The exchange procedure as TAXOR_SORT has always run it, without its repeat until nothing is
-// exchanged: after one pass nothing is.
+// exchanged: after one pass nothing is. Ties trade places: ranks 2, 2, 1 end as C, B, A.
 std::vector<size_t> literalExchangeSort(std::vector<int32_t> ranks) {
   std::vector<size_t> order(ranks.size());
   for (size_t i = 0; i < order.size(); ++i) order[i] = i;
@@ -30,9 +30,6 @@ std::vector<size_t> literalExchangeSort(std::vector<int32_t> ranks) {
 }
 
 TEST(DrawOrderTest, SameOrderAsTheExchangeProcedureOnRandomRanks) {
-  // Ties trade places: entities A, B, C of ranks 2, 2, 1 end as C, B, A.
-  EXPECT_EQ(maintenance::exchangeSortOrder(std::vector<int32_t>{2, 2, 1}),
-            (std::vector<size_t>{2, 1, 0}));
   std::mt19937 random(20261124);
   for (int round = 0; round < 4000; ++round) {
     size_t size = std::uniform_int_distribution<size_t>(0, round < 3000 ? 12 : 300)(random);
@@ -66,26 +63,10 @@ double referenceRound(double value, int places) {
   return std::strtod(text.c_str(), nullptr);
 }
 
-TEST(DecimalRoundingTest, HalvesGoAwayFromZero) {
-  struct Case {
-    double value;
-    int places;
-    double expected;
-  };
-  const Case cases[] = {
-      {0.125, 2, 0.13},   {-0.125, 2, -0.13}, {2.5, 0, 3},        {-2.5, 0, -3},
-      {2.71828, 2, 2.72}, {2.71828, 0, 3},    {3.14159, 2, 3.14}, {9.995, 2, 9.99},
-      {9.9951, 2, 10.0},  {0.5, 0, 1},        {1.005, 2, 1.0},    {12.125, 3, 12.125},
-      {1e300, 2, 1e300},  {0, 3, 0},
-  };
-  for (const Case& c : cases) {
-    EXPECT_EQ(maintenance::roundToPlaces(c.value, c.places), c.expected)
-        << c.value << " to " << c.places;
-  }
-  EXPECT_TRUE(std::isnan(maintenance::roundToPlaces(NAN, 2)));
-}
-
 TEST(DecimalRoundingTest, SameAsTheExactDecimalReference) {
+  // Beyond what the reference reads: huge values stay, NaN stays NaN.
+  EXPECT_EQ(maintenance::roundToPlaces(1e300, 2), 1e300);
+  EXPECT_TRUE(std::isnan(maintenance::roundToPlaces(NAN, 2)));
   std::mt19937_64 random(20261124);
   std::uniform_int_distribution<int> places(0, 6);
   for (int round = 0; round < 30000; ++round) {

@@ -7,10 +7,12 @@
 #include <optional>
 #include <stdexcept>
 
+#include "base/text_case.h"
 #include "base/utf.h"
 #include "catalogue/parser.h"
 #include "fakes/fake_host.h"
 #include "objdata/class_dependencies.h"
+#include "objdata/membership.h"
 #include "objdata/record_validation.h"
 
 namespace {
@@ -25,16 +27,23 @@ Value integer(int32_t v) { return objdata::makeValue(ValueType::kInteger, std::t
 Value real(double v) { return {ValueType::kReal, 0, v, {}, {}}; }
 Value unset() { return {}; }
 
-// Pipes and ducts share one table; a manhole needs two; a marker has none.
+// Utilities holds Pipe, the group Wells (Manhole, two tables) and a class named like a
+// number; Roads holds Marker, which has no table; Duct, of no group, shares Pipe's table.
 constexpr const char* kNetwork =
+    "class\tUtilities\t1\n"
     "obj_name\tPipe\t1\t1\nobj_type\tLine\nobj_prop\tlayer\tWater\n"
     "vel_name\tPIPES\nvel_key\tCLASS\nvel_fld\tDN\tDiameter\tinteger\t100\n"
-    "obj_name\tDuct\t1\t2\nobj_type\tLine\n"
-    "vel_name\tPIPES\nvel_key\tCLASS\nvel_fld\tDN\tDiameter\tinteger\t100\n"
+    "class\tWells\t1\n"
     "obj_name\tManhole\t1\t3\nobj_type\tCircle\n"
     "vel_name\tWELLS\nvel_key\tCLASS\nvel_fld\tDEPTH\tDepth\tinteger\t2\n"
     "vel_name\tLIDS\nvel_key\tKIND\nvel_fld\tLOAD\tLoad\tcharacter\tD400\n"
-    "obj_name\tMarker\t1\t4\nobj_type\tPoint\n";
+    "/class\n"
+    "obj_name\t42\t1\t1\nobj_type\tLine\n"
+    "vel_name\tPIPES\nvel_key\tCLASS\nvel_fld\tDN\tDiameter\tinteger\t100\n"
+    "/class\n"
+    "class\tRoads\t1\nobj_name\tMarker\t1\t4\nobj_type\tPoint\n/class\n"
+    "obj_name\tDuct\t1\t2\nobj_type\tLine\n"
+    "vel_name\tPIPES\nvel_key\tCLASS\nvel_fld\tDN\tDiameter\tinteger\t100\n";
 
 // One field per rule; the numeric lists are written unlike the values' own text.
 constexpr const char* kRules =
@@ -118,13 +127,11 @@ TEST(ClassifierValidation, EachFieldRule) {
       {L"NAME", text(L"P-1"), true, true},
       {L"NAME", text(L""), false, true},
       {L"NAME", unset(), false, true},
-      {L"MATERIAL", text(L"STEEL"), true, true},
       {L"MATERIAL", text(L"pvc"), true, true},
       {L"MATERIAL", text(L"copper"), false, true},
       {L"DN", integer(80), true, true},
       {L"DN", integer(90), false, true},
       {L"DN", unset(), false, true},
-      {L"SLOPE", real(0.5), true, true},
       {L"SLOPE", real(1.25), true, true},
       {L"SLOPE", real(1.2), false, true},
       {L"DEPTH", integer(1), true, true},
@@ -201,7 +208,7 @@ TEST(ClassifierValidation, EachFieldRule) {
   }
 }
 
-// Membership, unlike this, takes the key's case as it is (see RecordsNeededPerTable).
+// Membership, unlike this, takes the key's case as it is (see ClassesAndGroupsByName).
 TEST(ClassifierValidation, KeyComparesIgnoringCase) {
   Drawing run(kRules);
   const catalogue::ObjectClass& pipe = run.cls(L"pipe");
@@ -221,35 +228,61 @@ TEST(ClassifierValidation, KeyComparesIgnoringCase) {
   }
 }
 
-TEST(ClassifierMembership, RecordsNeededPerTable) {
+// A class needs a record keyed by its name in each of its tables; a group holds its classes
+// and its children's.
+TEST(ClassifierMembership, ClassesAndGroupsByName) {
   Drawing run(kNetwork);
-  const TableRecord wells{L"WELLS", {{L"CLASS", std::nullopt, text(L"Manhole")}}};
-  const TableRecord lids{L"lids", {{L"KIND", std::nullopt, text(L"Manhole")}}};
+  auto keyed = [](const wchar_t* table, const wchar_t* field, Value key) {
+    return TableRecord{table, {{field, std::nullopt, std::move(key)}}};
+  };
+  const TableRecord pipe = pipeRecord(L"PIPES", L"Pipe", 1);
+  const TableRecord duct = pipeRecord(L"PIPES", L"Duct", 1);
+  const TableRecord wells = keyed(L"wells", L"class", text(L"Manhole"));
+  const TableRecord lids = keyed(L"LIDS", L"KIND", text(L"Manhole"));
   struct Case {
     const char* name;
     std::vector<TableRecord> records;
-    const wchar_t* cls;
+    const wchar_t* cls;  // a class or a group
     bool expected;
   };
   const Case cases[] = {
       {"no records", {}, L"Pipe", false},
       {"no records, class without tables", {}, L"Marker", false},
       {"class without tables", {wells}, L"Marker", true},
-      {"exact key", {pipeRecord(L"PIPES", L"Pipe", 1)}, L"Pipe", true},
+      {"exact key", {pipe}, L"Pipe", true},
       {"table name in other case", {pipeRecord(L"pipes", L"Pipe", 1)}, L"Pipe", true},
       {"key in other case", {pipeRecord(L"PIPES", L"pipe", 1)}, L"Pipe", false},
-      {"another class's key", {pipeRecord(L"PIPES", L"Duct", 1)}, L"Pipe", false},
-      {"the other class", {pipeRecord(L"PIPES", L"Duct", 1)}, L"Duct", true},
+      {"another class's key", {duct}, L"Pipe", false},
+      {"the other class", {duct}, L"Duct", true},
       {"one of two classes on a shared table",
-       {pipeRecord(L"PIPES", L"Duct", 1), pipeRecord(L"PIPES", L"Pipe", 2)},
+       {duct, pipeRecord(L"PIPES", L"Pipe", 2)},
        L"Pipe",
        true},
       {"one of two tables", {wells}, L"Manhole", false},
       {"both tables", {lids, wells}, L"Manhole", true},
+      {"no such name", {pipe}, L"Nowhere", false},
+      {"a class of the group", {pipe}, L"utilities", true},
+      {"a class of no group", {duct}, L"Utilities", false},
+      {"group, key in other case", {pipeRecord(L"PIPES", L"pipe", 1)}, L"Utilities", false},
+      {"group, key in another table",
+       {keyed(L"WELLS", L"CLASS", text(L"Pipe"))},
+       L"Utilities",
+       false},
+      {"a child group's class", {wells, lids}, L"Utilities", true},
+      {"one of its two tables", {wells}, L"Utilities", false},
+      {"the child group itself", {lids, wells}, L"Wells", true},
+      {"not the parent's class", {pipe}, L"Wells", false},
+      {"a key stored as a number", {keyed(L"PIPES", L"CLASS", integer(42))}, L"Utilities", true},
+      {"group with a class without tables", {pipe}, L"Roads", true},
+      {"group, no records", {}, L"Roads", false},
   };
+  objdata::Membership membership(run.classifier());
   for (const Case& c : cases) {
     SCOPED_TRACE(c.name);
-    EXPECT_EQ(run.classifier().isClassifiedAs(c.records, run.cls(c.cls)), c.expected);
+    EXPECT_EQ(membership.carries(c.records, c.cls), c.expected);
+    if (const catalogue::Group* group = run.catalogue.findGroup(base::lowerCase(c.cls))) {
+      EXPECT_EQ(membership.belongsTo(c.records, *group), c.expected);
+    }
   }
 }
 
@@ -293,41 +326,12 @@ TEST(ClassifierAttach, RecordOfExpandedDefaults) {
   host::ObjectId first = run.host.addEntity(L"AcDbLine");
   host::ObjectId second = run.host.addEntity(L"AcDbLine");
   ASSERT_TRUE(run.classifier().classifyWithTable(pipe.tables.at(0), pipe, first));
-  objdata::StoredTable stored;
-  ASSERT_EQ(objdata::readStoredTable(run.host.fakeDatabase(), run.dictionary, L"PIPES", stored),
-            objdata::kStatusOk);
   ASSERT_EQ(run.classifier().applyClass(pipe, second, false, true, draw::ApplyMode::kAll),
             objdata::Classifier::Applied::kYes);
 
   for (host::ObjectId entity : {first, second})
     EXPECT_EQ(run.records(entity), "PIPES:Pipe,100,ann,Pipe-main,,0");
-  std::vector<std::wstring> names;
-  objdata::listStoredTables(run.host.fakeDatabase(), names, 7);
-  EXPECT_EQ(names, std::vector<std::wstring>{L"PIPES"});
-  objdata::StoredTable again;
-  objdata::readStoredTable(run.host.fakeDatabase(), run.dictionary, L"PIPES", again);
-  EXPECT_EQ(again.xrecord, stored.xrecord);
-  EXPECT_EQ(again.fields, stored.fields);
   EXPECT_TRUE(run.classifier().isClassifiedAs(run.classifier().records(first), pipe, true));
-}
-
-TEST(ClassifierAttach, StoredFieldOfAnotherTypeThrowsAndAttachesNothing) {
-  Drawing run(kNetwork);
-  const catalogue::ObjectClass& pipe = run.cls(L"pipe");
-  // Stored after the class file was read, so only the classifier meets the difference.
-  run.store(L"PIPES", {{L"CLASS", ValueType::kCharacter}, {L"DN", ValueType::kPoint}});
-  host::ObjectId line = run.host.addEntity(L"AcDbLine");
-  try {
-    run.classifier().classifyWithTable(pipe.tables.at(0), pipe, line);
-    ADD_FAILURE() << "no ConversionFailure";
-  } catch (const objdata::ConversionFailure& failure) {
-    EXPECT_EQ(failure.code, objdata::kConversionFailed);
-    EXPECT_EQ(failure.class_name, L"Pipe");
-    EXPECT_EQ(failure.table, L"PIPES");
-    EXPECT_EQ(failure.field, L"DN");
-    EXPECT_EQ(failure.value, L"100");
-  }
-  EXPECT_EQ(run.records(line), "");
 }
 
 TEST(ClassifierRemove, FirstMatchingRecordPerTable) {

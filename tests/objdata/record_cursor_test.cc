@@ -159,7 +159,7 @@ TEST(RecordCursorTest, WalkSkipsForeignEntriesAndHonoursTheFilterExactly) {
   }
 }
 
-TEST(RecordCursorTest, OpenReportsWhatIsMissing) {
+TEST(RecordCursorTest, OpenAndFindReportWhatIsMissing) {
   Drawing d;
   host::ObjectId bare = d.host.addEntity(L"AcDbLine");
   host::ObjectId foreign_only = d.host.addEntity(L"AcDbLine");
@@ -180,10 +180,7 @@ TEST(RecordCursorTest, OpenReportsWhatIsMissing) {
   TableRecord record = well(1.0);
   EXPECT_EQ(objdata::appendRecord(d.tables, *d.tables.find(L"Wells"), record, erased),
             objdata::kStatusEntityNotOpened);
-}
-
-TEST(RecordCursorTest, TableStoredDuringTheRunIsFound) {
-  Drawing d;
+  // A table missing when first asked for is found once stored.
   EXPECT_EQ(d.tables.find(L"Later"), nullptr);
   objdata::ensureStoredTable(d.db, d.dictionary, L"Later", {{L"N", ValueType::kInteger}});
   ASSERT_NE(d.tables.find(L"LATER"), nullptr);

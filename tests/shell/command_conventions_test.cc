@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "base/utf.h"
+#include "dxf/entity_factory.h"
 #include "dxf/sample_drawing.h"
 #include "fakes/forwarding_host.h"
 #include "shell/commands_fixture.h"
@@ -138,27 +139,19 @@ class QueueWatcher : public fakes::ForwardingHost {
   std::vector<std::string> queued;
 };
 
-// Block Sign, whose attribute LABEL references must be synchronised with.
-constexpr const char* kSignRecord =
-    "0 BLOCK_RECORD\n5 40\n330 1\n100 AcDbSymbolTableRecord\n100 AcDbBlockTableRecord\n"
-    "2 Sign\n";
-constexpr const char* kSignBlock =
-    "0 BLOCK\n5 41\n330 40\n100 AcDbEntity\n8 0\n100 AcDbBlockBegin\n2 Sign\n70 2\n"
-    "10 0.0\n20 0.0\n30 0.0\n3 Sign\n1 \n"
-    "0 ATTDEF\n5 42\n330 40\n100 AcDbEntity\n8 0\n100 AcDbText\n10 0.0\n20 0.0\n30 0.0\n"
-    "40 0.5\n1 A\n100 AcDbAttributeDefinition\n3 Label\n2 LABEL\n70 0\n"
-    "0 ENDBLK\n5 43\n330 40\n100 AcDbEntity\n8 0\n100 AcDbBlockEnd\n";
-
 TEST_F(CommandConventionsTest, ClassifyingQueuesAttsyncAndRegenWithCmdechoOff) {
-  restartWith({{"0 ENDTAB\n0 ENDSEC\n0 SECTION\n2 BLOCKS", kSignRecord},
-               {"0 ENDSEC\n0 SECTION\n2 ENTITIES", kSignBlock}});
+  // Block Sign, whose attribute LABEL references must be synchronised with.
+  auto doc = dxf::Document::parse(sample::drawing(), "sign.dxf");
+  ASSERT_TRUE(doc && dxf::addBlock(*doc, L"Sign", {}) &&
+              dxf::addAttributeDefinition(*doc, {.block = L"Sign"}, {.tag = L"LABEL"}));
+  restart(doc->serialize());
   QueueWatcher* watcher = nullptr;
   wrap_ = [&](headless::HeadlessHost& headless) -> std::unique_ptr<host::Host> {
     auto made = std::make_unique<QueueWatcher>(headless);
     watcher = made.get();
     return made;
   };
-  writeClasses(std::string(kClasses) +
+  writeClasses(kClasses +
                "obj_name\tSignpost\t1\t2\nobj_type\tBlockReference\nobj_prop\tblockname\tSign\n"
                "vel_name\tSIGNS\nvel_key\tCLASS\n"
                "obj_name\tDoorway\t1\t1\nobj_type\tBlockReference\nobj_prop\tblockname\tDoor\n"

@@ -20,41 +20,22 @@
 
 namespace commands_fixture {
 
-// Walls and partitions are polylines on layer Walls that only their colour tells apart;
-// cables are lines. Markers are arcs of colour 6, which the sample's arc is not, whose
-// allowed values are templates.
-constexpr const char* kClasses =
-    "obj_name\tWall\t1\t10\n"
-    "obj_type\tPolyline\n"
-    "obj_prop\tlayer\tWalls\n"
-    "obj_prop\tcolor\t1\t*\n"
-    "vel_name\tWALLS\n"
-    "vel_key\tCLASS\n"
-    "vel_fld\tHEIGHT\tHeight\trequired real\t2.5\t2:3\n"
-    "vel_fld\tMATERIAL\tMaterial\tcharacter\tbrick\tbrick,concrete\n"
-    "vel_fld\tNOTE\tNote\tcharacter\n"
-    "\n"
-    "obj_name\tPartition\t1\t10\n"
-    "obj_type\tPolyline\n"
-    "obj_prop\tlayer\tWalls\n"
-    "obj_prop\tcolor\t2\t*\n"
-    "vel_name\tWALLS\n"
-    "vel_key\tCLASS\n"
-    "vel_fld\tHEIGHT\tHeight\trequired real\t2.5\t2:3\n"
-    "vel_fld\tMATERIAL\tMaterial\tcharacter\tbrick\tbrick,concrete\n"
-    "vel_fld\tNOTE\tNote\tcharacter\n"
-    "\n"
-    "obj_name\tCable\t1\t5\n"
-    "obj_type\tLine\n"
-    "vel_name\tCABLES\n"
-    "vel_key\tCLASS\n"
-    "vel_fld\tKIND\tKind\tcharacter\tpower\n"
-    "\n"
-    "obj_name\tMarker\t1\t1\n"
-    "obj_type\tArc\n"
-    "obj_prop\tcolor\t6\n"
-    "vel_name\tMARKERS\n"
-    "vel_key\tCLASS\n"
+// A polyline class on layer Walls that only its colour tells from the other.
+inline std::string wallClass(const std::string& name, int color) {
+  return "obj_name\t" + name + "\t1\t10\nobj_type\tPolyline\nobj_prop\tlayer\tWalls\n" +
+         "obj_prop\tcolor\t" + std::to_string(color) + "\t*\nvel_name\tWALLS\nvel_key\tCLASS\n" +
+         "vel_fld\tHEIGHT\tHeight\trequired real\t2.5\t2:3\n"
+         "vel_fld\tMATERIAL\tMaterial\tcharacter\tbrick\tbrick,concrete\n"
+         "vel_fld\tNOTE\tNote\tcharacter\n\n";
+}
+
+// Walls and partitions; cables are lines. Markers are arcs of colour 6, which the sample's
+// arc is not, whose allowed values are templates.
+inline const std::string kClasses =
+    wallClass("Wall", 1) + wallClass("Partition", 2) +
+    "obj_name\tCable\t1\t5\nobj_type\tLine\nvel_name\tCABLES\nvel_key\tCLASS\n"
+    "vel_fld\tKIND\tKind\tcharacter\tpower\n\n"
+    "obj_name\tMarker\t1\t1\nobj_type\tArc\nobj_prop\tcolor\t6\nvel_name\tMARKERS\nvel_key\tCLASS\n"
     "vel_fld\tOWNER\tOwner\tcharacter\t$(user_name)\t$(user_name),nobody\n"
     "vel_fld\tLABEL\tLabel\tcharacter\t$(obj_name)-c\t$(obj_name)-a:$(obj_name)-m\n"
     "vel_fld\tUNTIL\tUntil\tinteger\t2999\t$(year):2999\n";
@@ -65,16 +46,6 @@ constexpr const char* kCircle = "103";
 constexpr const char* kArc = "104";
 constexpr const char* kText = "105";    // height 3
 constexpr const char* kInsert = "107";  // of block Door
-
-// The sample drawing (its "code value" lines) with `lines` put before the first occurrence
-// of `before`.
-inline std::string insertLines(std::string compact, std::string_view before,
-                               std::string_view lines) {
-  size_t at = compact.find(before);
-  if (at == std::string::npos) throw std::runtime_error("no " + std::string(before));
-  compact.insert(at, lines);
-  return compact;
-}
 
 // Whether `text` holds `part`; on failure both are shown.
 inline ::testing::AssertionResult has(const std::string& text, const std::string& part) {
@@ -111,7 +82,11 @@ class CommandsTest : public ::testing::Test {
   // Starts again on the sample drawing with each `lines` put before the first `before`.
   void restartWith(std::initializer_list<std::pair<std::string_view, std::string_view>> edits) {
     std::string compact = sample::readCompact("sample_drawing.txt");
-    for (const auto& [before, lines] : edits) compact = insertLines(compact, before, lines);
+    for (const auto& [before, lines] : edits) {
+      size_t at = compact.find(before);
+      if (at == std::string::npos) throw std::runtime_error("no " + std::string(before));
+      compact.insert(at, lines);
+    }
     restart(sample::toDxf(compact));
   }
 

@@ -38,27 +38,22 @@ class TemplateCommandsTest : public commands_fixture::CommandsTest {
   }
 };
 
-TEST_F(TemplateCommandsTest, EqualEntitiesGiveOneClass) {
+// Equal entities give one class, anonymous blocks none.
+TEST_F(TemplateCommandsTest, OneClassPerDistinctDefinition) {
   dxf::Document& doc = session().drawing;
   host::ObjectId a = add(dxf::addLine(doc, {.layer = L"Walls"}, {0, 0, 0}, {1, 0, 0}));
   host::ObjectId b = add(dxf::addLine(doc, {.layer = L"Walls"}, {5, 5, 0}, {9, 1, 0}));
-  EXPECT_TRUE(has(writeTemplate({a, b}), "Completed: 1/2\n"));
-  std::string text = testing_paths::readFile(path());
-  EXPECT_TRUE(text.starts_with("\xEF\xBB\xBF#BlockReference\t"));
-  EXPECT_TRUE(has(text, "obj_name\tline_1_Walls\t1\t5000\tIcons/Line.png\n"));
-  EXPECT_EQ(text.find("line_2"), std::string::npos);
-}
-
-TEST_F(TemplateCommandsTest, AnonymousBlocksGiveNoClass) {
-  dxf::Document& doc = session().drawing;
   ASSERT_TRUE(dxf::addBlock(doc, L"*U7", {0, 0, 0}));
   host::ObjectId anonymous = add(dxf::addInsert(doc, {}, {.block_name = L"*U7"}));
   EXPECT_TRUE(
-      has(writeTemplate({anonymous, id(commands_fixture::kInsert)}, "%T-%i"), "Completed: 1/2\n"));
+      has(writeTemplate({a, b, anonymous, id(commands_fixture::kInsert)}), "Completed: 2/4\n"));
   std::string text = testing_paths::readFile(path());
-  EXPECT_TRUE(has(text, "obj_name\tBlockReference-1\t"));
+  EXPECT_TRUE(text.starts_with("\xEF\xBB\xBF#BlockReference\t"));
+  EXPECT_TRUE(has(text, "obj_name\tline_1_Walls\t1\t5000\tIcons/Line.png\n"));
+  EXPECT_TRUE(has(text, "obj_name\tblockreference_1_0\t"));
   EXPECT_TRUE(has(text, "\t\tobj_prop\tblockName\tDoor\n"));
-  EXPECT_EQ(text.find("*U7"), std::string::npos);
+  for (const char* absent : {"line_2", "blockreference_2", "*U7"})
+    EXPECT_EQ(text.find(absent), std::string::npos) << absent;
 }
 
 TEST_F(TemplateCommandsTest, RefusedFormatsAndFiles) {
