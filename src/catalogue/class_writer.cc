@@ -1,6 +1,7 @@
 #include "catalogue/class_writer.h"
 
 #include <algorithm>
+#include <charconv>
 #include <string_view>
 #include <utility>
 
@@ -33,14 +34,25 @@ std::wstring typeWord(FieldType type) {
 
 // A text as one column: a TAB in it is written as the parser's escape, a backslash before
 // the TAB, so that it does not start a column of its own.
-std::wstring cell(const std::wstring& text) {
-  std::wstring out;
-  out.reserve(text.size());
+void appendCell(std::wstring_view text, std::wstring& out) {
   for (wchar_t c : text) {
     if (c == L'\t') out += L'\\';
     out += c;
   }
+}
+
+std::wstring cell(const std::wstring& text) {
+  std::wstring out;
+  out.reserve(text.size());
+  appendCell(text, out);
   return out;
+}
+
+void appendNumber(int32_t value, std::wstring& out) {
+  char digits[16];
+  auto [end, error] = std::to_chars(digits, digits + sizeof digits, value);
+  (void)error;
+  out.append(digits, end);
 }
 
 // A column the parser would drop when empty keeps its place with a blank.
@@ -80,31 +92,58 @@ int32_t defaultDrawOrder(const draw::DrawingProperties& properties) {
   return order;
 }
 
-std::wstring writeClassDefinition(const ObjectClass& cls, const Catalogue* catalogue,
-                                  int precision) {
-  const std::vector<std::wstring>& types = cls.objectTypes();
-  std::wstring icon = types.empty() ? std::wstring() : L"Icons/" + types.front() + L".png";
-  bool enabled = true;
-  int32_t draw_order = defaultDrawOrder(cls.properties);
-  if (const ObjectClass* known = catalogue ? catalogue->findObject(cls.display_name) : nullptr) {
-    icon = known->icon;
-    enabled = known->enabled;
-    draw_order = known->draw_order;
+namespace {
+
+// The obj_name, obj_type and property lines; an empty `icon` is left out.
+void appendClass(std::wstring_view name, bool enabled, int32_t draw_order, std::wstring_view icon,
+                 const draw::DrawingProperties& properties, int precision, std::wstring& out) {
+  out += L"obj_name\t";
+  appendCell(name, out);
+  out += enabled ? L"\t1\t" : L"\t0\t";
+  appendNumber(draw_order, out);
+  if (!icon.empty()) {
+    out += L'\t';
+    appendCell(icon, out);
   }
-  std::wstring out = L"obj_name\t" + cell(cls.display_name) + L"\t" + (enabled ? L"1" : L"0") +
-                     L"\t" + std::to_wstring(draw_order);
-  if (!icon.empty()) out += L"\t" + cell(icon);
   out += L"\n\tobj_type\t";
+  const std::vector<std::wstring>& types = properties.object_types;
   for (size_t i = 0; i < types.size(); ++i) {
     if (i > 0) out += L", ";
     out += types[i];
   }
-  out += L"\n";
-  out += draw::propertyLines(cls.properties, precision);
+  out += L'\n';
+  out += draw::propertyLines(properties, precision);
+}
+
+}  // namespace
+
+void appendClassDefinition(const ObjectClass& cls, const Catalogue* catalogue, int precision,
+                           std::wstring& out) {
+  if (const ObjectClass* known = catalogue ? catalogue->findObject(cls.display_name) : nullptr) {
+    appendClass(cls.display_name, known->enabled, known->draw_order, known->icon, cls.properties,
+                precision, out);
+  } else {
+    appendClassDefinition(cls.display_name, cls.properties, precision, out);
+  }
   for (const TableDefinition& table : cls.tables) {
-    out += L"\tvel_name\t" + table.name + L"\n";
+    out += L"\tvel_name\t";
+    out += table.name;
+    out += L'\n';
     for (const FieldDefinition& field : table.fields) writeField(field, out);
   }
+}
+
+void appendClassDefinition(std::wstring_view name, const draw::DrawingProperties& properties,
+                           int precision, std::wstring& out) {
+  const std::vector<std::wstring>& types = properties.object_types;
+  std::wstring icon = types.empty() ? std::wstring() : L"Icons/" + types.front() + L".png";
+  appendClass(name, true, defaultDrawOrder(properties), icon, properties, precision, out);
+}
+
+std::wstring writeClassDefinition(const ObjectClass& cls, const Catalogue* catalogue,
+                                  int precision) {
+  std::wstring out;
+  appendClassDefinition(cls, catalogue, precision, out);
   return out;
 }
 

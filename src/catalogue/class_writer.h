@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <string>
+#include <string_view>
 
 #include "catalogue/catalogue.h"
 
@@ -23,5 +24,11 @@ int32_t defaultDrawOrder(const draw::DrawingProperties& properties);
 // therefore not always be read back as it was.
 std::wstring writeClassDefinition(const ObjectClass& cls, const Catalogue* catalogue,
                                   int precision);
+// The same appended to `out`.
+void appendClassDefinition(const ObjectClass& cls, const Catalogue* catalogue, int precision,
+                           std::wstring& out);
+// That of a class named `name` with `properties`, no tables, and in no catalogue.
+void appendClassDefinition(std::wstring_view name, const draw::DrawingProperties& properties,
+                           int precision, std::wstring& out);
 
 }  // namespace catalogue

@@ -2,6 +2,9 @@
 // written, and the equality that keeps one class per distinct kind of entity.
 #pragma once
 
+#include <memory>
+#include <string>
+
 #include "draw/object_properties.h"
 #include "host/database.h"
 
@@ -19,6 +22,25 @@ namespace draw {
 // type name, or with a name the class file cannot hold (see isWritableName), gives no type.
 DrawingProperties buildDefinitionFromEntity(host::Database& database, host::ObjectId entity,
                                             int precision);
+
+// Reads the definitions of many entities, one after another, with the same buffers: a
+// drawing has far fewer kinds of entity than entities, and a definition is costly to build.
+class DefinitionReader {
+ public:
+  DefinitionReader(host::Database& database, int precision);
+  ~DefinitionReader();
+
+  // What buildDefinitionFromEntity reads of `entity`, as the file would hold it, in a text
+  // that is only good until the next call. Entities of equal keys have equal definitions,
+  // and entities whose definitions have a type have equal keys only then.
+  const std::string& kindKey(host::ObjectId entity);
+  // buildDefinitionFromEntity(database, entity, precision).
+  DrawingProperties build(host::ObjectId entity);
+
+ private:
+  struct State;
+  std::unique_ptr<State> state_;
+};
 
 // Whether `name` reads back from a class-file column as written: not empty, not the
 // any-marker, no comment sign, TAB or line end, no blank at either end, no final backslash.

@@ -1,6 +1,7 @@
 #include "maintenance/class_template.h"
 
-#include <map>
+#include <charconv>
+#include <cstdint>
 
 #include "base/text_case.h"
 #include "base/utf.h"
@@ -50,8 +51,25 @@ bool isForeignTable(std::wstring_view name) {
   return false;
 }
 
-std::wstring layerOf(const draw::DrawingProperties& definition) {
-  return definition.layer.isSet() ? definition.layer.value : std::wstring();
+std::wstring_view layerOf(const draw::DrawingProperties& definition) {
+  return definition.layer.isSet() ? std::wstring_view(definition.layer.value) : std::wstring_view();
+}
+
+// base::toUtf8 of `text` appended to `out`; runs of ASCII, most of a template, are copied as
+// they are.
+void appendUtf8(std::wstring_view text, std::string& out) {
+  auto ascii = [](wchar_t c) { return static_cast<uint32_t>(c) < 0x80; };
+  size_t i = 0;
+  while (i < text.size()) {
+    size_t end = i;
+    while (end < text.size() && ascii(text[end])) ++end;
+    size_t at = out.size();
+    out.resize(at + (end - i));
+    for (; i < end; ++i) out[at++] = static_cast<char>(text[i]);
+    while (end < text.size() && !ascii(text[end])) ++end;
+    if (end > i) out += base::toUtf8(text.substr(i, end - i));
+    i = end;
+  }
 }
 
 }  // namespace
@@ -65,11 +83,14 @@ bool isValidNameFormat(std::wstring_view format) {
 std::wstring expandClassName(std::wstring_view format, int number, std::wstring_view layer,
                              std::wstring_view type) {
   std::wstring name(format);
-  replaceAll(name, L"%i", std::to_wstring(number));
+  char digits[16];
+  auto written = std::to_chars(digits, digits + sizeof digits, number);
+  replaceAll(name, L"%i", std::wstring(digits, written.ptr));
   replaceAll(name, L"%L", layer);
-  replaceAll(name, L"%l", base::lowerCase(layer));
+  // Lowered only when asked for: a template names thousands of classes.
+  if (name.find(L"%l") != std::wstring::npos) replaceAll(name, L"%l", base::lowerCase(layer));
   replaceAll(name, L"%T", type);
-  replaceAll(name, L"%t", base::lowerCase(type));
+  if (name.find(L"%t") != std::wstring::npos) replaceAll(name, L"%t", base::lowerCase(type));
   return name;
 }
 
@@ -82,90 +103,77 @@ std::wstring className(std::wstring_view format, int number, std::wstring_view l
   return name;
 }
 
-namespace {
+TemplateWriter::TemplateWriter(std::wstring name_format, int precision)
+    : name_format_(std::move(name_format)), precision_(precision) {}
 
-// Equal definitions hash equal: only what operator== compares goes in, with 0 and -0 alike.
-size_t hashOf(const draw::DrawingProperties& d) {
-  size_t hash = 0;
-  auto mix = [&hash](size_t value) { hash = (hash ^ value) * 1099511628211ull; };
-  std::hash<std::wstring> text;
-  for (const std::wstring& type : d.object_types) mix(text(type));
-  for (const draw::ColorSpec& color : d.color) {
-    for (int32_t part : color) mix(static_cast<size_t>(part));
-  }
-  mix(text(d.layer.value));
-  mix(text(d.linetype.value));
-  mix(std::hash<double>()(d.linetype_scale.value + 0.0));
-  mix(static_cast<size_t>(d.lineweight.value));
-  mix(text(d.block_name.value));
-  mix(text(d.text_style.value));
-  mix(std::hash<double>()(d.text_height.value + 0.0));
-  return hash;
+void TemplateWriter::add(const draw::DrawingProperties& definition) {
+  if (definition.object_types.empty()) return;
+  const std::wstring& type = definition.object_types.front();
+  auto group = groups_.find(type);
+  if (group == groups_.end()) group = groups_.emplace(type, Group()).first;
+  std::wstring name = className(name_format_, ++group->second.members, layerOf(definition), type);
+  chunk_.clear();
+  catalogue::appendClassDefinition(name, definition, precision_, chunk_);
+  chunk_ += L"\tvel_name\tVEL_NAME\n\t\tvel_key\tVEL_KEY\n\n";
+  appendUtf8(chunk_, group->second.text);
+  ++classes_;
 }
 
-}  // namespace
-
-void DefinitionList::add(draw::DrawingProperties definition) {
-  size_t hash = hashOf(definition);
-  auto [begin, end] = by_hash_.equal_range(hash);
-  for (auto it = begin; it != end; ++it) {
-    if (draw::sameDefinition(definitions_[it->second], definition)) return;
-  }
-  by_hash_.emplace(hash, definitions_.size());
-  definitions_.push_back(std::move(definition));
-}
-
-std::deque<draw::DrawingProperties> DefinitionList::take() {
-  by_hash_.clear();
-  return std::move(definitions_);
-}
-
-std::wstring composeTemplate(TemplateSource source) {
-  std::wstring out;
+void TemplateWriter::finish(std::wstring_view drawing_path,
+                            const std::vector<std::pair<std::wstring, std::wstring>>& variables,
+                            const std::vector<StoredTableOutline>& tables, std::string& out) const {
+  std::wstring head;
   for (std::wstring_view keyword : kResourceKeywords) {
-    if (!out.empty()) out += L"\n";
-    out += L"#";
-    out += keyword;
-    out += L"\t" + source.drawing_path;
+    if (!head.empty()) head += L'\n';
+    head += L'#';
+    head += keyword;
+    head += L'\t';
+    head += drawing_path;
   }
-  out += L"\n\n";
-
+  head += L"\n\n";
   bool any_variable = false;
-  for (const auto& [name, value] : source.variables) {
+  for (const auto& [name, value] : variables) {
     if (value.empty()) continue;
-    out += L"Variable\t" + name + L"\t" + value + L"\n";
+    head += L"Variable\t";
+    head += name;
+    head += L'\t';
+    head += value;
+    head += L'\n';
     any_variable = true;
   }
-  if (any_variable) out += L"\n";
+  if (any_variable) head += L'\n';
 
-  std::map<std::wstring, std::vector<size_t>> groups;
-  for (size_t i = 0; i < source.definitions.size(); ++i) {
-    const auto& types = source.definitions[i].object_types;
-    if (!types.empty()) groups[types.front()].push_back(i);
-  }
-  for (const auto& [type, members] : groups) {
-    out += L"Class\t" + type + L"\t1\n\n";
-    int number = 0;
-    for (size_t index : members) {
-      catalogue::ObjectClass cls;
-      cls.properties = std::move(source.definitions[index]);
-      cls.display_name = className(source.name_format, ++number, layerOf(cls.properties), type);
-      out += catalogue::writeClassDefinition(cls, nullptr, source.precision);
-      out += L"\tvel_name\tVEL_NAME\n\t\tvel_key\tVEL_KEY\n\n";
-    }
-    out += L"/Class\n\n";
-  }
-
-  for (const StoredTableOutline& table : source.tables) {
+  std::wstring tail;
+  for (const StoredTableOutline& table : tables) {
     if (isForeignTable(table.name)) continue;
-    out += L"\n#vel_name\t" + table.name + L"\n";
+    tail += L"\n#vel_name\t";
+    tail += table.name;
+    tail += L'\n';
     for (const auto& [field, type] : table.fields) {
-      out += L"#\tvel_fld\t" + field + L"\tdescription\t";
-      out += valueTypeWord(type);
-      out += L"\n";
+      tail += L"#\tvel_fld\t";
+      tail += field;
+      tail += L"\tdescription\t";
+      tail += valueTypeWord(type);
+      tail += L'\n';
     }
   }
-  return out;
+
+  std::string head_text;
+  appendUtf8(head, head_text);
+  std::string tail_text;
+  appendUtf8(tail, tail_text);
+  size_t size = out.size() + head_text.size() + tail_text.size();
+  for (const auto& [type, group] : groups_) size += group.text.size() + 2 * type.size() + 32;
+  out.reserve(size);
+  out += head_text;
+  for (const auto& [type, group] : groups_) {
+    out += "Class\t";
+    appendUtf8(type, out);
+    out += "\t1\n\n";
+    out += group.text;
+    out += "/Class\n\n";
+  }
+  out += tail_text;
 }
 
 }  // namespace maintenance

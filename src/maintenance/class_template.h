@@ -3,10 +3,9 @@
 // followed by the object-data tables the drawing stores, commented out.
 #pragma once
 
-#include <deque>
+#include <map>
 #include <string>
 #include <string_view>
-#include <unordered_map>
 #include <utility>
 #include <vector>
 
@@ -30,22 +29,6 @@ std::wstring expandClassName(std::wstring_view format, int number, std::wstring_
 std::wstring className(std::wstring_view format, int number, std::wstring_view layer,
                        std::wstring_view type);
 
-// The distinct definitions of a drawing's entities, in the order first met.
-class DefinitionList {
- public:
-  // Adds `definition` unless a draw::sameDefinition one is there already.
-  void add(draw::DrawingProperties definition);
-  const std::deque<draw::DrawingProperties>& definitions() const { return definitions_; }
-  std::deque<draw::DrawingProperties> take();
-
- private:
-  // A deque: definitions are large, and a vector would move them all each time it grows.
-  std::deque<draw::DrawingProperties> definitions_;
-  // Indexes into definitions_ by a hash of the properties that tell most definitions apart:
-  // a drawing may hold thousands of kinds of one type on one layer.
-  std::unordered_multimap<size_t, size_t> by_hash_;
-};
-
 // An object-data table as the drawing stores it: its fields' names and value types (1
 // integer, 2 real, 3 character, 4 point).
 struct StoredTableOutline {
@@ -53,20 +36,35 @@ struct StoredTableOutline {
   std::vector<std::pair<std::wstring, int>> fields;
 };
 
-struct TemplateSource {
-  std::wstring drawing_path;
-  // (name, value as text); a variable without a value is left out.
-  std::vector<std::pair<std::wstring, std::wstring>> variables;
-  std::deque<draw::DrawingProperties> definitions;
-  // In the drawing's order; tables of other applications' prefixes are left out.
-  std::vector<StoredTableOutline> tables;
-  std::wstring name_format{kInitialNameFormat};
-  // The drawing's LUPREC: the decimals of every number written.
-  int precision = 4;
-};
+// The file's text, in UTF-8, made class by class as definitions come: a drawing's definitions
+// need not all be kept. Type groups come in plain text order of the type names, and
+// definitions are numbered from 1 within their group, in the order added.
+class TemplateWriter {
+ public:
+  TemplateWriter(std::wstring name_format, int precision);
 
-// The file's whole text. Type groups come in plain text order of the type names, and
-// definitions are numbered from 1 within their group, in list order.
-std::wstring composeTemplate(TemplateSource source);
+  // Writes the class of `definition`; one without a type is left out. Callers add each
+  // definition once.
+  void add(const draw::DrawingProperties& definition);
+  int classes() const { return classes_; }
+  // Appends the whole text to `out`: resource lines naming `drawing_path`, the `variables`
+  // (name, value as text) that have a value, the classes, and then `tables` in their order,
+  // commented out, but for those of other applications' prefixes.
+  void finish(std::wstring_view drawing_path,
+              const std::vector<std::pair<std::wstring, std::wstring>>& variables,
+              const std::vector<StoredTableOutline>& tables, std::string& out) const;
+
+ private:
+  struct Group {
+    int members = 0;
+    std::string text;
+  };
+
+  std::wstring name_format_;
+  int precision_;
+  int classes_ = 0;
+  std::map<std::wstring, Group, std::less<>> groups_;
+  std::wstring chunk_;  // the class being written, before it is encoded
+};
 
 }  // namespace maintenance

@@ -1,7 +1,13 @@
 #include "shell/template_commands.h"
 
+#include <algorithm>
+#include <cstdint>
+#include <functional>
 #include <set>
+#include <string>
+#include <string_view>
 #include <variant>
+#include <vector>
 
 #include "base/utf.h"
 #include "draw/conformity.h"
@@ -71,6 +77,55 @@ bool isTemplateClass(host::Database& database, const draw::DrawingProperties& de
   return !block.empty() && !block.starts_with(L'*') && !database.isExternalReference(block);
 }
 
+// The kind keys met so far. Open addressing over one buffer of keys: a drawing asks it once
+// per entity, and most keys are found.
+class KindSet {
+ public:
+  // Whether `key` was not there before; it is now.
+  bool insert(std::string_view key) {
+    if (2 * (entries_.size() + 1) > slots_.size()) grow();
+    size_t hash = std::hash<std::string_view>()(key);
+    size_t mask = slots_.size() - 1;
+    for (size_t i = hash & mask;; i = (i + 1) & mask) {
+      uint32_t slot = slots_[i];
+      if (slot == 0) {
+        entries_.push_back({hash, keys_.size(), key.size()});
+        keys_ += key;
+        slots_[i] = static_cast<uint32_t>(entries_.size());
+        return true;
+      }
+      const Entry& entry = entries_[slot - 1];
+      if (entry.hash == hash && keyOf(entry) == key) return false;
+    }
+  }
+
+ private:
+  struct Entry {
+    size_t hash;
+    size_t offset;
+    size_t size;
+  };
+
+  std::string_view keyOf(const Entry& entry) const {
+    return std::string_view(keys_).substr(entry.offset, entry.size);
+  }
+
+  void grow() {
+    std::vector<uint32_t> slots(std::max<size_t>(1024, 2 * slots_.size()), 0);
+    size_t mask = slots.size() - 1;
+    for (size_t e = 0; e < entries_.size(); ++e) {
+      size_t i = entries_[e].hash & mask;
+      while (slots[i] != 0) i = (i + 1) & mask;
+      slots[i] = static_cast<uint32_t>(e + 1);
+    }
+    slots_ = std::move(slots);
+  }
+
+  std::vector<uint32_t> slots_;  // 1 + an index into entries_; 0 is free
+  std::vector<Entry> entries_;
+  std::string keys_;
+};
+
 }  // namespace
 
 void templateCommand(CommandContext& context) {
@@ -100,23 +155,21 @@ void templateCommand(CommandContext& context) {
   if (!path) return;
 
   const int precision = draw::linearPrecision(database);
-  maintenance::DefinitionList definitions;
+  maintenance::TemplateWriter writer(state.template_name_format, precision);
+  // Entities far outnumber their kinds: a definition is built for the first of each kind
+  // only, and equal keys are equal definitions, so no class comes twice.
+  draw::DefinitionReader reader(database, precision);
+  KindSet kinds;
   for (host::ObjectId id : *candidates) {
-    if (!database.isEntity(id)) continue;
-    draw::DrawingProperties definition = draw::buildDefinitionFromEntity(database, id, precision);
-    if (isTemplateClass(database, definition)) definitions.add(std::move(definition));
+    if (!database.isEntity(id) || !kinds.insert(reader.kindKey(id))) continue;
+    draw::DrawingProperties definition = reader.build(id);
+    if (isTemplateClass(database, definition)) writer.add(definition);
   }
 
-  maintenance::TemplateSource source;
-  source.drawing_path = context.host().document().fileName();
-  source.variables = templateVariables(database);
-  source.definitions = definitions.take();
-  source.tables = storedTables(database);
-  source.name_format = state.template_name_format;
-  source.precision = precision;
-  const auto written = static_cast<int>(source.definitions.size());
-  std::string text =
-      kUtf8ByteOrderMark + base::toUtf8(maintenance::composeTemplate(std::move(source)));
+  std::string text = kUtf8ByteOrderMark;
+  writer.finish(context.host().document().fileName(), templateVariables(database),
+                storedTables(database), text);
+  const int written = writer.classes();
   if (!context.host().writeTextFile(*path, text)) {
     // The message is shown as the string table has it: its placeholder is not filled.
     context.host().dialogs().messageBox(context.text(StringId::kCaptionError),

@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <array>
+#include <map>
 #include <numbers>
 #include <set>
 
@@ -66,14 +67,31 @@ void anglesToRadians(DrawingProperties& p) {
   return ::testing::AssertionSuccess();
 }
 
-// Round-trips the definition of every entity of `database` at each precision; returns the
+// Round-trips the definition of every entity of `database` at each precision, and checks
+// that entities have equal kind keys exactly when their definitions are equal; returns the
 // types described.
 std::set<std::wstring> roundTripAll(headless::DxfDatabase& database, const std::string& what) {
   std::set<std::wstring> types;
-  for (host::ObjectId id : database.modelSpaceEntities()) {
-    for (int precision : {0, 3, 8}) {
+  for (int precision : {0, 3, 8}) {
+    draw::DefinitionReader reader(database, precision);
+    std::map<std::string, DrawingProperties> by_key;
+    // Keys of distinct definitions by type and layer, so that few are compared.
+    std::map<std::pair<std::wstring, std::wstring>, std::vector<std::string>> keys_of;
+    for (host::ObjectId id : database.modelSpaceEntities()) {
+      std::string key = reader.kindKey(id);
       DrawingProperties definition = draw::buildDefinitionFromEntity(database, id, precision);
+      if (auto known = by_key.find(key); known != by_key.end()) {
+        EXPECT_TRUE(draw::sameDefinition(known->second, definition)) << what << ": one key";
+        continue;
+      }
+      by_key.emplace(key, definition);
       if (definition.object_types.empty()) continue;
+      std::vector<std::string>& keys =
+          keys_of[{definition.object_types.front(), definition.layer.value}];
+      for (const std::string& other : keys) {
+        EXPECT_FALSE(draw::sameDefinition(by_key.at(other), definition)) << what << ": two keys";
+      }
+      keys.push_back(std::move(key));
       types.insert(definition.object_types.front());
       EXPECT_TRUE(roundTrips(definition, precision))
           << what << " " << base::toUtf8(database.entityClass(id)) << " at LUPREC " << precision;

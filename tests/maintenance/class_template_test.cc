@@ -63,31 +63,29 @@ draw::DrawingProperties definition(const wchar_t* type, const wchar_t* layer) {
   return p;
 }
 
-// Definitions are kept once each, in the order first met (texts compare with case), and
-// numbered per type group; stored tables follow commented out, topology tables left out.
+// Classes are numbered per type group, groups in name order; stored tables follow commented
+// out, topology tables left out.
 TEST(ClassTemplateTest, GroupsNumberedPerTypeThenStoredTablesCommentedOut) {
-  maintenance::DefinitionList list;
-  for (auto [type, layer] :
-       {std::pair{L"Line", L"A"}, {L"Arc", L"B"}, {L"Line", L"A"}, {L"Line", L"a"}, {L"Arc", L"B"}})
-    list.add(definition(type, layer));
-  maintenance::TemplateSource source;
-  source.drawing_path = L"/d/site.dxf";
-  source.variables = {{L"INSUNITS", L"6"}, {L"LUPREC", L""}};
-  source.definitions = list.definitions();
-  source.name_format = L"%T-%i";
-  source.tables = {{L"PIPES", {{L"DN", 1}, {L"DEPTH", 2}, {L"NOTE", 3}, {L"AT", 4}, {L"X", 9}}},
-                   {L"TPMID_1", {{L"ID", 1}}},
-                   {L"CNTR_A", {{L"ID", 1}}}};
+  maintenance::TemplateWriter writer(L"%T-%i", 4);
+  for (auto [type, layer] : {std::pair{L"Line", L"A"}, {L"Arc", L"Brücke Ω"}, {L"Line", L"a"}})
+    writer.add(definition(type, layer));
+  EXPECT_EQ(writer.classes(), 3);
+  std::string text;
+  writer.finish(L"/d/site.dxf", {{L"INSUNITS", L"6"}, {L"LUPREC", L""}},
+                {{L"PIPES", {{L"DN", 1}, {L"DEPTH", 2}, {L"NOTE", 3}, {L"AT", 4}, {L"X", 9}}},
+                 {L"TPMID_1", {{L"ID", 1}}},
+                 {L"CNTR_A", {{L"ID", 1}}}},
+                text);
   const std::wstring line = L"\tobj_type\tLine\n\t\tobj_prop\tlayer\t";
   const std::wstring tables = L"\tvel_name\tVEL_NAME\n\t\tvel_key\tVEL_KEY\n\n";
   EXPECT_EQ(
-      maintenance::composeTemplate(source),
+      base::fromUtf8(text),
       L"#BlockReference\t/d/site.dxf\n#BlockReferenceFile\t/d/site.dxf\n#Dimension\t/d/site.dxf\n"
       L"#Layer\t/d/site.dxf\n#Layout\t/d/site.dxf\n#Linetype\t/d/site.dxf\n#MLeader\t/d/site.dxf\n"
       L"#Mline\t/d/site.dxf\n#Pattern\t/d/site.dxf\n#Textstyle\t/d/site.dxf\n\n"
       L"Variable\tINSUNITS\t6\n\n"
       L"Class\tArc\t1\n\n"
-      L"obj_name\tArc-1\t1\t5000\tIcons/Arc.png\n\tobj_type\tArc\n\t\tobj_prop\tlayer\tB\n" +
+      L"obj_name\tArc-1\t1\t5000\tIcons/Arc.png\n\tobj_type\tArc\n\t\tobj_prop\tlayer\tBrücke Ω\n" +
           tables + L"/Class\n\nClass\tLine\t1\n\nobj_name\tLine-1\t1\t5000\tIcons/Line.png\n" +
           line + L"A\n" + tables + L"obj_name\tLine-2\t1\t5000\tIcons/Line.png\n" + line + L"a\n" +
           tables +
