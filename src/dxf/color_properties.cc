@@ -65,14 +65,18 @@ void registerApp(Document& doc, std::string_view app) {
 
 }  // namespace
 
-PropValue getColor(const Document& doc, RecordId /*id*/, std::span<const Tag> tags) {
+PropValue colorOf(const Document& doc, const std::optional<Tag>& index,
+                  const std::optional<Tag>& rgb) {
   EntityColor color;
   int64_t number = 0;
-  std::optional<Tag> tag = findInGroup(doc, tags, "AcDbEntity", 62);
-  if (tag && parseInt(doc.text(*tag), number)) color.index = static_cast<int>(number);
-  tag = findInGroup(doc, tags, "AcDbEntity", 420);
-  if (tag && parseInt(doc.text(*tag), number)) color.rgb = static_cast<uint32_t>(number) & 0xFFFFFF;
+  if (index && parseInt(doc.text(*index), number)) color.index = static_cast<int>(number);
+  if (rgb && parseInt(doc.text(*rgb), number)) color.rgb = static_cast<uint32_t>(number) & 0xFFFFFF;
   return color;
+}
+
+PropValue getColor(const Document& doc, RecordId /*id*/, std::span<const Tag> tags) {
+  return colorOf(doc, findInGroup(doc, tags, "AcDbEntity", 62),
+                 findInGroup(doc, tags, "AcDbEntity", 420));
 }
 
 base::Status setColor(Document& doc, RecordId id, const PropValue& value) {

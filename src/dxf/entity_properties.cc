@@ -339,24 +339,35 @@ base::Status setPlain(Document& doc, RecordId id, const PlainProp& row, const Pr
 
 }  // namespace
 
+std::optional<PropValue> getGeneralProperty(const Document& doc, RecordId id, Prop prop) {
+  if (id >= doc.recordCount()) return std::nullopt;
+  bool known = false;
+  if (prop == Prop::kColor) {
+    std::optional<Tag> index = doc.findInEntityGroup(id, 62, known);
+    if (!known) return std::nullopt;
+    return props::colorOf(doc, index, doc.findInEntityGroup(id, 420, known));
+  }
+  const PlainProp* plain = findRow<PlainProp>(kPlainProps, prop, doc.type(id));
+  if (!plain || plain->markers != "AcDbEntity") return std::nullopt;
+  if (prop == Prop::kLayer) {
+    std::optional<std::string_view> layer = doc.knownLayer(id);
+    if (!layer) return std::nullopt;
+    return doc.codec().decode(*layer);
+  }
+  // The general properties follow the layer in its group.
+  std::optional<Tag> tag = doc.findInEntityGroup(id, plain->code, known);
+  if (!known) return std::nullopt;
+  return plainValue(doc, tag, *plain);
+}
+
 PropValue getProperty(const Document& doc, RecordId id, Prop prop) {
   if (id >= doc.recordCount()) return {};
+  if (std::optional<PropValue> value = getGeneralProperty(doc, id, prop)) return *value;
   std::string_view type = doc.type(id);
   if (const CompoundProp* compound = findRow<CompoundProp>(kCompoundProps, prop, type)) {
     return compound->get(doc, id, doc.tags(id));
   }
   if (const PlainProp* plain = findRow<PlainProp>(kPlainProps, prop, type)) {
-    if (prop == Prop::kLayer) {
-      if (std::optional<std::string_view> layer = doc.knownLayer(id)) {
-        return doc.codec().decode(*layer);
-      }
-    } else if (plain->markers == "AcDbEntity") {
-      // The general properties follow the layer in its group: read from there when the load
-      // noted where it lies.
-      bool known = false;
-      std::optional<Tag> tag = doc.findInEntityGroup(id, plain->code, known);
-      if (known) return plainValue(doc, tag, *plain);
-    }
     return getPlain(doc, doc.scan(id), *plain);
   }
   return {};

@@ -66,6 +66,11 @@ PropValue getProperty(const Document& doc, RecordId id, Prop prop);
 // The same from the tags of `id` as doc.tags(id) gave them since its last change: for a
 // reader of several properties of one entity, which decodes it once.
 PropValue getProperty(const Document& doc, RecordId id, std::span<const Tag> tags, Prop prop);
+// The same for the layer and the general properties of the AcDbEntity group (colour,
+// linetype, its scale, lineweight), read without scanning the entity's tags, where the load
+// noted where its layer lies (Document::knownLayer, Document::findInEntityGroup); nothing
+// otherwise. Commands read these of every entity they visit.
+std::optional<PropValue> getGeneralProperty(const Document& doc, RecordId id, Prop prop);
 
 // Sets `prop` on entity `id`. Names (layer, linetype, styles, block) must exist in the
 // drawing: an unknown name is a kNotFound error and nothing changes. A property the

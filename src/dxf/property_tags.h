@@ -56,6 +56,9 @@ double radiansToDegrees(double radians);
 // `id` that the caller decoded; each setter returns kUnsupported for a drawing that cannot
 // hold the value.
 PropValue getColor(const Document& doc, RecordId id, std::span<const Tag> tags);
+// The colour that an index tag (62) and a true-colour tag (420), each there or not, give.
+PropValue colorOf(const Document& doc, const std::optional<Tag>& index,
+                  const std::optional<Tag>& rgb);
 base::Status setColor(Document& doc, RecordId id, const PropValue& value);
 
 PropValue getMtextContents(const Document& doc, RecordId id, std::span<const Tag> tags);

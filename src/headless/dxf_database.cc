@@ -361,8 +361,8 @@ void DxfDatabase::getPropertyInto(ObjectId entity, host::EntityProperty property
     value = std::monostate{};
     return;
   }
-  // Every walk asks each entity for its layer, which the load noted where to find: that
-  // read does not count as one that scans the entity.
+  // Every walk asks each entity for its layer and general properties, which the load noted
+  // where to find: those reads do not count as ones that scan the entity.
   if (property == host::EntityProperty::kLayer) {
     if (std::optional<std::string_view> layer = drawing_.knownLayer(r)) {
       auto* text = std::get_if<std::wstring>(&value);
@@ -372,6 +372,10 @@ void DxfDatabase::getPropertyInto(ObjectId entity, host::EntityProperty property
     }
   }
   auto prop = static_cast<dxf::Prop>(property);
+  if (std::optional<dxf::PropValue> general = dxf::getGeneralProperty(drawing_, r, prop)) {
+    value = toHost(std::move(*general));
+    return;
+  }
   if (r != property_record_ || drawing_.revision() != property_revision_) {
     // A single read scans no further than the property; a second decodes the entity once.
     value = toHost(dxf::getProperty(drawing_, r, prop));

@@ -286,11 +286,12 @@ TEST(EntityPropLayer, IsTheFirstLayerTagOfTheEntityGroup) {
       {"without markers", "5 100\n8 Walls\n330 1F\n", L"Walls"},
       {"with blanks", "5 100\n330 1F\n100 AcDbEntity\n8  Walls \n100 AcDbLine\n", L" Walls "},
       {"with general properties after it",
-       "5 100\n330 1F\n100 AcDbEntity\n8 Walls\n6 Dashed\n102 {APP\n48 9\n102 }\n48 2.5\n"
-       "100 AcDbLine\n370 25\n",
+       "5 100\n330 1F\n100 AcDbEntity\n8 Walls\n6 Dashed\n102 {APP\n48 9\n62 5\n102 }\n48 2.5\n"
+       "420 16711680\n100 AcDbLine\n370 25\n",
        L"Walls"},
       {"with general properties before it",
-       "5 100\n330 1F\n100 AcDbEntity\n48 2.5\n8 Walls\n6 Dashed\n100 AcDbLine\n", L"Walls"},
+       "5 100\n330 1F\n100 AcDbEntity\n48 2.5\n62 3\n8 Walls\n6 Dashed\n62 4\n100 AcDbLine\n",
+       L"Walls"},
   };
   for (const Case& c : cases) {
     for (bool crlf : {false, true}) {
@@ -310,19 +311,20 @@ TEST(EntityPropLayer, IsTheFirstLayerTagOfTheEntityGroup) {
       auto readsBack = [&](const char* step, const std::wstring& layer) {
         SCOPED_TRACE(step);
         EXPECT_TRUE(sameValue(dxf::getProperty(doc, line, Prop::kLayer), layer));
+        // The general properties, read from the layer on where it opens its group, are those
+        // a reading of all the tags finds.
+        const dxf::TagList all = doc.tags(line);
+        for (Prop prop : {Prop::kColor, Prop::kLinetype, Prop::kLinetypeScale, Prop::kLineweight}) {
+          EXPECT_TRUE(sameValue(dxf::getProperty(doc, line, prop),
+                                dxf::getProperty(doc, line, std::span<const dxf::Tag>(all), prop)))
+              << static_cast<int>(prop);
+        }
         Document reread = parse(doc.serialize());
         dxf::RecordId again = entity(reread, h::kLine);
         EXPECT_EQ(tagLines(reread, again), tagLines(doc, line));
         EXPECT_TRUE(sameValue(dxf::getProperty(reread, again, Prop::kLayer), layer));
       };
       readsBack("as loaded", c.layer);
-      // The general properties, read from the layer on where it opens its group, are those a
-      // reading of all the tags finds.
-      const dxf::TagList all = doc.tags(line);
-      for (Prop prop : {Prop::kLinetype, Prop::kLinetypeScale, Prop::kLineweight}) {
-        EXPECT_TRUE(sameValue(dxf::getProperty(doc, line, prop),
-                              dxf::getProperty(doc, line, std::span<const dxf::Tag>(all), prop)));
-      }
       const std::vector<std::string> loaded = tagLines(doc, line);
       if (auto layer = std::find(loaded.begin(), loaded.end(), "8 " + base::toUtf8(c.layer));
           layer != loaded.end()) {
