@@ -43,7 +43,30 @@ void Document::noteTags(RecordId id, std::span<const Tag> tags) {
   setFacts(id, type, factsOf(*this, tags));
 }
 
-void Document::noteFacts(RecordId id) { setFacts(id, records_[id].type, factsOf(*this, scan(id))); }
+void Document::noteFacts(RecordId id) { noteFacts(id, records_[id].type); }
+
+void Document::noteFacts(RecordId id, uint16_t type) {
+  const Record& r = records_[id];
+  // Where the record's file bytes lie: the layer's place is noted when its tag is read from
+  // them, not from tags that replaced some of them.
+  uint32_t file_begin = 0;
+  uint32_t file_end = 0;
+  if (format_ == Format::kAscii && r.spliced) {
+    SpliceHeader h = spliceHeader(r);
+    file_begin = h.raw_begin;
+    file_end = h.raw_begin + h.raw_size;
+  } else if (format_ == Format::kAscii && !r.changed) {
+    file_begin = r.pos;
+    file_end = r.pos + r.size;
+  }
+  RecordFactsReader reader;
+  TagScan tags = scan(id);
+  for (auto it = tags.begin(); it != tags.end() && !reader.done(); ++it) {
+    bool in_file = it.position() >= file_begin && it.position() < file_end;
+    reader.add(it->code, text(*it), in_file ? raw_.data() + file_begin : nullptr);
+  }
+  setFacts(id, type, reader.facts());
+}
 
 void Document::setFacts(RecordId id, uint16_t type, const RecordFacts& facts) {
   ++revision_;
@@ -74,11 +97,19 @@ std::optional<std::string_view> Document::knownLayer(RecordId id) const {
 std::optional<Tag> Document::findInEntityGroup(RecordId id, int code, bool& known) const {
   known = false;
   const Record& r = records_[id];
-  if (!r.layer_opens_group || r.spliced || r.changed || format_ != Format::kAscii) {
-    return std::nullopt;
+  if (!r.layer_opens_group || r.changed || format_ != Format::kAscii) return std::nullopt;
+  std::string_view file;
+  if (r.spliced) {
+    uint32_t resume_at = 0;
+    splicedSource(r, &file, nullptr, &resume_at);
+    // The tags from the layer on must be the file's own, the replaced run before them.
+    if (r.layer_at < resume_at) return std::nullopt;
+  } else {
+    file = std::string_view(raw_).substr(r.pos, r.size);
   }
-  const char* at = raw_.data() + r.pos + r.layer_at;
-  const char* end = raw_.data() + r.pos + r.size;
+  if (r.layer_at >= file.size()) return std::nullopt;
+  const char* at = file.data() + r.layer_at;
+  const char* end = file.data() + file.size();
   // The tags after the layer's value line.
   const char* nl = static_cast<const char*>(std::memchr(at, '\n', static_cast<size_t>(end - at)));
   at = nl ? nl + 1 : end;

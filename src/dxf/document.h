@@ -219,8 +219,10 @@ class Document {
   // (structure names, markers, keys, layer and style names) by their shared number.
   void encode(std::span<const Tag> tags, std::string& out);
   void encodeOne(int code, std::string_view value, std::string& out);
-  // Reads the facts of `id` again from its tags as they are, its structure name aside.
+  // Reads the facts of `id` again from its tags as they are, its structure name aside (or
+  // given as `type`).
   void noteFacts(RecordId id);
+  void noteFacts(RecordId id, uint16_t type);
   // Sets the facts a record caches, after its tags changed.
   void setFacts(RecordId id, uint16_t type, const RecordFacts& facts);
 

@@ -229,7 +229,6 @@ void Document::insertTags(RecordId id, size_t index, std::span<const Tag> tags) 
 void Document::eraseTags(RecordId id, size_t index, size_t count) {
   if (count == 0) return;
   Record& r = records_[id];
-  const uint8_t layer_at = r.layer_at;
   // The structure name stays (index > 0): the facts are read again from the record as it is.
   if (index > 0 && !r.spliced && spliceable(r) && index + count <= r.tag_count) {
     // The record stays its file bytes, with the run cut out where a scan finds it.
@@ -247,7 +246,6 @@ void Document::eraseTags(RecordId id, size_t index, size_t count) {
     splice(id, static_cast<uint32_t>(index), offset, static_cast<uint32_t>(count),
            resume - offset, {});
     noteFacts(id);
-    if (layer_at < offset || layer_at >= resume) records_[id].layer_at = layer_at;
     return;
   }
   if (index > 0 && r.spliced) {
@@ -256,7 +254,6 @@ void Document::eraseTags(RecordId id, size_t index, size_t count) {
       // Exactly what a splice put in: the record is its file bytes again.
       keepFileBytes(r, h.raw_begin, h.raw_size, h.file_tags);
       noteFacts(id);
-      records_[id].layer_at = layer_at;
       return;
     }
   }
@@ -278,7 +275,8 @@ void Document::setTags(RecordId id, std::span<const Tag> tags) {
     return;
   }
   if (trySplice(id, tags)) {
-    noteTags(id, tags);
+    auto first = tags.begin();
+    noteFacts(id, first != tags.end() && first->code == 0 ? internType(text(*first)) : 0);
     return;
   }
   // Read before the rewrite in place, which may overwrite the values `tags` point to.

@@ -308,17 +308,20 @@ TEST(EntityPropLayer, IsTheFirstLayerTagOfTheEntityGroup) {
       }
       Document doc = parse(bytes);
       dxf::RecordId line = entity(doc, h::kLine);
+      // The general properties, read from the layer on where it opens its group, are those a
+      // reading of all the tags finds.
+      auto generalAsTagsHoldThem = [](const Document& d, dxf::RecordId id) {
+        const dxf::TagList all = d.tags(id);
+        for (Prop prop : {Prop::kColor, Prop::kLinetype, Prop::kLinetypeScale, Prop::kLineweight}) {
+          EXPECT_TRUE(sameValue(dxf::getProperty(d, id, prop),
+                                dxf::getProperty(d, id, std::span<const dxf::Tag>(all), prop)))
+              << static_cast<int>(prop);
+        }
+      };
       auto readsBack = [&](const char* step, const std::wstring& layer) {
         SCOPED_TRACE(step);
         EXPECT_TRUE(sameValue(dxf::getProperty(doc, line, Prop::kLayer), layer));
-        // The general properties, read from the layer on where it opens its group, are those
-        // a reading of all the tags finds.
-        const dxf::TagList all = doc.tags(line);
-        for (Prop prop : {Prop::kColor, Prop::kLinetype, Prop::kLinetypeScale, Prop::kLineweight}) {
-          EXPECT_TRUE(sameValue(dxf::getProperty(doc, line, prop),
-                                dxf::getProperty(doc, line, std::span<const dxf::Tag>(all), prop)))
-              << static_cast<int>(prop);
-        }
+        generalAsTagsHoldThem(doc, line);
         Document reread = parse(doc.serialize());
         dxf::RecordId again = entity(reread, h::kLine);
         EXPECT_EQ(tagLines(reread, again), tagLines(doc, line));
@@ -334,6 +337,15 @@ TEST(EntityPropLayer, IsTheFirstLayerTagOfTheEntityGroup) {
         cut.eraseTags(id, static_cast<size_t>(layer - loaded.begin()), 1);
         EXPECT_TRUE(sameValue(dxf::getProperty(cut, id, Prop::kLayer), L"0"));
         EXPECT_EQ(tagLines(parse(cut.serialize()), id), tagLines(cut, id));
+      }
+      {
+        // A colour set on the file bytes goes after the layer: the tags from there on are no
+        // longer all the file's.
+        SCOPED_TRACE("colour set on the file bytes");
+        Document coloured = parse(bytes);
+        dxf::RecordId id = entity(coloured, h::kLine);
+        ASSERT_TRUE(dxf::setProperty(coloured, id, Prop::kColor, EntityColor{2, std::nullopt}));
+        generalAsTagsHoldThem(coloured, id);
       }
       ASSERT_TRUE(dxf::ensureExtensionDictionary(doc, line).isOk());
       readsBack("extension dictionary given", c.layer);
