@@ -3,15 +3,20 @@
 // "\0EDITS" and the edits' bytes; a drawing without them gets a fixed list of edits. The
 // edits create records (entities, extension dictionaries, XRECORDs with typed values),
 // insert tags into unchanged records and take them out again, take values out of entities,
-// remove dictionary entries, unlink and move entities and set header variables. Then the written drawing must read back to the same records in the
-// same order with the same tags, each untouched ASCII record as its very bytes, each XRECORD
-// written to the values it was given, and must write back the same.
+// remove dictionary entries, unlink and move entities and set header variables. An entity's
+// layer and general properties, read where the load noted them, must then be what its tags
+// say. The written drawing must read back to the same records in the same order with the
+// same tags, each untouched ASCII record as its very bytes, each XRECORD written to the
+// values it was given, and must write back the same.
 #include <algorithm>
+#include <cmath>
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -20,6 +25,7 @@
 #include "base/utf.h"
 #include "dxf/dictionary.h"
 #include "dxf/document.h"
+#include "dxf/entity_properties.h"
 #include "dxf/objects.h"
 #include "dxf/xrecord.h"
 
@@ -309,6 +315,29 @@ TagTexts textsOf(const dxf::Document& doc, dxf::RecordId id) {
 
 // Every handle given out while editing lies below the written $HANDSEED, when the header has
 // one (without it, readers take the highest handle).
+// The layer and general properties each record gives without a scan, against a read of all
+// its tags: edits keep where the layer lies, and what follows it, in step with the tags.
+void checkGeneralProperties(const dxf::Document& doc) {
+  auto same = [](const dxf::PropValue& a, const dxf::PropValue& b) {
+    const auto* x = std::get_if<double>(&a);
+    const auto* y = std::get_if<double>(&b);
+    return a == b || (x && y && std::isnan(*x) && std::isnan(*y));
+  };
+  for (dxf::RecordId id = doc.first(); id != dxf::kNoRecord; id = doc.next(id)) {
+    std::optional<dxf::TagList> all;
+    for (dxf::Prop prop : {dxf::Prop::kLayer, dxf::Prop::kColor, dxf::Prop::kLinetype,
+                           dxf::Prop::kLinetypeScale, dxf::Prop::kLineweight}) {
+      std::optional<dxf::PropValue> general = dxf::getGeneralProperty(doc, id, prop);
+      if (!general) continue;
+      if (!all) all.emplace(doc.scan(id));
+      if (!same(*general, dxf::getProperty(doc, id, std::span<const dxf::Tag>(*all), prop))) {
+        failWith("property " + std::to_string(static_cast<int>(prop)) + " of " +
+                 std::string(doc.type(id)) + " read without a scan differs from its tags");
+      }
+    }
+  }
+}
+
 void checkHandseed(const dxf::Document& again, dxf::Handle highest) {
   std::vector<dxf::Tag> seed = again.headerVariable("$HANDSEED");
   if (highest == 0 || seed.empty()) return;
@@ -405,6 +434,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   EditBytes bytes(edits);
   Editor editor(*doc, bytes);
   editor.run();
+  checkGeneralProperties(*doc);
 
   const std::string written = doc->serialize();
   // TAXOR_FUZZ_WRITTEN=PATH keeps the written drawing, to follow a reproducer.
