@@ -112,7 +112,7 @@ void appendClass(std::wstring_view name, bool enabled, int32_t draw_order, std::
     out += types[i];
   }
   out += L'\n';
-  out += draw::propertyLines(properties, precision);
+  draw::appendPropertyLines(properties, precision, out);
 }
 
 }  // namespace

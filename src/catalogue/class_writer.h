@@ -15,8 +15,8 @@ namespace catalogue {
 int32_t defaultDrawOrder(const draw::DrawingProperties& properties);
 
 // The whole text of `cls`, each line ended by "\n": its `obj_name` line, its `obj_type` line,
-// its property lines (see draw::propertyLines; numbers with `precision` decimals), then its
-// tables with their key and field lines. The icon, enabled flag and draw order come from the
+// its property lines (see draw::appendPropertyLines; numbers with `precision` decimals), then
+// its tables with their key and field lines. The icon, enabled flag and draw order come from the
 // class of the same name in `catalogue` when there is one; otherwise the icon is
 // "Icons/TYPE.png" for the first type, the class is enabled and its draw order is
 // defaultDrawOrder. `catalogue` may be null. A TAB inside a text is written with the

@@ -52,8 +52,8 @@ std::wstring colorText(const ColorSpec& color) {
 
 class LineWriter {
  public:
-  explicit LineWriter(int precision)
-      : precision_(precision), tolerance_(std::pow(0.1, precision)) {}
+  LineWriter(int precision, std::wstring& out)
+      : precision_(precision), tolerance_(std::pow(0.1, precision)), out_(out) {}
 
   std::wstring real(double v) const { return formatReal(v, precision_); }
   std::wstring degrees(double radians) const { return real(radians * kToDegrees); }
@@ -114,12 +114,10 @@ class LineWriter {
     out_ += L'\n';
   }
 
-  std::wstring take() { return std::move(out_); }
-
  private:
   int precision_;
   double tolerance_;
-  std::wstring out_;
+  std::wstring& out_;
 };
 
 }  // namespace
@@ -150,8 +148,8 @@ double writtenReal(double value, int precision) {
   return out;
 }
 
-std::wstring propertyLines(const DrawingProperties& p, int precision) {
-  LineWriter w(precision);
+void appendPropertyLines(const DrawingProperties& p, int precision, std::wstring& out) {
+  LineWriter w(precision, out);
   w.colors(L"color", p.color);
   w.text(L"layer", p.layer);
   w.text(L"linetype", p.linetype);
@@ -192,7 +190,6 @@ std::wstring propertyLines(const DrawingProperties& p, int precision) {
                [](int32_t v) { return codeName(kTextJustificationNames, v, 0); });
   w.text(L"textStyle", p.text_style);
   w.text(L"text", p.text);
-  return w.take();
 }
 
 }  // namespace draw

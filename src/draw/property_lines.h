@@ -18,6 +18,7 @@ double writtenReal(double value, int precision);
 // degrees. A list is the first value, then a TAB and the others joined by ", "; a range the
 // value, then a TAB and "lower:upper". Colour lists are written as lists, so that they read
 // back as the same specs. A circle class without mode or radius gets "circleMode Center".
-std::wstring propertyLines(const DrawingProperties& properties, int precision);
+// Appended to `out`: a template writes thousands of classes.
+void appendPropertyLines(const DrawingProperties& properties, int precision, std::wstring& out);
 
 }  // namespace draw
