@@ -115,8 +115,9 @@ TEST(HeadlessHostTest, QueuedTextRunsBeforeTheRestOfTheInput) {
   EXPECT_EQ(ran, (std::vector<std::wstring>{L"FIRST", L"SECOND", L"THIRD"}));
 }
 
-// Handles and ALL are answered in the commands' tests (shell/); the dialogs' check boxes
-// too, cancelled at each of them (shell/command_conventions_test.cc).
+// Handles and ALL are answered in the commands' tests (shell/), and the dialogs' check boxes
+// cancelled at each of them (shell/command_conventions_test.cc); here, that such a cancel
+// leaves the boxes as they were.
 TEST(HeadlessHostTest, SelectionDialogsAndTheDocumentsName) {
   struct Case {
     const char* answers;
@@ -144,6 +145,11 @@ TEST(HeadlessHostTest, SelectionDialogsAndTheDocumentsName) {
   auto chosen = session.host->dialogs().chooseItems(L"Remove", {L"pipe", L"cable"});
   ASSERT_TRUE(chosen.has_value());
   EXPECT_EQ(*chosen, std::vector<std::wstring>{L"pipe"});  // offered sorted: cable, pipe
+  // Check boxes cancelled at the second keep what they held before the first was answered.
+  std::vector<host::CheckBox> boxes = {{L"Layer", false}, {L"Colour", false}};
+  session.input.addText("1\n\x1b");
+  EXPECT_FALSE(session.host->dialogs().checkBoxes(L"Apply", boxes));
+  EXPECT_FALSE(boxes[0].checked);
   session.input.addText("\n");
   EXPECT_FALSE(session.host->dialogs().openFile(L"Classes", {L"txt"}, L"").has_value());
   // Opened as "test.dxf", the document is named by its full path.
