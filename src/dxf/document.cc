@@ -1,10 +1,8 @@
 #include "dxf/document.h"
 
 #include <algorithm>
-#include <charconv>
 #include <cstring>
 
-#include "base/utf.h"
 #include "dxf/group_code.h"
 #include "dxf/number_text.h"
 #include "dxf/record_facts.h"
@@ -46,24 +44,16 @@ void Document::noteTags(RecordId id, std::span<const Tag> tags) {
 void Document::noteFacts(RecordId id) { noteFacts(id, records_[id].type); }
 
 void Document::noteFacts(RecordId id, uint16_t type) {
-  const Record& r = records_[id];
-  // Where the record's file bytes lie: the layer's place is noted when its tag is read from
-  // them, not from tags that replaced some of them.
-  uint32_t file_begin = 0;
-  uint32_t file_end = 0;
-  if (format_ == Format::kAscii && r.spliced) {
-    SpliceHeader h = spliceHeader(r);
-    file_begin = h.raw_begin;
-    file_end = h.raw_begin + h.raw_size;
-  } else if (format_ == Format::kAscii && !r.changed) {
-    file_begin = r.pos;
-    file_end = r.pos + r.size;
-  }
+  // The layer's place is noted when its tag is read from the file bytes the record keeps,
+  // not from tags that replaced some of them.
+  std::string_view file = keptFileBytes(records_[id]);
+  const auto file_begin = file.empty() ? 0 : static_cast<uint32_t>(file.data() - raw_.data());
+  const auto file_end = static_cast<uint32_t>(file_begin + file.size());
   RecordFactsReader reader;
   TagScan tags = scan(id);
   for (auto it = tags.begin(); it != tags.end() && !reader.done(); ++it) {
     bool in_file = it.position() >= file_begin && it.position() < file_end;
-    reader.add(it->code, text(*it), in_file ? raw_.data() + file_begin : nullptr);
+    reader.add(it->code, text(*it), in_file ? file.data() : nullptr);
   }
   setFacts(id, type, reader.facts());
 }
@@ -78,16 +68,20 @@ void Document::setFacts(RecordId id, uint16_t type, const RecordFacts& facts) {
   r.layer_opens_group = r.layer_at != 0 && facts.layer_opens_group;
 }
 
+std::string_view Document::keptFileBytes(const Record& r) const {
+  if (format_ != Format::kAscii) return {};
+  if (r.spliced) {
+    SpliceHeader h = spliceHeader(r);
+    return std::string_view(raw_).substr(h.raw_begin, h.raw_size);
+  }
+  if (r.changed) return {};
+  return std::string_view(raw_).substr(r.pos, r.size);
+}
+
 std::optional<std::string_view> Document::knownLayer(RecordId id) const {
   const Record& r = records_[id];
-  if (r.layer_at == 0 || r.changed || format_ != Format::kAscii) return std::nullopt;
-  std::string_view file;
-  if (r.spliced) {
-    splicedSource(r, &file);
-  } else {
-    file = std::string_view(raw_).substr(r.pos, r.size);
-  }
-  if (r.layer_at >= file.size()) return std::nullopt;
+  std::string_view file = keptFileBytes(r);
+  if (r.layer_at == 0 || r.layer_at >= file.size()) return std::nullopt;
   std::string_view value = file.substr(r.layer_at);
   value = value.substr(0, value.find('\n'));
   if (!value.empty() && value.back() == '\r') value.remove_suffix(1);
@@ -97,16 +91,10 @@ std::optional<std::string_view> Document::knownLayer(RecordId id) const {
 std::optional<Tag> Document::findInEntityGroup(RecordId id, int code, bool& known) const {
   known = false;
   const Record& r = records_[id];
-  if (!r.layer_opens_group || r.changed || format_ != Format::kAscii) return std::nullopt;
-  std::string_view file;
-  if (r.spliced) {
-    uint32_t resume_at = 0;
-    splicedSource(r, &file, nullptr, &resume_at);
-    // The tags from the layer on must be the file's own, the replaced run before them.
-    if (r.layer_at < resume_at) return std::nullopt;
-  } else {
-    file = std::string_view(raw_).substr(r.pos, r.size);
-  }
+  if (!r.layer_opens_group) return std::nullopt;
+  // The tags from the layer on must be the file's own, a replaced run before them.
+  if (r.spliced && r.layer_at < spliceHeader(r).resume) return std::nullopt;
+  std::string_view file = keptFileBytes(r);
   if (r.layer_at >= file.size()) return std::nullopt;
   const char* at = file.data() + r.layer_at;
   const char* end = file.data() + file.size();
@@ -399,141 +387,6 @@ void Document::setHeaderVariable(std::string_view name, std::span<const Tag> val
     out.insert(out.end(), value_tags.begin(), value_tags.end());
   }
   setTags(head, out);
-}
-
-void Document::addFault(uint32_t offset, const std::string& name, std::string what) {
-  pending_faults_.emplace_back(offset, placeOf(name, offset) + std::move(what));
-}
-
-uint32_t Document::offsetOf(RecordId id, const Tag* tag) const {
-  if (tag != nullptr && format_ == Format::kAscii && !records_[id].changed) return tag->value.pos;
-  return fileBytes(id).first;
-}
-
-// "LINE 2F", naming an object as a CAD program's audit does.
-static std::string objectName(std::string_view type, Handle handle) {
-  return std::string(type) + " " + formatHandle(handle);
-}
-
-// The first object with a handle keeps it: references in the file most likely mean that one.
-void Document::indexLoadedHandles(const std::string& name) {
-  auto duplicate = [&](Handle handle, RecordId first, RecordId id) {
-    records_[id].rehandle = true;
-    addFault(offsetOf(id), name,
-             "warning: " + objectName(type(id), handle) + " uses the handle of " +
-                 objectName(type(first), handle) + " at " + lineOf(offsetOf(first)) +
-                 "; references to the handle mean the first, and this one is given a new "
-                 "handle when it is changed (an audit in a CAD program repairs the file)");
-  };
-  Handle largest = 0;
-  for (const auto& [handle, id] : handles_) largest = std::max(largest, handle);
-  handle_count_ = handles_.size();
-  if (!handles_.empty()) next_handle_ = largest + 1;
-  dense_ = denseEnough(largest);
-  dense_handles_.clear();
-  if (dense_) {
-    // Writers count handles up, so a direct index is the rule: filled in file order, it
-    // finds the handles used twice without sorting.
-    if (!handles_.empty()) dense_handles_.assign(largest + 1, kNoRecord);
-    handle_count_ = 0;
-    for (const auto& [handle, id] : handles_) {
-      RecordId& slot = dense_handles_[handle];
-      if (slot != kNoRecord) {
-        duplicate(handle, slot, id);
-        continue;
-      }
-      slot = id;
-      ++handle_count_;
-    }
-    handles_ = {};  // the direct index answers alone
-    return;
-  }
-  std::sort(handles_.begin(), handles_.end());  // equal handles: file order, ids rising
-  size_t kept = 0;
-  for (size_t i = 0; i < handles_.size(); ++i) {
-    auto [handle, id] = handles_[i];
-    if (kept == 0 || handle != handles_[kept - 1].first) {
-      handles_[kept++] = handles_[i];
-      continue;
-    }
-    duplicate(handle, handles_[kept - 1].second, id);
-  }
-  handles_.resize(kept);
-  handle_count_ = kept;
-}
-
-// Dangling entries of ordinary dictionaries are common in real drawings and are treated as
-// absent where they are read; a dangling extension dictionary is reported, since data
-// attached to the object later replaces it.
-void Document::noteDanglingExtensionDictionaries(const std::string& name) {
-  for (RecordId id : xdict_candidates_) {
-    Handle xdict = records_[id].xdict;
-    if (xdict != 0 && byHandle(xdict) != kNoRecord) continue;
-    TagScan record_tags = scan(id);
-    std::optional<Tag> pointer;
-    bool in_group = false;
-    for (const Tag& tag : record_tags) {
-      if (tag.code == 100) break;
-      if (tag.code == 102) in_group = text(tag) == "{ACAD_XDICTIONARY";
-      if (in_group && tag.code != 102) {
-        pointer = tag;
-        break;
-      }
-    }
-    std::string value = pointer ? std::string(text(*pointer)) : std::string();
-    // Never given to a new object: that one would become this object's dictionary.
-    next_handle_ = std::max(next_handle_, xdict + 1);
-    addFault(offsetOf(id, pointer ? &*pointer : nullptr), name,
-             "warning: " + objectName(type(id), records_[id].handle) +
-                 ": the extension dictionary handle '" + value +
-                 "' names no object; the object is read as having none, and attaching data "
-                 "to it gives it a new one");
-  }
-  xdict_candidates_ = {};
-}
-
-// Text that is not UTF-8 in a drawing that declares it is read with U+FFFD in its place
-// and written back as it came. One report, naming the first: such files are usually
-// wrong throughout (another code page saved as UTF-8).
-void Document::noteTextThatIsNotUtf8(const std::string& name) {
-  std::optional<std::pair<RecordId, Tag>> first;
-  size_t count = 0;
-  for (RecordId id = first_; id != kNoRecord; id = records_[id].next) {
-    for (const Tag& tag : scan(id)) {
-      if (valueKind(tag.code) != ValueKind::kString || base::isValidUtf8(text(tag))) continue;
-      if (!first) first.emplace(id, tag);
-      ++count;
-    }
-  }
-  if (!first) return;
-  auto [id, tag] = *first;
-  std::string more = count == 1 ? "" : " (and " + std::to_string(count - 1) + " more values)";
-  addFault(offsetOf(id, &tag), name,
-           "warning: group code " + std::to_string(tag.code) + " of " +
-               objectName(type(id), records_[id].handle) + " holds bytes that are not UTF-8" +
-               more +
-               "; they read as U+FFFD and are written back unchanged (save the drawing "
-               "again from the program that made it to repair it)");
-}
-
-uint64_t Document::lineNumber(uint32_t offset) const {
-  if (line_ends_.empty()) {
-    for (size_t at = raw_.find('\n'); at != std::string::npos; at = raw_.find('\n', at + 1)) {
-      line_ends_.push_back(static_cast<uint32_t>(at));
-    }
-    line_ends_.push_back(UINT32_MAX);  // the last line, and a mark that the ends were found
-  }
-  return 1 + (std::lower_bound(line_ends_.begin(), line_ends_.end(), offset) - line_ends_.begin());
-}
-
-std::string Document::lineOf(uint32_t offset) const {
-  if (format_ == Format::kBinary) return "byte " + std::to_string(offset);
-  return "line " + std::to_string(lineNumber(offset));
-}
-
-std::string Document::placeOf(const std::string& name, uint32_t offset) const {
-  if (format_ == Format::kBinary) return name + ": byte " + std::to_string(offset) + ": ";
-  return name + ":" + std::to_string(lineNumber(offset)) + ": ";
 }
 
 base::Status Document::buildStructure(const std::string& name) {

@@ -245,6 +245,9 @@ class Document {
     uint32_t header_size = 0;         // where the new tags' encoding begins
   };
   SpliceHeader spliceHeader(const Record& r) const;
+  // The bytes of an ASCII file that `r` still keeps: all of them when it is unchanged, those
+  // around the replaced run when it is spliced; none when it is written from its tags.
+  std::string_view keptFileBytes(const Record& r) const;
   // The file bytes [begin, end) of the unchanged record `id`.
   std::pair<uint32_t, uint32_t> fileBytes(RecordId id) const {
     if (format_ == Format::kBinary) return binary_raw_[id];

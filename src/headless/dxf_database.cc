@@ -363,16 +363,16 @@ void DxfDatabase::getPropertyInto(ObjectId entity, host::EntityProperty property
   }
   // Every walk asks each entity for its layer and general properties, which the load noted
   // where to find: those reads do not count as ones that scan the entity.
+  auto prop = static_cast<dxf::Prop>(property);
   if (property == host::EntityProperty::kLayer) {
+    // Decoded into the value's own buffer.
     if (std::optional<std::string_view> layer = drawing_.knownLayer(r)) {
       auto* text = std::get_if<std::wstring>(&value);
       if (!text) text = &value.emplace<std::wstring>();
       drawing_.codec().decode(*layer, *text);
       return;
     }
-  }
-  auto prop = static_cast<dxf::Prop>(property);
-  if (std::optional<dxf::PropValue> general = dxf::getGeneralProperty(drawing_, r, prop)) {
+  } else if (std::optional<dxf::PropValue> general = dxf::getGeneralProperty(drawing_, r, prop)) {
     value = toHost(std::move(*general));
     return;
   }
