@@ -68,14 +68,9 @@ void Document::setFacts(RecordId id, uint16_t type, const RecordFacts& facts) {
   r.layer_opens_group = r.layer_at != 0 && facts.layer_opens_group;
 }
 
-std::string_view Document::keptFileBytes(const Record& r) const {
-  if (format_ != Format::kAscii) return {};
-  if (r.spliced) {
-    SpliceHeader h = spliceHeader(r);
-    return std::string_view(raw_).substr(h.raw_begin, h.raw_size);
-  }
-  if (r.changed) return {};
-  return std::string_view(raw_).substr(r.pos, r.size);
+std::string_view Document::splicedFileBytes(const Record& r) const {
+  SpliceHeader h = spliceHeader(r);
+  return std::string_view(raw_).substr(h.raw_begin, h.raw_size);
 }
 
 std::optional<std::string_view> Document::knownLayer(RecordId id) const {
@@ -91,10 +86,16 @@ std::optional<std::string_view> Document::knownLayer(RecordId id) const {
 std::optional<Tag> Document::findInEntityGroup(RecordId id, int code, bool& known) const {
   known = false;
   const Record& r = records_[id];
-  if (!r.layer_opens_group) return std::nullopt;
-  // The tags from the layer on must be the file's own, a replaced run before them.
-  if (r.spliced && r.layer_at < spliceHeader(r).resume) return std::nullopt;
-  std::string_view file = keptFileBytes(r);
+  if (!r.layer_opens_group || format_ != Format::kAscii) return std::nullopt;
+  std::string_view file;
+  if (r.spliced) {
+    // The tags from the layer on must be the file's own, a replaced run before them.
+    SpliceHeader h = spliceHeader(r);
+    if (r.layer_at < h.resume) return std::nullopt;
+    file = std::string_view(raw_).substr(h.raw_begin, h.raw_size);
+  } else {
+    file = keptFileBytes(r);
+  }
   if (r.layer_at >= file.size()) return std::nullopt;
   const char* at = file.data() + r.layer_at;
   const char* end = file.data() + file.size();

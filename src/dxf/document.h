@@ -247,7 +247,12 @@ class Document {
   SpliceHeader spliceHeader(const Record& r) const;
   // The bytes of an ASCII file that `r` still keeps: all of them when it is unchanged, those
   // around the replaced run when it is spliced; none when it is written from its tags.
-  std::string_view keptFileBytes(const Record& r) const;
+  std::string_view keptFileBytes(const Record& r) const {
+    if (format_ != Format::kAscii || (r.changed && !r.spliced)) return {};
+    if (r.spliced) return splicedFileBytes(r);
+    return {raw_.data() + r.pos, r.size};
+  }
+  std::string_view splicedFileBytes(const Record& r) const;
   // The file bytes [begin, end) of the unchanged record `id`.
   std::pair<uint32_t, uint32_t> fileBytes(RecordId id) const {
     if (format_ == Format::kBinary) return binary_raw_[id];
