@@ -1,9 +1,11 @@
 // Feeds a drawing and a list of edits to the DXF writer: what dxf_reader_fuzzer does not do.
 // The input is the drawing's bytes (ASCII or binary, R12 or later), optionally followed by
 // "\0EDITS" and the edits' bytes; a drawing without them gets a fixed list of edits. The
-// edits create records (entities, extension dictionaries, XRECORDs with typed values),
-// insert tags into unchanged records and take them out again, take values out of entities,
-// remove dictionary entries, unlink and move entities and set header variables. An entity's
+// edits create records (entities, extension dictionaries, XRECORDs with typed values, some
+// of them attached to their entity as one pair), insert tags into unchanged records and
+// attached ones and take them out again, take values out of entities,
+// remove dictionary entries, erase XRECORDs and extension dictionaries, unlink and move
+// entities and set header variables. An entity's
 // layer and general properties, read where the load noted them, must then be what its tags
 // say. The written drawing must read back to the same records in the same order with the
 // same tags, each untouched ASCII record as its very bytes, each XRECORD written to the
@@ -72,6 +74,22 @@ class EditBytes {
 // The edit bytes of drawings given without any.
 constexpr uint8_t kDefaultEdits[] = {0, 1, 1, 7, 2, 2, 3, 9, 4, 5, 5, 6, 1, 3, 6, 2};
 
+// The records of `doc` in the order they are written: attached ones just before the end of
+// the OBJECTS section.
+std::vector<dxf::RecordId> writtenOrder(const dxf::Document& doc) {
+  std::vector<dxf::RecordId> out;
+  const dxf::RecordId objects_end = doc.section("OBJECTS").tail;
+  for (dxf::RecordId id = doc.first(); id != dxf::kNoRecord; id = doc.next(id)) {
+    if (id == objects_end) {
+      for (dxf::RecordId a = dxf::kAttachedBase; a != doc.attachedEnd(); ++a) {
+        if (doc.exists(a)) out.push_back(a);
+      }
+    }
+    out.push_back(id);
+  }
+  return out;
+}
+
 bool isMarker(std::string_view type) {
   return type == "SECTION" || type == "ENDSEC" || type == "EOF" || type == "TABLE" ||
          type == "ENDTAB" || type == "BLOCK" || type == "ENDBLK" || type == "SEQEND";
@@ -87,7 +105,7 @@ class Editor {
   Editor(dxf::Document& doc, EditBytes& bytes) : doc_(doc), bytes_(bytes) {}
 
   void run() {
-    for (int count = 0; count < 32 && !bytes_.done(); ++count) edit(bytes_.next() % 11);
+    for (int count = 0; count < 32 && !bytes_.done(); ++count) edit(bytes_.next() % 12);
   }
   const std::vector<XrecordWrite>& xrecords() const { return xrecords_; }
   // The highest handle given out to a record made here; 0 when none was.
@@ -121,7 +139,7 @@ class Editor {
   // would take in the bytes that trail the file).
   std::vector<dxf::RecordId> records() const {
     std::vector<dxf::RecordId> out;
-    for (dxf::RecordId id = doc_.first(); id != dxf::kNoRecord; id = doc_.next(id)) {
+    for (dxf::RecordId id : writtenOrder(doc_)) {
       if (!isMarker(doc_.type(id))) out.push_back(id);
     }
     return out;
@@ -218,14 +236,20 @@ class Editor {
       case 6: {  // an XRECORD with typed values in an entity's extension dictionary
         if (doc_.isR12() || !pick(entities(), id)) return;
         if (doc_.record(id).handle == 0) return;
-        auto xdict = dxf::ensureExtensionDictionary(doc_, id);
-        if (!xdict.isOk()) return;
         std::wstring key = L"FUZZ" + std::to_wstring(bytes_.next());
-        auto xrecord = dxf::createXrecord(doc_, *xdict, key);
-        if (!xrecord.isOk()) return;
         std::vector<dxf::TypedValue> values;
         for (int n = bytes_.next() % 6; n > 0; --n) values.push_back(typedValue());
-        dxf::writeXrecord(doc_, *xrecord, values);
+        base::Result<dxf::RecordId> xrecord = dxf::kNoRecord;
+        if (bytes_.next() % 2 == 0 && doc_.record(id).xdict == 0) {
+          xrecord = dxf::attachXrecord(doc_, id, key, values);
+          if (!xrecord.isOk()) return;
+        } else {
+          auto xdict = dxf::ensureExtensionDictionary(doc_, id);
+          if (!xdict.isOk()) return;
+          xrecord = dxf::createXrecord(doc_, *xdict, key);
+          if (!xrecord.isOk()) return;
+          dxf::writeXrecord(doc_, *xrecord, values);
+        }
         made_.push_back(*xrecord);
         // No text of a drawing holds a NUL: it is left out when written.
         for (dxf::TypedValue& v : values) std::erase(v.text, L'\0');
@@ -259,6 +283,16 @@ class Editor {
           ++count;
         }
         doc_.eraseTags(id, at, count);
+        return;
+      }
+      case 10: {  // an XRECORD, or an entity's extension dictionary, erased
+        if (!pick(records(), id)) return;
+        if (doc_.type(id) != "XRECORD") {
+          id = doc_.byHandle(doc_.record(id).xdict);
+          if (id == dxf::kNoRecord) return;
+        }
+        dxf::eraseObject(doc_, id);
+        if (doc_.exists(id)) failWith("an object erased is still there");
         return;
       }
       default:  // a dictionary entry removed
@@ -352,7 +386,9 @@ void checkHandseed(const dxf::Document& again, dxf::Handle highest) {
 // hold the same records in the same order; untouched ASCII records keep their bytes.
 void checkSame(const dxf::Document& doc, const std::string& original, const dxf::Document& again,
                const std::string& written) {
-  dxf::RecordId a = doc.first(), b = again.first();
+  const std::vector<dxf::RecordId> order = writtenOrder(doc);
+  auto at = order.begin();
+  dxf::RecordId a = order.empty() ? dxf::kNoRecord : *at, b = again.first();
   for (size_t index = 0; a != dxf::kNoRecord || b != dxf::kNoRecord; ++index) {
     if (a == dxf::kNoRecord || b == dxf::kNoRecord) {
       failWith("the written drawing has another number of records (from record " +
@@ -369,18 +405,18 @@ void checkSame(const dxf::Document& doc, const std::string& original, const dxf:
                ") reads back otherwise: its tag " + std::to_string(at) + " was " + show(was) +
                ", is " + show(is));
     }
-    const dxf::Record& r = doc.record(a);
+    const dxf::Record r = doc.record(a);
     // The header's $HANDSEED is raised as it is written when handles were given out.
     if (doc.format() == dxf::Format::kAscii && !r.changed && !r.spliced && r.size != 0 &&
         doc.type(a) != "EOF" && a != doc.header()) {
-      const dxf::Record& w = again.record(b);
+      const dxf::Record w = again.record(b);
       if (std::string_view(original).substr(r.pos, r.size) !=
           std::string_view(written).substr(w.pos, w.size)) {
         failWith("untouched record " + std::to_string(index) + " (" + std::string(doc.type(a)) +
                  ") is written with other bytes");
       }
     }
-    a = doc.next(a);
+    a = ++at == order.end() ? dxf::kNoRecord : *at;
     b = again.next(b);
   }
 }

@@ -41,12 +41,12 @@ void Document::noteTags(RecordId id, std::span<const Tag> tags) {
   setFacts(id, type, factsOf(*this, tags));
 }
 
-void Document::noteFacts(RecordId id) { noteFacts(id, records_[id].type); }
+void Document::noteFacts(RecordId id) { noteFacts(id, entry(id).type); }
 
 void Document::noteFacts(RecordId id, uint16_t type) {
   // The layer's place is noted when its tag is read from the file bytes the record keeps,
   // not from tags that replaced some of them.
-  std::string_view file = keptFileBytes(records_[id]);
+  std::string_view file = keptFileBytes(entry(id));
   const auto file_begin = file.empty() ? 0 : static_cast<uint32_t>(file.data() - raw_.data());
   const auto file_end = static_cast<uint32_t>(file_begin + file.size());
   RecordFactsReader reader;
@@ -60,7 +60,7 @@ void Document::noteFacts(RecordId id, uint16_t type) {
 
 void Document::setFacts(RecordId id, uint16_t type, const RecordFacts& facts) {
   ++revision_;
-  Record& r = records_[id];
+  Record& r = entry(id);
   r.type = type;
   r.xdict = facts.xdict;
   r.paper = facts.paper;
@@ -74,6 +74,7 @@ std::string_view Document::splicedFileBytes(const Record& r) const {
 }
 
 std::optional<std::string_view> Document::knownLayer(RecordId id) const {
+  if (isAttached(id)) return std::nullopt;
   const Record& r = records_[id];
   std::string_view file = keptFileBytes(r);
   if (r.layer_at == 0 || r.layer_at >= file.size()) return std::nullopt;
@@ -85,6 +86,7 @@ std::optional<std::string_view> Document::knownLayer(RecordId id) const {
 
 std::optional<Tag> Document::findInEntityGroup(RecordId id, int code, bool& known) const {
   known = false;
+  if (isAttached(id)) return std::nullopt;
   const Record& r = records_[id];
   if (!r.layer_opens_group || format_ != Format::kAscii) return std::nullopt;
   std::string_view file;
@@ -160,13 +162,22 @@ void Document::insertBefore(RecordId pos, RecordId id) {
 }
 
 void Document::unlink(RecordId id) {
-  if (records_[id].erased) return;
+  if (!exists(id)) return;
+  if (isAttached(id)) {
+    ++revision_;
+    const size_t k = id - kAttachedBase;
+    attachments_[k / 2].erased |= static_cast<uint8_t>(1u << (k % 2));
+    if (k < attached_records_.size()) attached_records_[k].erased = true;
+    notify(id, false);
+    return;
+  }
   ++revision_;
   unlinkQuietly(id);
   notify(id, false);
 }
 
 void Document::moveBefore(RecordId pos, RecordId id) {
+  if (isAttached(id)) return;
   unlinkQuietly(id);
   link(pos, id);
 }
@@ -247,7 +258,53 @@ RecordId Document::byHandle(Handle handle) const {
         std::lower_bound(handles_.begin(), handles_.end(), std::make_pair(handle, RecordId{0}));
     if (it != handles_.end() && it->first == handle) id = it->second;
   }
-  return id == kNoRecord || records_[id].erased ? kNoRecord : id;
+  return id == kNoRecord || !exists(id) ? kNoRecord : id;
+}
+
+Record Document::attachedEntry(RecordId id) const {
+  const size_t k = id - kAttachedBase;
+  if (k < attached_records_.size()) return attached_records_[k];
+  const Attachment& a = attachments_[k / 2];
+  const bool dictionary = k % 2 == 0;
+  Record r;
+  r.pos = dictionary ? a.pos : a.pos + a.dictionary_size;
+  r.size = dictionary ? a.dictionary_size : a.size - a.dictionary_size;
+  r.tag_count = dictionary ? a.dictionary_tags : a.xrecord_tags;
+  r.type = dictionary ? dictionary_type_ : xrecord_type_;
+  r.changed = true;
+  r.erased = (a.erased >> (k % 2) & 1) != 0;
+  return r;
+}
+
+Record Document::attachedRecord(RecordId id) const {
+  Record r = attachedEntry(id);
+  if (r.handle == 0) {
+    // The handle follows the code 0 tag, as AttachmentBuilder's callers write it.
+    const TagSource source(
+        {text_.view({r.pos, r.size}).data(), r.pos, r.size, r.tag_count, false, shared_});
+    TagScan::iterator it(source);
+    if (r.tag_count > 1 && (++it, it->code == 5)) r.handle = parseHandle(text(*it));
+  }
+  return r;
+}
+
+uint16_t Document::attachedType(RecordId id) const {
+  const size_t k = id - kAttachedBase;
+  if (k < attached_records_.size()) return attached_records_[k].type;
+  return k % 2 == 0 ? dictionary_type_ : xrecord_type_;
+}
+
+Record& Document::entry(RecordId id) {
+  if (!isAttached(id)) return records_[id];
+  // Every attached record so far gets its entry: ids stay as they are, and the next change
+  // finds its entry made.
+  const size_t count = 2 * attachments_.size();
+  attached_records_.reserve(count);
+  while (attached_records_.size() < count) {
+    auto k = static_cast<RecordId>(attached_records_.size());
+    attached_records_.push_back(attachedRecord(kAttachedBase + k));
+  }
+  return attached_records_[id - kAttachedBase];
 }
 
 Handle Document::allocateHandle() {
@@ -259,7 +316,11 @@ Handle Document::allocateHandle() {
 }
 
 void Document::indexHandle(RecordId id, Handle handle) {
-  records_[id].handle = handle;
+  if (!isAttached(id)) {
+    records_[id].handle = handle;
+  } else if (id - kAttachedBase < attached_records_.size()) {
+    attached_records_[id - kAttachedBase].handle = handle;
+  }
   if (handle >= next_handle_) next_handle_ = handle + 1;
   if (dense_ && handle >= dense_handles_.size()) {
     if (denseEnough(handle)) {

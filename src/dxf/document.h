@@ -22,6 +22,8 @@ namespace dxf {
 
 using RecordId = uint32_t;
 constexpr RecordId kNoRecord = UINT32_MAX;
+// Ids from here up name attached records (see AttachmentBuilder).
+constexpr RecordId kAttachedBase = 0x8000'0000;
 using Handle = uint64_t;  // 0 means none
 
 enum class Format : uint8_t { kAscii, kBinary };
@@ -110,29 +112,62 @@ class Document {
   // --- Records and tags. Text views stay valid while the drawing changes, with one
   // exception: the record changed last is rewritten in place by its next change, so views
   // of its values must not be held across that. A tag list is a copy of the tags the record
-  // had when it was taken; a scan reads them where they lie.
-  const Record& record(RecordId id) const { return records_[id]; }
+  // had when it was taken; a scan reads them where they lie. A record's entry is a copy too.
+  Record record(RecordId id) const {
+    if (isAttached(id)) [[unlikely]] return attachedRecord(id);
+    return records_[id];
+  }
+  // The size of the record list: ids below it name records of the file's order (linked or
+  // not), attached records aside.
   size_t recordCount() const { return records_.size(); }
+  // Whether `id` names a record of the drawing: linked into the file, or attached, and not
+  // erased.
+  bool exists(RecordId id) const {
+    if (isAttached(id)) [[unlikely]] return attachedExists(id);
+    return id < records_.size() && !records_[id].erased;
+  }
   TagList tags(RecordId id) const { return TagList(scan(id)); }
   TagScan scan(RecordId id) const {
-    const Record& r = records_[id];
-    if (r.spliced) return TagScan(splicedSource(r));
-    if (!r.changed && format_ == Format::kAscii) {
-      return TagScan(TagSource({raw_.data() + r.pos, r.pos, r.size, r.tag_count, true, {}}));
-    }
-    return TagScan(TagSource(
-        {text_.view({r.pos, r.size}).data(), r.pos, r.size, r.tag_count, false, shared_}));
+    if (isAttached(id)) [[unlikely]] return attachedScan(id);
+    return scanOf(records_[id]);
   }
   std::string_view text(const Tag& tag) const { return text_.view(tag.value); }
   std::string_view text(TextRef ref) const { return text_.view(ref); }
   // The record's structure name: the value of its code 0 tag ("LINE", "SECTION"...).
-  std::string_view type(RecordId id) const { return type_names_[records_[id].type]; }
+  std::string_view type(RecordId id) const {
+    if (isAttached(id)) [[unlikely]] return type_names_[attachedType(id)];
+    return type_names_[records_[id].type];
+  }
   RecordId first() const { return first_; }
-  RecordId next(RecordId id) const { return records_[id].next; }
+  // Attached records are not in the file's order: they have no neighbours.
+  RecordId next(RecordId id) const { return isAttached(id) ? kNoRecord : records_[id].next; }
+  RecordId prev(RecordId id) const { return isAttached(id) ? kNoRecord : records_[id].prev; }
   // Counts the changes to records' tags and the records unlinked: what a reader cached from a
   // record is still good while this has not moved.
   uint64_t revision() const { return revision_; }
-  RecordId prev(RecordId id) const { return records_[id].prev; }
+
+  // --- Attached records. An entity's extension dictionary made for it together with the one
+  // XRECORD it holds (AttachmentBuilder) is kept as one encoding of the pair, with no entry
+  // in the record list: classifying gives every entity one, and entries and a file position
+  // for each would double what the drawing holds. They read and change like any record, but
+  // are not in the file's order (first, next): they are written at the end of the OBJECTS
+  // section, each dictionary before its XRECORD, and cannot be moved.
+  static bool isAttached(RecordId id) { return id >= kAttachedBase && id != kNoRecord; }
+  // Attached records have the ids from kAttachedBase up to this one, in the order they are
+  // written; those erased do not exist().
+  RecordId attachedEnd() const {
+    return static_cast<RecordId>(kAttachedBase + 2 * attachments_.size());
+  }
+  // The XRECORD of the attached dictionary `dict` while neither has changed or gone since
+  // they were made (it is then the dictionary's only entry, hard-owned); kNoRecord otherwise.
+  RecordId attachedXrecordOf(RecordId dict) const {
+    const size_t k = dict - kAttachedBase;
+    if (!isAttached(dict) || k % 2 != 0 || k < attached_records_.size() ||
+        k / 2 >= attachments_.size() || attachments_[k / 2].erased != 0) {
+      return kNoRecord;
+    }
+    return dict + 1;
+  }
 
   // The text of the layer tag of `id` (its first 8 in the AcDbEntity group) when the load
   // noted where it lies and the record's file bytes still hold it; nothing otherwise (read
@@ -169,10 +204,10 @@ class Document {
   RecordId newRecord(std::span<const Tag> tags);
   // Links the unlinked record `id` into the file just before `pos`.
   void insertBefore(RecordId pos, RecordId id);
-  // Unlinks `id` from the file and forgets its handle.
+  // Unlinks `id` from the file (takes an attached record out) and forgets its handle.
   void unlink(RecordId id);
   // Moves the linked record `id` to just before `pos`; the observer is not told, since the
-  // object stays in the drawing.
+  // object stays in the drawing. Attached records stay where they are.
   void moveBefore(RecordId pos, RecordId id);
 
   // --- Observer. At most one; it must outlive the drawing or be reset to nullptr first.
@@ -209,6 +244,49 @@ class Document {
 
   friend class ChangeBatch;
   friend class RecordBuilder;
+  friend class AttachmentBuilder;
+
+  TagScan scanOf(const Record& r) const {
+    if (r.spliced) return TagScan(splicedSource(r));
+    if (!r.changed && format_ == Format::kAscii) {
+      return TagScan(TagSource({raw_.data() + r.pos, r.pos, r.size, r.tag_count, true, {}}));
+    }
+    return TagScan(TagSource(
+        {text_.view({r.pos, r.size}).data(), r.pos, r.size, r.tag_count, false, shared_}));
+  }
+
+  // An extension dictionary and its XRECORD made together: their tags are one encoding, the
+  // dictionary's first. The dictionary is attached record kAttachedBase + 2 * index, the
+  // XRECORD the next id.
+  struct Attachment {
+    uint32_t pos = 0;  // the encoding, in the text store
+    uint32_t size = 0;
+    uint32_t xrecord_tags = 0;
+    uint16_t dictionary_size = 0;  // bytes of the dictionary's tags
+    uint8_t dictionary_tags = 0;
+    uint8_t erased = 0;  // bit 0 the dictionary, bit 1 the XRECORD
+  };
+  // The entry of the attached record `id`, its handle aside (0).
+  Record attachedEntry(RecordId id) const;
+  bool attachedExists(RecordId id) const {
+    const size_t k = id - kAttachedBase;
+    if (k < attached_records_.size()) return !attached_records_[k].erased;
+    return k / 2 < attachments_.size() && (attachments_[k / 2].erased >> (k % 2) & 1) == 0;
+  }
+  TagScan attachedScan(RecordId id) const {
+    const size_t k = id - kAttachedBase;
+    if (k < attached_records_.size()) return scanOf(attached_records_[k]);
+    const Attachment& a = attachments_[k / 2];
+    const bool dictionary = k % 2 == 0;
+    const uint32_t pos = dictionary ? a.pos : a.pos + a.dictionary_size;
+    const uint32_t size = dictionary ? a.dictionary_size : a.size - a.dictionary_size;
+    const uint32_t count = dictionary ? a.dictionary_tags : a.xrecord_tags;
+    return TagScan(TagSource({text_.view({pos, size}).data(), pos, size, count, false, shared_}));
+  }
+  Record attachedRecord(RecordId id) const;
+  uint16_t attachedType(RecordId id) const;
+  // The entry of `id` to change: an attached record gets one kept for it.
+  Record& entry(RecordId id);
   // Tells the observer (now, or when the open batches close) that `id` came or went.
   void notify(RecordId id, bool added);
   void flushNotices();
@@ -323,6 +401,12 @@ class Document {
   std::deque<std::string> type_names_ = {std::string()};  // a deque: names never move
   std::unordered_map<std::string_view, uint16_t> type_index_;
   std::vector<Record> records_;
+  std::vector<Attachment> attachments_;
+  // The entries of attached records, by id - kAttachedBase, once a change reached one of
+  // them; those attached after that are read from their attachment until the next.
+  std::vector<Record> attached_records_;
+  uint16_t dictionary_type_ = 0;  // the structure names of attached records
+  uint16_t xrecord_type_ = 0;
   RecordId first_ = kNoRecord;
   RecordId last_ = kNoRecord;
 
@@ -375,6 +459,28 @@ class RecordBuilder {
   RecordFactsReader facts_;
   uint16_t type_ = 0;
   uint32_t count_ = 0;
+};
+
+// Makes an extension dictionary holding one XRECORD as an attached record pair (see
+// Document::isAttached), encoding each value as it comes. One at a time per drawing.
+class AttachmentBuilder {
+ public:
+  explicit AttachmentBuilder(Document& doc) : doc_(doc) { doc_.builder_scratch_.clear(); }
+  AttachmentBuilder(const AttachmentBuilder&) = delete;
+  AttachmentBuilder& operator=(const AttachmentBuilder&) = delete;
+
+  // The dictionary's tags from its code 0 tag, then the XRECORD's from its own. The
+  // dictionary's must take under 64 KiB and 256 tags.
+  AttachmentBuilder& add(int code, std::string_view value);
+  // Makes both, with handles `dictionary` and `xrecord`, and announces them in that order;
+  // returns the XRECORD's id.
+  RecordId finish(Handle dictionary, Handle xrecord);
+
+ private:
+  Document& doc_;
+  uint32_t count_ = 0;
+  uint32_t dictionary_tags_ = 0;
+  size_t dictionary_size_ = 0;
 };
 
 // While one lives, the drawing's observer is told nothing; when the outermost ends, it is

@@ -111,7 +111,7 @@ TagSource Document::splicedSource(const Record& r, std::string_view* file, uint3
 }
 
 bool Document::trySplice(RecordId id, std::span<const Tag> tags) {
-  Record& r = records_[id];
+  Record& r = entry(id);
   if (!spliceable(r)) return false;
   // The file's tags, with where each begins in the file bytes.
   uint32_t file_begin = r.pos;
@@ -168,7 +168,7 @@ void Document::keepFileBytes(Record& r, uint32_t begin, uint32_t size, uint32_t 
 
 void Document::splice(RecordId id, uint32_t first, uint32_t offset, uint32_t cut_tags,
                       uint32_t cut_size, std::span<const Tag> added) {
-  Record& r = records_[id];
+  Record& r = entry(id);
   encode_scratch_.clear();
   encodeVarint(r.pos, encode_scratch_);
   encodeVarint(r.size, encode_scratch_);
@@ -187,7 +187,7 @@ void Document::splice(RecordId id, uint32_t first, uint32_t offset, uint32_t cut
 
 void Document::insertTags(RecordId id, size_t index, std::span<const Tag> tags) {
   if (tags.empty()) return;
-  const Record& r = records_[id];
+  const Record& r = entry(id);
   if (!r.spliced && spliceable(r) && index <= r.tag_count) {
     // One pass finds where the new tags go and reads the record's facts as they will be.
     // The file's tags keep their place in the file bytes, which the record keeps.
@@ -228,7 +228,7 @@ void Document::insertTags(RecordId id, size_t index, std::span<const Tag> tags) 
 
 void Document::eraseTags(RecordId id, size_t index, size_t count) {
   if (count == 0) return;
-  Record& r = records_[id];
+  Record& r = entry(id);
   // The structure name stays (index > 0): the facts are read again from the record as it is.
   if (index > 0 && !r.spliced && spliceable(r) && index + count <= r.tag_count) {
     // The record stays its file bytes, with the run cut out where a scan finds it.
@@ -268,7 +268,7 @@ void Document::eraseTags(RecordId id, size_t index, size_t count) {
 // The record made or changed last is rewritten where it lies: an operation that makes an
 // object fills it in several edits. Any other record gets a new encoding.
 void Document::setTags(RecordId id, std::span<const Tag> tags) {
-  if (records_[id].rehandle) {
+  if (entry(id).rehandle) {
     std::vector<Tag> renamed(tags.begin(), tags.end());
     giveFreshHandle(id, renamed);
     setTags(id, renamed);
@@ -283,7 +283,7 @@ void Document::setTags(RecordId id, std::span<const Tag> tags) {
   noteTags(id, tags);
   encode_scratch_.clear();
   encode(tags, encode_scratch_);
-  Record& r = records_[id];
+  Record& r = entry(id);
   std::optional<TextRef> in_place;
   if (r.changed) in_place = text_.replaceLast({r.pos, r.size}, encode_scratch_);
   TextRef code = in_place ? *in_place : text_.add(encode_scratch_, TextStore::Lane::kEncodings);
@@ -295,7 +295,7 @@ void Document::setTags(RecordId id, std::span<const Tag> tags) {
 }
 
 void Document::giveFreshHandle(RecordId id, std::vector<Tag>& tags) {
-  records_[id].rehandle = false;
+  entry(id).rehandle = false;
   for (size_t i = 1; i < tags.size() && tags[i].code != 100 && tags[i].code != 102; ++i) {
     if (tags[i].code == 5 || tags[i].code == 105) {
       Handle fresh = allocateHandle();
@@ -333,6 +333,38 @@ RecordId Document::newRecord(std::span<const Tag> tags) {
   records_[id].erased = true;  // until linked
   setTags(id, tags);
   return id;
+}
+
+AttachmentBuilder& AttachmentBuilder::add(int code, std::string_view value) {
+  if (code == 0 && count_ > 0 && dictionary_tags_ == 0) {
+    dictionary_tags_ = count_;
+    dictionary_size_ = doc_.builder_scratch_.size();
+  }
+  ++count_;
+  doc_.encodeOne(code, value, doc_.builder_scratch_);
+  return *this;
+}
+
+RecordId AttachmentBuilder::finish(Handle dictionary, Handle xrecord) {
+  Document& doc = doc_;
+  if (doc.dictionary_type_ == 0) {
+    doc.dictionary_type_ = doc.internType("DICTIONARY");
+    doc.xrecord_type_ = doc.internType("XRECORD");
+  }
+  TextRef code = doc.text_.add(doc.builder_scratch_, TextStore::Lane::kEncodings);
+  Document::Attachment& a = doc.attachments_.emplace_back();
+  a.pos = code.pos;
+  a.size = code.len;
+  a.dictionary_size = static_cast<uint16_t>(dictionary_size_);
+  a.dictionary_tags = static_cast<uint8_t>(dictionary_tags_);
+  a.xrecord_tags = count_ - dictionary_tags_;
+  const auto first = static_cast<RecordId>(kAttachedBase + 2 * (doc.attachments_.size() - 1));
+  doc.indexHandle(first, dictionary);
+  doc.indexHandle(first + 1, xrecord);
+  ++doc.revision_;
+  doc.notify(first, true);
+  doc.notify(first + 1, true);
+  return first + 1;
 }
 
 }  // namespace dxf

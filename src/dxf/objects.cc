@@ -167,28 +167,36 @@ base::Result<RecordId> attachXrecord(Document& doc, RecordId id, std::wstring_vi
     return createXrecord(doc, *dict, key, data);
   }
   if (base::Status status = requireObjects(doc); !status) return status;
-  RecordId end = objectsEnd(doc);
-  std::string dict_text = formatHandle(doc.allocateHandle());
-  std::string xrecord_text = formatHandle(doc.allocateHandle());
+  std::string encoded_key = doc.codec().encode(key);
+  // An attached pair's dictionary takes under 64 KiB; keys are names of a few dozen bytes.
+  constexpr size_t kLongestKey = 4096;
+  if (encoded_key.size() > kLongestKey) {
+    auto dict = ensureExtensionDictionary(doc, id);
+    if (!dict) return dict.status();
+    std::vector<Tag> data;
+    appendXrecordData(doc, values, data);
+    return createXrecord(doc, *dict, key, data);
+  }
+  objectsEnd(doc);  // the pair is written at its end
+  const Handle dict_handle = doc.allocateHandle();
+  const Handle xrecord_handle = doc.allocateHandle();
+  std::string dict_text = formatHandle(dict_handle);
+  std::string xrecord_text = formatHandle(xrecord_handle);
   insertDictionaryGroup(doc, id, dict_text);
   // Extension dictionaries own their entries (280 1), which are therefore 360s.
-  RecordBuilder dict(doc);
-  dict.add(0, "DICTIONARY")
+  AttachmentBuilder pair(doc);
+  pair.add(0, "DICTIONARY")
       .add(5, dict_text)
       .add(330, formatHandle(doc.record(id).handle))
       .add(100, "AcDbDictionary")
       .add(280, "1")
       .add(281, "1")
-      .add(3, doc.codec().encode(key))
+      .add(3, encoded_key)
       .add(360, xrecord_text);
-  doc.insertBefore(end, dict.finish());
-  RecordBuilder xrecord(doc);
-  xrecord.add(0, "XRECORD").add(5, xrecord_text).add(330, dict_text).add(100, "AcDbXrecord");
-  if (hasCloningFlag(doc)) xrecord.add(280, "1");
-  forEachDataTag(doc, values, [&](int code, std::string_view value) { xrecord.add(code, value); });
-  RecordId made = xrecord.finish();
-  doc.insertBefore(end, made);
-  return made;
+  pair.add(0, "XRECORD").add(5, xrecord_text).add(330, dict_text).add(100, "AcDbXrecord");
+  if (hasCloningFlag(doc)) pair.add(280, "1");
+  forEachDataTag(doc, values, [&](int code, std::string_view value) { pair.add(code, value); });
+  return pair.finish(dict_handle, xrecord_handle);
 }
 
 namespace {
@@ -234,11 +242,22 @@ void eraseObject(Document& doc, RecordId id) {
   while (!pending.empty()) {
     RecordId current = pending.back();
     pending.pop_back();
-    if (doc.record(current).erased) continue;
-    Handle own = doc.record(current).handle;
+    if (!doc.exists(current)) continue;
+    if (RecordId xrecord = doc.attachedXrecordOf(current); xrecord != kNoRecord) {
+      // An extension dictionary and its one XRECORD, made together: nothing else to find.
+      RecordId owner_id = doc.byHandle(ownerOf(doc, current));
+      if (owner_id != kNoRecord && doc.byHandle(doc.record(owner_id).xdict) == current) {
+        cutDictionaryGroup(doc, owner_id);
+      }
+      doc.unlink(current);
+      doc.unlink(xrecord);
+      continue;
+    }
+    const Record entry = doc.record(current);
+    const Handle own = entry.handle;
     // Pushed in reverse so that what the object owns is erased in its own order.
     std::vector<RecordId> owned;
-    if (Handle x = extensionDictionaryOf(doc, current); x != 0) {
+    if (Handle x = entry.xdict; x != 0) {
       if (RecordId dict = doc.byHandle(x); dict != kNoRecord) owned.push_back(dict);
     }
     if (doc.type(current) == "DICTIONARY" || doc.type(current) == "ACDBDICTIONARYWDFLT") {

@@ -134,9 +134,68 @@ void Document::writeTo(Out& out) const {
     if (!crlf_ && !value.empty() && value.back() == '\r') out.push_back('\r');
     out.append(eol);
   };
+  auto writeTag = [&](int code, std::string_view value) {
+    if (format_ == Format::kAscii) {
+      writeAscii(code, value);
+      return;
+    }
+    if (r12_binary_codes_) {
+      if (code >= 255 || code < 0) {
+        out.push_back(static_cast<char>(255));
+        appendLittleEndian(out, static_cast<int16_t>(code));
+      } else {
+        out.push_back(static_cast<char>(code));
+      }
+    } else {
+      appendLittleEndian(out, static_cast<int16_t>(code));
+    }
+    ValueKind kind = valueKind(code);
+    double real = 0;
+    int64_t integer = 0;
+    if (kind == ValueKind::kDouble) parseDouble(value, real);
+    if (isNumeric(kind) && kind != ValueKind::kDouble) parseInt(value, integer);
+    switch (kind) {
+      case ValueKind::kString:
+        out.append(value);
+        out.push_back('\0');
+        break;
+      case ValueKind::kDouble:
+        appendLittleEndian(out, real);
+        break;
+      case ValueKind::kInt16:
+        appendLittleEndian(out, static_cast<int16_t>(integer));
+        break;
+      case ValueKind::kInt32:
+        appendLittleEndian(out, static_cast<int32_t>(integer));
+        break;
+      case ValueKind::kInt64:
+        appendLittleEndian(out, integer);
+        break;
+      case ValueKind::kBool:
+        out.push_back(static_cast<char>(integer));
+        break;
+      case ValueKind::kBinary: {
+        size_t n = std::min<size_t>(value.size() / 2, 255);
+        out.push_back(static_cast<char>(n));
+        for (size_t i = 0; i < n; ++i) {
+          out.push_back(
+              static_cast<char>(hexDigit(value[2 * i]) << 4 | hexDigit(value[2 * i + 1])));
+        }
+        break;
+      }
+    }
+  };
+  // Attached records go out just before the end of the OBJECTS section.
+  const RecordId attached_at = attachments_.empty() ? kNoRecord : section("OBJECTS").tail;
   const std::string_view raw = raw_;
   for (RecordId id = first_; id != kNoRecord;) {
     const Record& r = records_[id];
+    if (id == attached_at) {
+      for (RecordId a = kAttachedBase; a != attachedEnd(); ++a) {
+        if (!exists(a)) continue;
+        for (const Tag& tag : scan(a)) writeTag(tag.code, text(tag));
+      }
+    }
     auto unchanged = [&](RecordId at) {
       return !records_[at].changed && !records_[at].spliced &&
              !(handseed_at != SIZE_MAX && at == head);
@@ -145,7 +204,8 @@ void Document::writeTo(Out& out) const {
       // Runs of unchanged records that lie one after another in the file go out in one piece.
       auto [begin, end] = fileBytes(id);
       id = r.next;
-      while (id != kNoRecord && unchanged(id) && fileBytes(id).first == end) {
+      while (id != kNoRecord && id != attached_at && unchanged(id) &&
+             fileBytes(id).first == end) {
         end = fileBytes(id).second;
         id = records_[id].next;
       }
@@ -170,57 +230,7 @@ void Document::writeTo(Out& out) const {
       // The seed is a handle, code 5, whatever code the file gave it: written with another
       // (an integer's, in a binary file) it would not read back as the handle.
       const bool seed = handseed_here && index++ == handseed_at;
-      std::string_view value = seed ? std::string_view(handseed_text) : text(tag);
-      const int code = seed ? 5 : tag.code;
-      if (format_ == Format::kAscii) {
-        writeAscii(code, value);
-        continue;
-      }
-      if (r12_binary_codes_) {
-        if (code >= 255 || code < 0) {
-          out.push_back(static_cast<char>(255));
-          appendLittleEndian(out, static_cast<int16_t>(code));
-        } else {
-          out.push_back(static_cast<char>(code));
-        }
-      } else {
-        appendLittleEndian(out, static_cast<int16_t>(code));
-      }
-      ValueKind kind = valueKind(code);
-      double real = 0;
-      int64_t integer = 0;
-      if (kind == ValueKind::kDouble) parseDouble(value, real);
-      if (isNumeric(kind) && kind != ValueKind::kDouble) parseInt(value, integer);
-      switch (kind) {
-        case ValueKind::kString:
-          out.append(value);
-          out.push_back('\0');
-          break;
-        case ValueKind::kDouble:
-          appendLittleEndian(out, real);
-          break;
-        case ValueKind::kInt16:
-          appendLittleEndian(out, static_cast<int16_t>(integer));
-          break;
-        case ValueKind::kInt32:
-          appendLittleEndian(out, static_cast<int32_t>(integer));
-          break;
-        case ValueKind::kInt64:
-          appendLittleEndian(out, integer);
-          break;
-        case ValueKind::kBool:
-          out.push_back(static_cast<char>(integer));
-          break;
-        case ValueKind::kBinary: {
-          size_t n = std::min<size_t>(value.size() / 2, 255);
-          out.push_back(static_cast<char>(n));
-          for (size_t i = 0; i < n; ++i) {
-            out.push_back(
-                static_cast<char>(hexDigit(value[2 * i]) << 4 | hexDigit(value[2 * i + 1])));
-          }
-          break;
-        }
-      }
+      writeTag(seed ? 5 : tag.code, seed ? std::string_view(handseed_text) : text(tag));
     }
     id = r.next;
   }

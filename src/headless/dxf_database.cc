@@ -32,9 +32,9 @@ DxfDatabase::~DxfDatabase() {
 }
 
 dxf::RecordId DxfDatabase::toRecord(ObjectId id) const {
-  if (id.isNull() || id.value > drawing_.recordCount()) return dxf::kNoRecord;
+  if (id.isNull() || id.value > dxf::kNoRecord) return dxf::kNoRecord;
   auto record = static_cast<dxf::RecordId>(id.value - 1);
-  return drawing_.record(record).erased ? dxf::kNoRecord : record;
+  return drawing_.exists(record) ? record : dxf::kNoRecord;
 }
 
 Result<dxf::RecordId> DxfDatabase::record(ObjectId id, const char* what) const {

@@ -163,12 +163,19 @@ void changeDrawing(Document& doc, Change& change) {
   for (RecordId id : modelSpaceEntities(doc)) {
     if (doc.isR12() || xrecords.size() == 3) untouched.push_back(id);
     if (doc.isR12() || xrecords.size() == 3 || doc.record(id).handle == 0) continue;
-    auto xdict = ensureExtensionDictionary(doc, id);
-    ASSERT_TRUE(xdict.isOk()) << xdict.status().message();
-    auto xrecord = createXrecord(doc, *xdict, L"TAXOR");
-    ASSERT_TRUE(xrecord.isOk()) << xrecord.status().message();
     int n = static_cast<int>(xrecords.size());
-    writeXrecord(doc, *xrecord, sampleValues(n));
+    if (doc.record(id).xdict == 0) {
+      // Attached as one pair, the second rewritten afterwards.
+      auto xrecord = attachXrecord(doc, id, L"TAXOR", sampleValues(n == 1 ? 9 : n));
+      ASSERT_TRUE(xrecord.isOk()) << xrecord.status().message();
+      if (n == 1) writeXrecord(doc, *xrecord, sampleValues(n));
+    } else {
+      auto xdict = ensureExtensionDictionary(doc, id);
+      ASSERT_TRUE(xdict.isOk()) << xdict.status().message();
+      auto xrecord = createXrecord(doc, *xdict, L"TAXOR");
+      ASSERT_TRUE(xrecord.isOk()) << xrecord.status().message();
+      writeXrecord(doc, *xrecord, sampleValues(n));
+    }
     xrecords.push_back(jsonObject(
         {{"owner", handleOf(doc, id)}, {"key", json("TAXOR")}, {"values", sampleJson(n)}}));
   }

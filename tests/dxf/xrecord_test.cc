@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <string>
 #include <vector>
 
@@ -76,6 +77,92 @@ TEST(XrecordTest, DataLongerThanAStoreChunkReadsBack) {
   auto again = Document::parse(doc->serialize(), "written.dxf");
   ASSERT_TRUE(again.isOk()) << again.status().message();
   EXPECT_EQ(readXrecord(*again, again->byHandle(doc->record(*xrecord).handle)), values);
+}
+
+// An extension dictionary and XRECORD attached to an entity as one pair read, change, go and
+// are written as the same two objects made one at a time do, whatever is done to them.
+TEST(XrecordTest, AttachedPairsBehaveAsObjectsMadeApart) {
+  struct Ids {
+    RecordId entity, dict, xrecord;
+  };
+  using Change = void (*)(Document&, const Ids&);
+  const std::pair<const char*, Change> changes[] = {
+      {"none", [](Document&, const Ids&) {}},
+      {"data rewritten",
+       [](Document& doc, const Ids& ids) {
+         writeXrecord(doc, ids.xrecord, {TypedValue::ofText(L"new"), TypedValue::ofReal(2)});
+       }},
+      {"second entry",
+       [](Document& doc, const Ids& ids) {
+         ASSERT_TRUE(createXrecord(doc, ids.dict, L"SECOND").isOk());
+       }},
+      {"entry removed",
+       [](Document& doc, const Ids& ids) { EXPECT_TRUE(dictionaryRemove(doc, ids.dict, L"ROW")); }},
+      {"xrecord erased, dictionary released",
+       [](Document& doc, const Ids& ids) {
+         EXPECT_FALSE(releaseExtensionDictionary(doc, ids.entity));
+         eraseObject(doc, ids.xrecord);
+         EXPECT_TRUE(releaseExtensionDictionary(doc, ids.entity));
+       }},
+      {"dictionary erased", [](Document& doc, const Ids& ids) { eraseObject(doc, ids.dict); }},
+      {"entity erased", [](Document& doc, const Ids& ids) { eraseObject(doc, ids.entity); }},
+      {"rewritten, then dictionary erased",
+       [](Document& doc, const Ids& ids) {
+         writeXrecord(doc, ids.xrecord, {});
+         eraseObject(doc, ids.dict);
+       }},
+  };
+  const std::vector<TypedValue> values = {TypedValue::ofInteger(7), TypedValue::ofText(L"ä")};
+  for (const auto& [name, change] : changes) {
+    SCOPED_TRACE(name);
+    std::string written[2];
+    Handle handles[2] = {0, 0};
+    std::vector<std::vector<std::string>> objects[2];  // each object's tags as written
+    for (bool attached : {false, true}) {
+      Document doc = sample::parse(sample::drawing());
+      Ids ids{doc.byHandle(0x100), kNoRecord, kNoRecord};
+      auto xrecord = attached ? attachXrecord(doc, ids.entity, L"ROW", values)
+                              : createXrecord(doc, *ensureExtensionDictionary(doc, ids.entity),
+                                              L"ROW");
+      ASSERT_TRUE(xrecord.isOk());
+      if (!attached) writeXrecord(doc, *xrecord, values);
+      ASSERT_EQ(Document::isAttached(*xrecord), attached);
+      ids.xrecord = *xrecord;
+      ids.dict = doc.byHandle(doc.record(ids.entity).xdict);
+      EXPECT_EQ(readXrecord(doc, ids.xrecord), values);
+      EXPECT_EQ(ownerOf(doc, ids.xrecord), doc.record(ids.dict).handle);
+      handles[attached] = doc.record(ids.xrecord).handle;
+      change(doc, ids);
+      const bool erased[] = {!doc.exists(ids.entity), !doc.exists(ids.dict),
+                             !doc.exists(ids.xrecord)};
+      written[attached] = doc.serialize();
+      Document again = sample::parse(written[attached]);
+      for (int i = 0; i < 3; ++i) {
+        Handle h = i == 0 ? 0x100 : handles[attached] + (i == 1 ? -1 : 0);
+        RecordId id = again.byHandle(h);
+        EXPECT_EQ(id == kNoRecord, erased[i]) << "object " << i;
+        objects[attached].emplace_back();
+        if (id == kNoRecord) continue;
+        for (const Tag& tag : again.scan(id)) {
+          objects[attached].back().push_back(std::to_string(tag.code) + " " +
+                                             std::string(again.text(tag)));
+        }
+      }
+    }
+    EXPECT_EQ(handles[0], handles[1]);
+    EXPECT_EQ(objects[0], objects[1]);
+    // The same objects; attached ones are written at the end of the objects.
+    auto sorted = [](const std::string& text) {
+      std::vector<std::string> lines;
+      for (size_t at = 0, end; at < text.size(); at = end + 1) {
+        end = std::min(text.find('\n', at), text.size());
+        lines.push_back(text.substr(at, end - at));
+      }
+      std::sort(lines.begin(), lines.end());
+      return lines;
+    };
+    EXPECT_EQ(sorted(written[0]), sorted(written[1]));
+  }
 }
 
 // An R12 drawing cannot hold objects: each way of asking for one is a clear error and
