@@ -324,7 +324,9 @@ void Document::indexHandle(RecordId id, Handle handle) {
   if (handle >= next_handle_) next_handle_ = handle + 1;
   if (dense_ && handle >= dense_handles_.size()) {
     if (denseEnough(handle)) {
-      dense_handles_.resize(std::max<size_t>(handle + 1, dense_handles_.size() * 3 / 2), kNoRecord);
+      // The vector's own growth keeps this linear; only the slots up to `handle` are
+      // filled, so the room reserved beyond them takes no memory yet.
+      dense_handles_.resize(handle + 1, kNoRecord);
     } else {
       // Too sparse from now on: the sorted list takes over.
       dense_ = false;

@@ -39,8 +39,9 @@ void Document::encode(std::span<const Tag> tags, std::string& out) {
 void Document::encodeOne(int code, std::string_view value, std::string& out) {
   constexpr size_t kMaxShared = 1 << 16;
   constexpr size_t kLongest = 64;
-  bool recurring = code == 0 || code == 2 || code == 3 || code == 6 || code == 7 || code == 8 ||
-                   code == 100 || code == 102 || code == 1001;
+  // Code 1 holds the field names of every record of a table besides texts.
+  bool recurring = code == 0 || code == 1 || code == 2 || code == 3 || code == 6 || code == 7 ||
+                   code == 8 || code == 100 || code == 102 || code == 1001;
   if (!recurring || value.empty() || value.size() > kLongest) {
     encodeTag(code, value, out);
     return;

@@ -32,15 +32,19 @@ void TagScan::iterator::decode() {
                   static_cast<uint32_t>(read.value_end - read.value)};
     return;
   }
-  if (end_ - p < 3) {
+  if (end_ - p < 2) {
     part_ = source_->part_count;  // a damaged encoding ends the scan rather than reading past it
     tag_ = {};
     return;
   }
-  auto lo = static_cast<unsigned char>(p[0]);
-  auto hi = static_cast<unsigned char>(p[1]);
-  tag_.code = static_cast<int16_t>(lo | (hi << 8));
-  p += 2;
+  auto first = static_cast<unsigned char>(*p);
+  uint32_t code = first;
+  if (first < 0x80) {
+    ++p;
+  } else {
+    code = decodeVarint(p, end_);
+  }
+  tag_.code = static_cast<int16_t>(static_cast<uint16_t>(code - kCodeBias));
   uint32_t word = decodeVarint(p, end_);
   if ((word & 1) != 0) {
     uint32_t index = word >> 1;
@@ -93,18 +97,22 @@ uint32_t decodeVarint(const char*& at, const char* end) {
   return value;
 }
 
+namespace {
+
+void encodeCode(int code, std::string& out) {
+  encodeVarint(static_cast<uint16_t>(static_cast<int16_t>(code) + kCodeBias), out);
+}
+
+}  // namespace
+
 void encodeTag(int code, std::string_view value, std::string& out) {
-  auto bits = static_cast<uint16_t>(static_cast<int16_t>(code));
-  out.push_back(static_cast<char>(bits & 0xFF));
-  out.push_back(static_cast<char>(bits >> 8));
+  encodeCode(code, out);
   encodeVarint(static_cast<uint32_t>(value.size()) << 1, out);
   out.append(value);
 }
 
 void encodeSharedTag(int code, uint32_t index, std::string& out) {
-  auto bits = static_cast<uint16_t>(static_cast<int16_t>(code));
-  out.push_back(static_cast<char>(bits & 0xFF));
-  out.push_back(static_cast<char>(bits >> 8));
+  encodeCode(code, out);
   encodeVarint(index << 1 | 1, out);
 }
 

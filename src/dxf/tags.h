@@ -183,8 +183,11 @@ inline AsciiTag readAsciiTag(const char* p, const char* end) {
   return {negative ? -code : code, value, value_end, next};
 }
 
-// Appends one tag's compact encoding to `out`: its code (two bytes, little-endian), then
-// twice its value's length (LEB128) and the value's bytes.
+// Codes are encoded as LEB128 of code + kCodeBias, taken as 16 bits: one byte for the codes
+// from -8 to 119, which most tags have (the lowest a file uses is -5).
+constexpr int kCodeBias = 8;
+// Appends one tag's compact encoding to `out`: its code, then twice its value's length
+// (LEB128) and the value's bytes.
 void encodeTag(int code, std::string_view value, std::string& out);
 // Appends a tag whose value is the shared value number `index`: the code, then twice the
 // index plus one (LEB128).

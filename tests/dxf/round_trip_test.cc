@@ -110,7 +110,8 @@ TEST(TinyDrawing, ReadsItsTextsAfterItWasMoved) {
 }
 
 // A line may end in more than one CR: the value keeps all but the one before the line feed,
-// and an edited record writes it so that it reads back the same, with LF or CRLF lines.
+// and an edited record writes it so that it reads back the same, with LF or CRLF lines. Its
+// other tags, with codes of each width an edited record keeps, read back too.
 TEST(ValueEndingInCr, ReadsBackFromAnEditedRecord) {
   for (const char* eol : {"\n", "\r\n"}) {
     SCOPED_TRACE(eol[0] == '\r' ? "CRLF" : "LF");
@@ -126,11 +127,16 @@ TEST(ValueEndingInCr, ReadsBackFromAnEditedRecord) {
     // Tags added at two places: the record is written from its tags, not its file bytes.
     edited.insert(edited.begin() + 1, drawing->makeTag(999, "note"));
     edited.push_back(drawing->makeTag(998, "more"));
+    for (int code : {-5, 119, 120, 1071}) edited.push_back(drawing->makeTag(code, "7"));
     drawing->setTags(drawing->first(), edited);
     auto again = dxf::Document::parse(drawing->serialize(), "written.dxf");
     ASSERT_TRUE(again.isOk()) << again.status().message();
     EXPECT_EQ(again->value(again->first(), 70), "5\r");
     EXPECT_EQ(again->value(again->first(), 998), "more");
+    for (int code : {-5, 119, 120, 1071}) {
+      EXPECT_EQ(drawing->value(drawing->first(), code), "7") << code;
+      EXPECT_EQ(again->value(again->first(), code), "7") << code;
+    }
   }
 }
 
