@@ -196,6 +196,9 @@ class Document {
   // Inserts `tags` before the tag at `index` (0 = before the first); the same as setTags
   // with them inserted, without decoding the record when it is unchanged.
   void insertTags(RecordId id, size_t index, std::span<const Tag> tags);
+  // The same with the tags given as texts: inserted into a record's file bytes, they are
+  // encoded there and their values kept nowhere else.
+  void insertTags(RecordId id, size_t index, std::span<const TagText> tags);
   // Takes out `count` tags from the tag at `index` on; the same as setTags without them,
   // without rewriting the record when it is its file bytes or they are what was inserted.
   void eraseTags(RecordId id, size_t index, size_t count);
@@ -296,6 +299,13 @@ class Document {
   // Appends the encoding of `tags` to `out`, naming the values that recur in every object
   // (structure names, markers, keys, layer and style names) by their shared number.
   void encode(std::span<const Tag> tags, std::string& out);
+  void encode(std::span<const TagText> tags, std::string& out);
+  std::string_view textOf(const Tag& tag) const { return text(tag); }
+  static std::string_view textOf(const TagText& tag) { return tag.value; }
+  // insertTags for a record that is its file bytes: the record is spliced. False (nothing
+  // done) for any other.
+  template <typename T>
+  bool insertIntoFileBytes(RecordId id, size_t index, std::span<const T> tags);
   void encodeOne(int code, std::string_view value, std::string& out);
   // Reads the facts of `id` again from its tags as they are, its structure name aside (or
   // given as `type`).
@@ -349,8 +359,9 @@ class Document {
   static void keepFileBytes(Record& r, uint32_t begin, uint32_t size, uint32_t tag_count);
   // Makes the unchanged record `id` the file's bytes with its tags [first, first + cut_tags),
   // which lie at [offset, offset + cut_size) in them, replaced by `added`.
+  template <typename T>
   void splice(RecordId id, uint32_t first, uint32_t offset, uint32_t cut_tags, uint32_t cut_size,
-              std::span<const Tag> added);
+              std::span<const T> added);
 
   base::Status buildStructure(const std::string& name);
   // Indexes the handles the load found (in handles_, in file order), noting those used

@@ -36,6 +36,10 @@ void Document::encode(std::span<const Tag> tags, std::string& out) {
   for (const Tag& tag : tags) encodeOne(tag.code, text_.view(tag.value), out);
 }
 
+void Document::encode(std::span<const TagText> tags, std::string& out) {
+  for (const TagText& tag : tags) encodeOne(tag.code, tag.value, out);
+}
+
 void Document::encodeOne(int code, std::string_view value, std::string& out) {
   constexpr size_t kMaxShared = 1 << 16;
   constexpr size_t kLongest = 64;
@@ -167,8 +171,9 @@ void Document::keepFileBytes(Record& r, uint32_t begin, uint32_t size, uint32_t 
   r.spliced = false;
 }
 
+template <typename T>
 void Document::splice(RecordId id, uint32_t first, uint32_t offset, uint32_t cut_tags,
-                      uint32_t cut_size, std::span<const Tag> added) {
+                      uint32_t cut_size, std::span<const T> added) {
   Record& r = entry(id);
   encode_scratch_.clear();
   encodeVarint(r.pos, encode_scratch_);
@@ -186,40 +191,51 @@ void Document::splice(RecordId id, uint32_t first, uint32_t offset, uint32_t cut
   r.spliced = true;
 }
 
-void Document::insertTags(RecordId id, size_t index, std::span<const Tag> tags) {
-  if (tags.empty()) return;
+template <typename T>
+bool Document::insertIntoFileBytes(RecordId id, size_t index, std::span<const T> tags) {
   const Record& r = entry(id);
-  if (!r.spliced && spliceable(r) && index <= r.tag_count) {
-    // One pass finds where the new tags go and reads the record's facts as they will be.
-    // The file's tags keep their place in the file bytes, which the record keeps.
-    RecordFactsReader facts;
-    std::string_view type_name;
-    bool first = true;
-    const char* file_start = raw_.data() + r.pos;
-    auto note = [&](const Tag& tag, const char* record_start) {
-      if (first && tag.code == 0) type_name = text(tag);
-      first = false;
-      facts.add(tag.code, text(tag), record_start);
-    };
-    uint32_t offset = r.size;
-    size_t at = 0;
-    TagScan old = scan(id);
-    auto it = old.begin();
-    for (; it != old.end(); ++it, ++at) {
-      if (at == index) {
-        offset = it.position() - r.pos;
-        break;
-      }
-      note(*it, file_start);
+  if (r.spliced || !spliceable(r) || index > r.tag_count) return false;
+  // One pass finds where the new tags go and reads the record's facts as they will be.
+  // The file's tags keep their place in the file bytes, which the record keeps.
+  RecordFactsReader facts;
+  std::string_view type_name;
+  bool first = true;
+  const char* file_start = raw_.data() + r.pos;
+  auto note = [&](int code, std::string_view value, const char* record_start) {
+    if (first && code == 0) type_name = value;
+    first = false;
+    facts.add(code, value, record_start);
+  };
+  uint32_t offset = r.size;
+  size_t at = 0;
+  TagScan old = scan(id);
+  auto it = old.begin();
+  for (; it != old.end(); ++it, ++at) {
+    if (at == index) {
+      offset = it.position() - r.pos;
+      break;
     }
-    for (const Tag& tag : tags) note(tag, nullptr);
-    for (; it != old.end() && !facts.done(); ++it) note(*it, file_start);
-    // Tags inserted after the first leave the structure name as it was.
-    uint16_t type = index == 0 ? internType(type_name) : r.type;
-    splice(id, static_cast<uint32_t>(index), offset, 0, 0, tags);
-    setFacts(id, type, facts.facts());
-    return;
+    note(it->code, text(*it), file_start);
   }
+  for (const T& tag : tags) note(tag.code, textOf(tag), nullptr);
+  for (; it != old.end() && !facts.done(); ++it) note(it->code, text(*it), file_start);
+  // Tags inserted after the first leave the structure name as it was.
+  uint16_t type = index == 0 ? internType(type_name) : r.type;
+  splice(id, static_cast<uint32_t>(index), offset, 0, 0, tags);
+  setFacts(id, type, facts.facts());
+  return true;
+}
+
+void Document::insertTags(RecordId id, size_t index, std::span<const TagText> tags) {
+  if (tags.empty() || insertIntoFileBytes(id, index, tags)) return;
+  std::vector<Tag> made;
+  made.reserve(tags.size());
+  for (const TagText& tag : tags) made.push_back(makeTag(tag.code, tag.value));
+  insertTags(id, index, std::span<const Tag>(made));
+}
+
+void Document::insertTags(RecordId id, size_t index, std::span<const Tag> tags) {
+  if (tags.empty() || insertIntoFileBytes(id, index, tags)) return;
   TagList old = this->tags(id);
   std::vector<Tag> all(old.begin(), old.end());
   index = std::min(index, all.size());
@@ -245,7 +261,7 @@ void Document::eraseTags(RecordId id, size_t index, size_t count) {
       }
     }
     splice(id, static_cast<uint32_t>(index), offset, static_cast<uint32_t>(count),
-           resume - offset, {});
+           resume - offset, std::span<const Tag>());
     noteFacts(id);
     return;
   }

@@ -38,9 +38,8 @@ size_t extensionGroupPosition(const Document& doc, RecordId id) {
 // Gives `id` the group naming its extension dictionary `dict_handle`, the rest of the record
 // kept as it lies.
 void insertDictionaryGroup(Document& doc, RecordId id, const std::string& dict_handle) {
-  Tag group[] = {doc.makeTag(102, "{ACAD_XDICTIONARY"), doc.makeTag(360, dict_handle),
-                 doc.makeTag(102, "}")};
-  doc.insertTags(id, extensionGroupPosition(doc, id), group);
+  const TagText group[] = {{102, "{ACAD_XDICTIONARY"}, {360, dict_handle}, {102, "}"}};
+  doc.insertTags(id, extensionGroupPosition(doc, id), std::span<const TagText>(group));
 }
 
 bool isFollower(std::string_view type) {

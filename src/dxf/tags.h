@@ -20,6 +20,13 @@ struct Tag {
   TextRef value;
 };
 
+// A tag given as its code and its value's text, for edits that encode it where it is kept
+// rather than keep its value apart first.
+struct TagText {
+  int code = 0;
+  std::string_view value;
+};
+
 // A run of a record's tags: `bytes` starts at text position `pos` (the file itself for
 // ASCII lines, the text store for encodings) and holds `count` tags.
 // No member initializers: a scan is made for every record read, and the parts a source does
