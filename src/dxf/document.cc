@@ -288,12 +288,6 @@ Record Document::attachedRecord(RecordId id) const {
   return r;
 }
 
-uint16_t Document::attachedType(RecordId id) const {
-  const size_t k = id - kAttachedBase;
-  if (k < attached_records_.size()) return attached_records_[k].type;
-  return k % 2 == 0 ? dictionary_type_ : xrecord_type_;
-}
-
 Record& Document::entry(RecordId id) {
   if (!isAttached(id)) return records_[id];
   // Every attached record so far gets its entry: ids stay as they are, and the next change

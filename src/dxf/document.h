@@ -287,7 +287,11 @@ class Document {
     return TagScan(TagSource({text_.view({pos, size}).data(), pos, size, count, false, shared_}));
   }
   Record attachedRecord(RecordId id) const;
-  uint16_t attachedType(RecordId id) const;
+  uint16_t attachedType(RecordId id) const {
+    const size_t k = id - kAttachedBase;
+    if (k < attached_records_.size()) return attached_records_[k].type;
+    return k % 2 == 0 ? dictionary_type_ : xrecord_type_;
+  }
   // The entry of `id` to change: an attached record gets one kept for it.
   Record& entry(RecordId id);
   // Tells the observer (now, or when the open batches close) that `id` came or went.
