@@ -293,7 +293,6 @@ Record& Document::entry(RecordId id) {
   // Every attached record so far gets its entry: ids stay as they are, and the next change
   // finds its entry made.
   const size_t count = 2 * attachments_.size();
-  attached_records_.reserve(count);
   while (attached_records_.size() < count) {
     auto k = static_cast<RecordId>(attached_records_.size());
     attached_records_.push_back(attachedRecord(kAttachedBase + k));
