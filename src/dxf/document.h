@@ -207,7 +207,7 @@ class Document {
   RecordId newRecord(std::span<const Tag> tags);
   // Links the unlinked record `id` into the file just before `pos`.
   void insertBefore(RecordId pos, RecordId id);
-  // Unlinks `id` from the file (takes an attached record out) and forgets its handle.
+  // Unlinks `id` from the file (takes an attached record out); byHandle no longer finds it.
   void unlink(RecordId id);
   // Moves the linked record `id` to just before `pos`; the observer is not told, since the
   // object stays in the drawing. Attached records stay where they are.

