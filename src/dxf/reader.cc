@@ -45,7 +45,7 @@ class DocumentBuilder {
   DocumentBuilder(Document& doc, const std::string& name) : doc_(doc), name_(name) {}
 
   base::Status readAscii();
-  base::Status readBinary(bool one_byte_codes);
+  base::Status readBinary();
 
  private:
   base::Status errorAt(uint64_t line, const std::string& what) const {
@@ -182,12 +182,13 @@ base::Status DocumentBuilder::readAscii() {
   return base::Status::ok();
 }
 
-base::Status DocumentBuilder::readBinary(bool one_byte_codes) {
+base::Status DocumentBuilder::readBinary() {
   const std::string& raw = doc_.raw_;
   doc_.format_ = Format::kBinary;
   const auto* data = reinterpret_cast<const unsigned char*>(raw.data());
   const size_t size = raw.size();
-  doc_.r12_binary_codes_ = one_byte_codes;
+  // R12 binary files use one-byte group codes; later ones two bytes.
+  doc_.r12_binary_codes_ = size > 23 && data[22] == 0 && data[23] != 0;
   std::string decoded;
   decoded.reserve(size + size / 2);
   doc_.records_.reserve(size / 16 + 16);
@@ -302,28 +303,15 @@ base::Result<Document> Document::parse(std::string bytes, const std::string& nam
   if (bytes.size() > TextStore::kMaxBase) {
     return base::Status::invalid(name + ": the file is larger than 2 GiB; split the drawing");
   }
-  const bool binary = bytes.compare(0, kBinarySentinel.size(), kBinarySentinel) == 0;
-  // R12 binary files use one-byte group codes, later ones two: the first code 0 is followed by
-  // the first record's type or, in later files, by a zero byte. An R12 file whose first type
-  // is empty starts as a later one does, so that reading is tried when the other fails.
-  const size_t at = kBinarySentinel.size();
-  const bool one_byte_codes = bytes.size() > at + 1 && bytes[at] == 0 && bytes[at + 1] != 0;
-  const bool either = bytes.size() > at + 1 && bytes[at] == 0 && bytes[at + 1] == 0;
-  auto read = [&](std::string raw, bool one_byte) -> base::Result<Document> {
-    Document doc;
-    doc.raw_ = std::move(raw);
-    DocumentBuilder builder(doc, name);
-    base::Status status = binary ? builder.readBinary(one_byte) : builder.readAscii();
-    if (!status) return status;
-    status = doc.buildStructure(name);
-    if (!status) return status;
-    return doc;
-  };
-  if (!binary || !either) return read(std::move(bytes), one_byte_codes);
-  base::Result<Document> doc = read(bytes, false);
-  if (doc.isOk()) return doc;
-  base::Result<Document> r12 = read(std::move(bytes), true);
-  return r12.isOk() ? std::move(r12) : std::move(doc);
+  Document doc;
+  doc.raw_ = std::move(bytes);
+  DocumentBuilder builder(doc, name);
+  bool binary = doc.raw_.compare(0, kBinarySentinel.size(), kBinarySentinel) == 0;
+  base::Status status = binary ? builder.readBinary() : builder.readAscii();
+  if (!status) return status;
+  status = doc.buildStructure(name);
+  if (!status) return status;
+  return doc;
 }
 
 }  // namespace dxf
