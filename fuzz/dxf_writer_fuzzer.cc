@@ -480,6 +480,14 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
       std::fclose(f);
     }
   }
+  // An R12 binary file tells its one-byte codes by the first record's type following the
+  // first code; with that record erased, an empty type can come first, and the file then
+  // starts as one with two-byte codes does: no reader can tell them apart.
+  constexpr size_t kFirstCode = 22;
+  if (doc->format() == dxf::Format::kBinary && original[kFirstCode + 1] != 0 &&
+      written.size() > kFirstCode + 1 && written[kFirstCode + 1] == 0) {
+    return 0;
+  }
   auto again = dxf::Document::parse(written, "fuzz-written");
   if (!again.isOk()) {
     failWith("the edited drawing written does not parse: " + again.status().message());
