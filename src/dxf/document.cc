@@ -293,6 +293,11 @@ Record& Document::entry(RecordId id) {
   // Every attached record so far gets its entry: ids stay as they are, and the next change
   // finds its entry made.
   const size_t count = 2 * attachments_.size();
+  // Exactly what is asked the first time, when every pair made so far is promoted at once;
+  // geometric after, when pairs attached one at a time are each edited in turn.
+  if (count > attached_records_.capacity()) {
+    attached_records_.reserve(std::max(count, 2 * attached_records_.capacity()));
+  }
   while (attached_records_.size() < count) {
     auto k = static_cast<RecordId>(attached_records_.size());
     attached_records_.push_back(attachedRecord(kAttachedBase + k));
