@@ -343,6 +343,8 @@ std::optional<PropValue> getGeneralProperty(const Document& doc, RecordId id, Pr
   if (id >= doc.recordCount()) return std::nullopt;
   bool known = false;
   if (prop == Prop::kColor) {
+    // A record without a structure name has a layer group but is no entity.
+    if (!findRow<CompoundProp>(kCompoundProps, prop, doc.type(id))) return std::nullopt;
     std::optional<Tag> index = doc.findInEntityGroup(id, 62, known);
     if (!known) return std::nullopt;
     return props::colorOf(doc, index, doc.findInEntityGroup(id, 420, known));
