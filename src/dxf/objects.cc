@@ -221,13 +221,24 @@ void cutDictionaryGroup(Document& doc, RecordId id) {
   }
 }
 
+// Whether the dictionary `dict` names an entry: the key and handle pair dictionaryEntries
+// reads, found without decoding any.
+bool holdsEntries(const Document& doc, RecordId dict) {
+  int previous = -1;
+  for (const Tag& tag : doc.scan(dict)) {
+    if (previous == 3 && (tag.code == 350 || tag.code == 360)) return true;
+    previous = tag.code;
+  }
+  return false;
+}
+
 }  // namespace
 
 bool releaseExtensionDictionary(Document& doc, RecordId id) {
   Handle h = extensionDictionaryOf(doc, id);
   if (h == 0) return false;
   RecordId dict = doc.byHandle(h);
-  if (dict != kNoRecord && !dictionaryEntries(doc, dict).empty()) return false;
+  if (dict != kNoRecord && holdsEntries(doc, dict)) return false;
   cutDictionaryGroup(doc, id);
   if (dict != kNoRecord) doc.unlink(dict);
   return true;
