@@ -13,7 +13,7 @@ class MinimumTree {
  public:
   explicit MinimumTree(std::span<const int32_t> ranks) {
     while (leaves_ < ranks.size()) leaves_ *= 2;
-    tree_.assign(2 * leaves_, std::numeric_limits<int64_t>::max());
+    tree_.assign(2 * leaves_, std::numeric_limits<int32_t>::max());
     for (size_t i = 0; i < ranks.size(); ++i) tree_[leaves_ + i] = ranks[i];
     for (size_t node = leaves_ - 1; node >= 1; --node)
       tree_[node] = std::min(tree_[2 * node], tree_[2 * node + 1]);
@@ -27,7 +27,7 @@ class MinimumTree {
   }
 
   // The first position after `after` whose rank is less than `bound`, or npos.
-  size_t firstBelow(size_t after, int64_t bound) const {
+  size_t firstBelow(size_t after, int32_t bound) const {
     size_t node = leaves_ + after;
     // Climb until a right sibling's subtree holds a smaller rank.
     while (true) {
@@ -47,7 +47,7 @@ class MinimumTree {
 
  private:
   size_t leaves_ = 1;
-  std::vector<int64_t> tree_;
+  std::vector<int32_t> tree_;
 };
 
 }  // namespace
@@ -75,8 +75,7 @@ std::vector<size_t> exchangeSortOrder(std::span<const int32_t> ranks) {
       minima.set(at, current[at]);
     }
     order[i] = moved;
-    current[i] = moved_rank;
-    minima.set(i, moved_rank);
+    current[i] = moved_rank;  // no later turn looks at position i again
   }
   return order;
 }
