@@ -14,9 +14,10 @@ namespace maintenance {
 //
 // One pass already sorts (after position i's turn it holds the least rank of the rest), and
 // position i's turn moves entries only along the chain of later positions whose ranks are
-// new strict minima: each takes the entry of the one before, and i takes the last. Each
-// link is found in O(log n) in a tree of minima, so the whole costs O(n * d * log n) for d
-// distinct ranks instead of the procedure's O(n^2).
+// new strict minima: each takes the entry of the one before, and i takes the last. A chain
+// has at most d links for d distinct ranks; each is the next member of a bit set of the
+// positions below a rank (a few word operations), or for more than 64 ranks found in a tree
+// of minima in O(log n): O(n * d) or O(n * d * log n) instead of the procedure's O(n^2).
 std::vector<size_t> exchangeSortOrder(std::span<const int32_t> ranks);
 
 }  // namespace maintenance
