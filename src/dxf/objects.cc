@@ -271,11 +271,16 @@ void eraseObject(Document& doc, RecordId id) {
       if (RecordId dict = doc.byHandle(x); dict != kNoRecord) owned.push_back(dict);
     }
     if (doc.type(current) == "DICTIONARY" || doc.type(current) == "ACDBDICTIONARYWDFLT") {
-      for (const DictionaryEntry& entry : dictionaryEntries(doc, current)) {
-        RecordId child = doc.byHandle(entry.value);
-        if (child != kNoRecord && (entry.hard_owner || ownerOf(doc, child) == own)) {
-          owned.push_back(child);
+      // The entries' objects, their keys left undecoded.
+      int previous = -1;
+      for (const Tag& tag : doc.scan(current)) {
+        if (previous == 3 && (tag.code == 350 || tag.code == 360)) {
+          RecordId child = doc.byHandle(parseHandle(doc.text(tag)));
+          if (child != kNoRecord && (tag.code == 360 || ownerOf(doc, child) == own)) {
+            owned.push_back(child);
+          }
         }
+        previous = tag.code;
       }
     }
     pending.insert(pending.end(), owned.rbegin(), owned.rend());
