@@ -247,23 +247,30 @@ void Document::insertTags(RecordId id, size_t index, std::span<const Tag> tags) 
 void Document::eraseTags(RecordId id, size_t index, size_t count) {
   if (count == 0) return;
   Record& r = entry(id);
-  // The structure name stays (index > 0): the facts are read again from the record as it is.
+  // The structure name stays (index > 0).
   if (index > 0 && !r.spliced && spliceable(r) && index + count <= r.tag_count) {
-    // The record stays its file bytes, with the run cut out where a scan finds it.
+    // The record stays its file bytes, with the run cut out where a scan finds it; the same
+    // pass reads the record's facts as they will be.
+    RecordFactsReader facts;
+    const char* file_start = raw_.data() + r.pos;
     uint32_t offset = r.size;
     uint32_t resume = r.size;
     size_t at = 0;
     TagScan old = scan(id);
-    for (auto it = old.begin(); it != old.end(); ++it, ++at) {
+    auto it = old.begin();
+    for (; it != old.end(); ++it, ++at) {
       if (at == index) offset = it.position() - r.pos;
       if (at == index + count) {
         resume = it.position() - r.pos;
         break;
       }
+      if (at < index && !facts.done()) facts.add(it->code, text(*it), file_start);
     }
+    for (; it != old.end() && !facts.done(); ++it) facts.add(it->code, text(*it), file_start);
+    const uint16_t type = r.type;
     splice(id, static_cast<uint32_t>(index), offset, static_cast<uint32_t>(count),
            resume - offset, std::span<const Tag>());
-    noteFacts(id);
+    setFacts(id, type, facts.facts());
     return;
   }
   if (index > 0 && r.spliced) {
