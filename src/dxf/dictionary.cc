@@ -105,18 +105,15 @@ std::vector<DictionaryEntry> dictionaryEntries(const Document& doc, RecordId dic
 
 void dictionaryEntries(const Document& doc, RecordId dict, std::vector<DictionaryEntry>& out) {
   size_t count = 0;
-  Tag key{-1, {}};
-  for (const Tag& tag : doc.scan(dict)) {
-    if (key.code == 3 && (tag.code == 350 || tag.code == 360)) {
-      if (count == out.size()) out.emplace_back();
-      DictionaryEntry& entry = out[count++];
-      entry.key.clear();
-      doc.codec().decode(doc.text(key), entry.key);
-      entry.value = parseHandle(doc.text(tag));
-      entry.hard_owner = tag.code == 360;
-    }
-    key = tag;
-  }
+  forEachEntryTag(doc, dict, [&](const Tag& key, const Tag& value) {
+    if (count == out.size()) out.emplace_back();
+    DictionaryEntry& entry = out[count++];
+    entry.key.clear();
+    doc.codec().decode(doc.text(key), entry.key);
+    entry.value = parseHandle(doc.text(value));
+    entry.hard_owner = value.code == 360;
+    return true;
+  });
   out.resize(count);
 }
 

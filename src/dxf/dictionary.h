@@ -20,6 +20,18 @@ struct DictionaryEntry {
 // The root dictionary: the first object of the OBJECTS section, or kNoRecord.
 RecordId namedObjectsDictionary(const Document& doc);
 
+// Calls `visit(key, value)` with the tags of each entry in order, the key's (3) and its
+// object's (350 or 360) as the dictionary holds them, until it returns false: for walks that
+// need no key decoded.
+template <typename Visit>
+void forEachEntryTag(const Document& doc, RecordId dict, Visit visit) {
+  Tag key{-1, {}};
+  for (const Tag& tag : doc.scan(dict)) {
+    if (key.code == 3 && (tag.code == 350 || tag.code == 360) && !visit(key, tag)) return;
+    key = tag;
+  }
+}
+
 // Entries in the order the dictionary keeps them.
 std::vector<DictionaryEntry> dictionaryEntries(const Document& doc, RecordId dict);
 // The same into `out`, reusing its keys' storage: for walks over many dictionaries.

@@ -221,15 +221,13 @@ void cutDictionaryGroup(Document& doc, RecordId id) {
   }
 }
 
-// Whether the dictionary `dict` names an entry: the key and handle pair dictionaryEntries
-// reads, found without decoding any.
 bool holdsEntries(const Document& doc, RecordId dict) {
-  int previous = -1;
-  for (const Tag& tag : doc.scan(dict)) {
-    if (previous == 3 && (tag.code == 350 || tag.code == 360)) return true;
-    previous = tag.code;
-  }
-  return false;
+  bool found = false;
+  forEachEntryTag(doc, dict, [&](const Tag&, const Tag&) {
+    found = true;
+    return false;  // one is enough
+  });
+  return found;
 }
 
 }  // namespace
@@ -271,17 +269,13 @@ void eraseObject(Document& doc, RecordId id) {
       if (RecordId dict = doc.byHandle(x); dict != kNoRecord) owned.push_back(dict);
     }
     if (doc.type(current) == "DICTIONARY" || doc.type(current) == "ACDBDICTIONARYWDFLT") {
-      // The entries' objects, their keys left undecoded.
-      int previous = -1;
-      for (const Tag& tag : doc.scan(current)) {
-        if (previous == 3 && (tag.code == 350 || tag.code == 360)) {
-          RecordId child = doc.byHandle(parseHandle(doc.text(tag)));
-          if (child != kNoRecord && (tag.code == 360 || ownerOf(doc, child) == own)) {
-            owned.push_back(child);
-          }
+      forEachEntryTag(doc, current, [&](const Tag&, const Tag& value) {
+        RecordId child = doc.byHandle(parseHandle(doc.text(value)));
+        if (child != kNoRecord && (value.code == 360 || ownerOf(doc, child) == own)) {
+          owned.push_back(child);
         }
-        previous = tag.code;
-      }
+        return true;
+      });
     }
     pending.insert(pending.end(), owned.rbegin(), owned.rend());
     // Attributes and vertices live only through the entity that they follow.
