@@ -31,10 +31,15 @@ std::vector<size_t> literalExchangeSort(std::vector<int32_t> ranks) {
 
 TEST(DrawOrderTest, SameOrderAsTheExchangeProcedureOnRandomRanks) {
   std::mt19937 random(20261124);
-  for (int round = 0; round < 4000; ++round) {
+  for (int round = 0; round < 4004; ++round) {
     size_t size = std::uniform_int_distribution<size_t>(0, round < 3000 ? 12 : 300)(random);
     // Up to 8 draw orders, as drawings mostly have, or up to 100 in every fourth round.
     int distinct = std::uniform_int_distribution<int>(1, round % 4 == 3 ? 100 : 8)(random);
+    if (round >= 4000) {
+      // Past 4 096 positions, with as many draw orders as the bit sets take and one more.
+      size = 4100;
+      distinct = 63 + (round - 4000);
+    }
     std::vector<int32_t> ranks(size);
     for (int32_t& rank : ranks) {
       int pick = std::uniform_int_distribution<int>(0, distinct - 1)(random);
