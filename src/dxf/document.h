@@ -306,10 +306,10 @@ class Document {
   void encode(std::span<const TagText> tags, std::string& out);
   std::string_view textOf(const Tag& tag) const { return text(tag); }
   static std::string_view textOf(const TagText& tag) { return tag.value; }
-  // insertTags for a record that is its file bytes: the record is spliced. False (nothing
-  // done) for any other.
+  // Tags [index, index + cut) of a record that is its file bytes replaced by `added`: the
+  // record is spliced. False (nothing done) for any other.
   template <typename T>
-  bool insertIntoFileBytes(RecordId id, size_t index, std::span<const T> tags);
+  bool spliceFileBytes(RecordId id, size_t index, size_t cut, std::span<const T> added);
   void encodeOne(int code, std::string_view value, std::string& out);
   // Reads the facts of `id` again from its tags as they are, its structure name aside (or
   // given as `type`).

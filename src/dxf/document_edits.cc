@@ -193,11 +193,11 @@ void Document::splice(RecordId id, uint32_t first, uint32_t offset, uint32_t cut
 }
 
 template <typename T>
-bool Document::insertIntoFileBytes(RecordId id, size_t index, std::span<const T> tags) {
+bool Document::spliceFileBytes(RecordId id, size_t index, size_t cut, std::span<const T> added) {
   const Record& r = entry(id);
-  if (r.spliced || !spliceable(r) || index > r.tag_count) return false;
-  // One pass finds where the new tags go and reads the record's facts as they will be.
-  // The file's tags keep their place in the file bytes, which the record keeps.
+  if (r.spliced || !spliceable(r) || index + cut > r.tag_count) return false;
+  // One pass finds where the run lies and reads the record's facts as they will be. The
+  // file's tags keep their place in the file bytes, which the record keeps.
   RecordFactsReader facts;
   std::string_view type_name;
   bool first = true;
@@ -208,27 +208,30 @@ bool Document::insertIntoFileBytes(RecordId id, size_t index, std::span<const T>
     facts.add(code, value, record_start);
   };
   uint32_t offset = r.size;
+  uint32_t resume = r.size;
   size_t at = 0;
   TagScan old = scan(id);
   auto it = old.begin();
   for (; it != old.end(); ++it, ++at) {
-    if (at == index) {
-      offset = it.position() - r.pos;
+    if (at == index) offset = it.position() - r.pos;
+    if (at == index + cut) {
+      resume = it.position() - r.pos;
       break;
     }
-    note(it->code, text(*it), file_start);
+    if (at < index) note(it->code, text(*it), file_start);
   }
-  for (const T& tag : tags) note(tag.code, textOf(tag), nullptr);
+  for (const T& tag : added) note(tag.code, textOf(tag), nullptr);
   for (; it != old.end() && !facts.done(); ++it) note(it->code, text(*it), file_start);
-  // Tags inserted after the first leave the structure name as it was.
+  // Tags put in after the first leave the structure name as it was.
   uint16_t type = index == 0 ? internType(type_name) : r.type;
-  splice(id, static_cast<uint32_t>(index), offset, 0, 0, tags);
+  splice(id, static_cast<uint32_t>(index), offset, static_cast<uint32_t>(cut), resume - offset,
+         added);
   setFacts(id, type, facts.facts());
   return true;
 }
 
 void Document::insertTags(RecordId id, size_t index, std::span<const TagText> tags) {
-  if (tags.empty() || insertIntoFileBytes(id, index, tags)) return;
+  if (tags.empty() || spliceFileBytes(id, index, 0, tags)) return;
   std::vector<Tag> made;
   made.reserve(tags.size());
   for (const TagText& tag : tags) made.push_back(makeTag(tag.code, tag.value));
@@ -236,7 +239,7 @@ void Document::insertTags(RecordId id, size_t index, std::span<const TagText> ta
 }
 
 void Document::insertTags(RecordId id, size_t index, std::span<const Tag> tags) {
-  if (tags.empty() || insertIntoFileBytes(id, index, tags)) return;
+  if (tags.empty() || spliceFileBytes(id, index, 0, tags)) return;
   TagList old = this->tags(id);
   std::vector<Tag> all(old.begin(), old.end());
   index = std::min(index, all.size());
@@ -246,33 +249,9 @@ void Document::insertTags(RecordId id, size_t index, std::span<const Tag> tags) 
 
 void Document::eraseTags(RecordId id, size_t index, size_t count) {
   if (count == 0) return;
+  // A cut from the first tag on would take the structure name: that record is rewritten.
+  if (index > 0 && spliceFileBytes(id, index, count, std::span<const Tag>())) return;
   Record& r = entry(id);
-  // The structure name stays (index > 0).
-  if (index > 0 && !r.spliced && spliceable(r) && index + count <= r.tag_count) {
-    // The record stays its file bytes, with the run cut out where a scan finds it; the same
-    // pass reads the record's facts as they will be.
-    RecordFactsReader facts;
-    const char* file_start = raw_.data() + r.pos;
-    uint32_t offset = r.size;
-    uint32_t resume = r.size;
-    size_t at = 0;
-    TagScan old = scan(id);
-    auto it = old.begin();
-    for (; it != old.end(); ++it, ++at) {
-      if (at == index) offset = it.position() - r.pos;
-      if (at == index + count) {
-        resume = it.position() - r.pos;
-        break;
-      }
-      if (at < index && !facts.done()) facts.add(it->code, text(*it), file_start);
-    }
-    for (; it != old.end() && !facts.done(); ++it) facts.add(it->code, text(*it), file_start);
-    const uint16_t type = r.type;
-    splice(id, static_cast<uint32_t>(index), offset, static_cast<uint32_t>(count),
-           resume - offset, std::span<const Tag>());
-    setFacts(id, type, facts.facts());
-    return;
-  }
   if (index > 0 && r.spliced) {
     SpliceHeader h = spliceHeader(r);
     if (h.cut_tags == 0 && h.first == index && r.tag_count - h.file_tags == count) {
