@@ -267,23 +267,56 @@ Record Document::attachedEntry(RecordId id) const {
   const Attachment& a = attachments_[k / 2];
   const bool dictionary = k % 2 == 0;
   Record r;
-  r.pos = dictionary ? a.pos : a.pos + a.dictionary_size;
-  r.size = dictionary ? a.dictionary_size : a.size - a.dictionary_size;
-  r.tag_count = dictionary ? a.dictionary_tags : a.xrecord_tags;
+  r.tag_count = dictionary ? kOwnDictionaryTags + kShapeDictionaryTags
+                           : kOwnXrecordTags + shapes_[a.shape].xrecord_tags;
   r.type = dictionary ? dictionary_type_ : xrecord_type_;
   r.changed = true;
+  r.row = true;
   r.erased = (a.erased >> (k % 2) & 1) != 0;
   return r;
+}
+
+TagSource Document::attachedSource(size_t k) const {
+  const Attachment& a = attachments_[k / 2];
+  const Shape& shape = shapes_[a.shape];
+  const char* own = text_.view({a.pos, a.size}).data();
+  const char* shared = text_.view({shape.pos, shape.size}).data();
+  TagSource source;
+  if (k % 2 == 0) {
+    source.part_count = 3;
+    source.parts[0] = {own, a.pos, a.entry_at, kOwnDictionaryTags - 1, false, shared_};
+    source.parts[1] = {shared, shape.pos, shape.dictionary_size, kShapeDictionaryTags,
+                       false,  shared_};
+    source.parts[2] = {own + a.entry_at,
+                       a.pos + a.entry_at,
+                       static_cast<uint32_t>(a.xrecord_at - a.entry_at),
+                       1,
+                       false,
+                       shared_};
+  } else {
+    source.part_count = 2;
+    source.parts[0] = {own + a.xrecord_at,
+                       a.pos + a.xrecord_at,
+                       static_cast<uint32_t>(a.size - a.xrecord_at),
+                       kOwnXrecordTags,
+                       false,
+                       shared_};
+    source.parts[1] = {shared + shape.dictionary_size,
+                       shape.pos + shape.dictionary_size,
+                       shape.size - shape.dictionary_size,
+                       shape.xrecord_tags,
+                       false,
+                       shared_};
+  }
+  return source;
 }
 
 Record Document::attachedRecord(RecordId id) const {
   Record r = attachedEntry(id);
   if (r.handle == 0) {
-    // The handle follows the code 0 tag, as AttachmentBuilder's callers write it.
-    const TagSource source(
-        {text_.view({r.pos, r.size}).data(), r.pos, r.size, r.tag_count, false, shared_});
-    TagScan::iterator it(source);
-    if (r.tag_count > 1 && (++it, it->code == 5)) r.handle = parseHandle(text(*it));
+    // The handle follows the code 0 tag in the record's own tags.
+    TagScan::iterator it(attachedSource(id - kAttachedBase));
+    if (++it, it->code == 5) r.handle = parseHandle(text(*it));
   }
   return r;
 }

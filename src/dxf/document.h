@@ -50,6 +50,9 @@ struct Record {
   bool rehandle : 1 = false;
   // The tag at layer_at opens the record's AcDbEntity group (RecordFacts::layer_opens_group).
   bool layer_opens_group : 1 = false;
+  // An attached record whose tags are still those it was made with: they are read from its
+  // attachment, and pos and size mean nothing.
+  bool row : 1 = false;
   // Where the layer's value lies in the record's file bytes (RecordFacts::layer_at), when
   // that is under 256 and the bytes still hold the record's layer (outside a run a splice
   // replaced); 0 otherwise.
@@ -147,23 +150,26 @@ class Document {
   uint64_t revision() const { return revision_; }
 
   // --- Attached records. An entity's extension dictionary made for it together with the one
-  // XRECORD it holds (AttachmentBuilder) is kept as one encoding of the pair, with no entry
-  // in the record list: classifying gives every entity one, and entries and a file position
-  // for each would double what the drawing holds. They read and change like any record, but
-  // are not in the file's order (first, next): they are written at the end of the OBJECTS
-  // section, each dictionary before its XRECORD, and cannot be moved.
+  // XRECORD it holds (AttachmentBuilder) is kept as a row: its handles, and the tags it has
+  // in common with other pairs (the key, the XRECORD's values) kept once for all of them.
+  // Classifying gives every entity one, and entries and encodings of their own would double
+  // what the drawing holds. They read and change like any record, but are not in the file's
+  // order (first, next): they are written at the end of the OBJECTS section, each dictionary
+  // before its XRECORD, and cannot be moved.
   static bool isAttached(RecordId id) { return id >= kAttachedBase && id != kNoRecord; }
   // Attached records have the ids from kAttachedBase up to this one, in the order they are
   // written; those erased do not exist().
   RecordId attachedEnd() const {
     return static_cast<RecordId>(kAttachedBase + 2 * attachments_.size());
   }
-  // The XRECORD of the attached dictionary `dict` while neither has changed or gone since
-  // they were made (it is then the dictionary's only entry, hard-owned); kNoRecord otherwise.
+  // The XRECORD of the attached dictionary `dict` while the dictionary's tags are as they
+  // were made and neither has gone (it is then the dictionary's only entry, hard-owned);
+  // kNoRecord otherwise.
   RecordId attachedXrecordOf(RecordId dict) const {
     const size_t k = dict - kAttachedBase;
-    if (!isAttached(dict) || k % 2 != 0 || k < attached_records_.size() ||
-        k / 2 >= attachments_.size() || attachments_[k / 2].erased != 0) {
+    if (!isAttached(dict) || k % 2 != 0 || k / 2 >= attachments_.size() ||
+        attachments_[k / 2].erased != 0 ||
+        (k < attached_records_.size() && !attached_records_[k].row)) {
       return kNoRecord;
     }
     return dict + 1;
@@ -258,17 +264,32 @@ class Document {
         {text_.view({r.pos, r.size}).data(), r.pos, r.size, r.tag_count, false, shared_}));
   }
 
-  // An extension dictionary and its XRECORD made together: their tags are one encoding, the
-  // dictionary's first. The dictionary is attached record kAttachedBase + 2 * index, the
-  // XRECORD the next id.
+  // An extension dictionary and its XRECORD made together. Their own tags are encoded as
+  //   0 DICTIONARY, 5 dictionary, 330 owner | 360 XRECORD | 0 XRECORD, 5 XRECORD, 330 dictionary
+  // and the rest, the same for every pair made with the same key and values, is its shape's.
+  // The dictionary is attached record kAttachedBase + 2 * index, the XRECORD the next id.
   struct Attachment {
-    uint32_t pos = 0;  // the encoding, in the text store
-    uint32_t size = 0;
-    uint32_t xrecord_tags = 0;
-    uint16_t dictionary_size = 0;  // bytes of the dictionary's tags
-    uint8_t dictionary_tags = 0;
-    uint8_t erased = 0;  // bit 0 the dictionary, bit 1 the XRECORD
+    uint32_t pos = 0;        // its own tags, in the text store
+    uint32_t shape = 0;      // in shapes_
+    uint8_t size = 0;        // bytes of its own tags (handles take at most 16 digits)
+    uint8_t entry_at = 0;    // where the dictionary's entry (360) begins in them
+    uint8_t xrecord_at = 0;  // where the XRECORD's begin
+    uint8_t erased = 0;      // bit 0 the dictionary, bit 1 the XRECORD
   };
+  // What pairs share, encoded once: the dictionary's tags after its owner up to its entry
+  //   100 AcDbDictionary, 280 1, 281 1, 3 key
+  // then the XRECORD's after its owner (100 AcDbXrecord, its values).
+  struct Shape {
+    uint32_t pos = 0;
+    uint32_t size = 0;
+    uint32_t dictionary_size = 0;  // bytes of the dictionary's part
+    uint32_t xrecord_tags = 0;
+  };
+  static constexpr uint32_t kShapeDictionaryTags = 4;
+  static constexpr uint32_t kOwnDictionaryTags = 4;  // three before the shape's, one after
+  static constexpr uint32_t kOwnXrecordTags = 3;
+  // Where the tags of the attached record `k` (id - kAttachedBase) lie, while it is a row.
+  TagSource attachedSource(size_t k) const;
   // The entry of the attached record `id`, its handle aside (0).
   Record attachedEntry(RecordId id) const;
   bool attachedExists(RecordId id) const {
@@ -278,13 +299,10 @@ class Document {
   }
   TagScan attachedScan(RecordId id) const {
     const size_t k = id - kAttachedBase;
-    if (k < attached_records_.size()) return scanOf(attached_records_[k]);
-    const Attachment& a = attachments_[k / 2];
-    const bool dictionary = k % 2 == 0;
-    const uint32_t pos = dictionary ? a.pos : a.pos + a.dictionary_size;
-    const uint32_t size = dictionary ? a.dictionary_size : a.size - a.dictionary_size;
-    const uint32_t count = dictionary ? a.dictionary_tags : a.xrecord_tags;
-    return TagScan(TagSource({text_.view({pos, size}).data(), pos, size, count, false, shared_}));
+    if (k < attached_records_.size() && !attached_records_[k].row) {
+      return scanOf(attached_records_[k]);
+    }
+    return TagScan(attachedSource(k));
   }
   Record attachedRecord(RecordId id) const;
   uint16_t attachedType(RecordId id) const {
@@ -417,8 +435,14 @@ class Document {
   std::unordered_map<std::string_view, uint16_t> type_index_;
   std::vector<Record> records_;
   std::vector<Attachment> attachments_;
+  std::vector<Shape> shapes_;
+  // The shapes made last, by hash of their bytes: pairs made one after another mostly
+  // repeat one of a few.
+  static constexpr size_t kShapeCacheSize = 1024;
+  std::vector<uint32_t> shape_cache_;
   // The entries of attached records, by id - kAttachedBase, once a change reached one of
-  // them; those attached after that are read from their attachment until the next.
+  // them; those attached after that, and those whose entry is still a `row`, are read from
+  // their attachment.
   std::vector<Record> attached_records_;
   uint16_t dictionary_type_ = 0;  // the structure names of attached records
   uint16_t xrecord_type_ = 0;
@@ -476,26 +500,27 @@ class RecordBuilder {
   uint32_t count_ = 0;
 };
 
-// Makes an extension dictionary holding one XRECORD as an attached record pair (see
-// Document::isAttached), encoding each value as it comes. One at a time per drawing.
+// Makes an object's extension dictionary holding one XRECORD, hard-owned under `key`, as an
+// attached record pair (see Document::isAttached), encoding each value as it comes. One at
+// a time per drawing.
 class AttachmentBuilder {
  public:
-  explicit AttachmentBuilder(Document& doc) : doc_(doc) { doc_.builder_scratch_.clear(); }
+  // `key` is the entry's name as the file writes it; `cloning_flag` gives the XRECORD the
+  // duplicate record cloning flag (280 1) that drawings from R2000 on write.
+  AttachmentBuilder(Document& doc, std::string_view key, bool cloning_flag);
   AttachmentBuilder(const AttachmentBuilder&) = delete;
   AttachmentBuilder& operator=(const AttachmentBuilder&) = delete;
 
-  // The dictionary's tags from its code 0 tag, then the XRECORD's from its own. The
-  // dictionary's must take under 64 KiB and 256 tags.
+  // The XRECORD's values, in order.
   AttachmentBuilder& add(int code, std::string_view value);
-  // Makes both, with handles `dictionary` and `xrecord`, and announces them in that order;
-  // returns the XRECORD's id.
-  RecordId finish(Handle dictionary, Handle xrecord);
+  // Makes both for the object with handle `owner`, with handles `dictionary` and `xrecord`,
+  // and announces them in that order; returns the XRECORD's id.
+  RecordId finish(Handle owner, Handle dictionary, Handle xrecord);
 
  private:
   Document& doc_;
-  uint32_t count_ = 0;
-  uint32_t dictionary_tags_ = 0;
-  size_t dictionary_size_ = 0;
+  uint32_t xrecord_tags_ = 0;
+  uint32_t dictionary_size_ = 0;
 };
 
 // While one lives, the drawing's observer is told nothing; when the outermost ends, it is

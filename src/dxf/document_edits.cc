@@ -289,13 +289,14 @@ void Document::setTags(RecordId id, std::span<const Tag> tags) {
   encode(tags, encode_scratch_);
   Record& r = entry(id);
   std::optional<TextRef> in_place;
-  if (r.changed) in_place = text_.replaceLast({r.pos, r.size}, encode_scratch_);
+  if (r.changed && !r.row) in_place = text_.replaceLast({r.pos, r.size}, encode_scratch_);
   TextRef code = in_place ? *in_place : text_.add(encode_scratch_, TextStore::Lane::kEncodings);
   r.pos = code.pos;
   r.size = code.len;
   r.tag_count = static_cast<uint32_t>(tags.size());
   r.changed = true;
   r.spliced = false;
+  r.row = false;
 }
 
 void Document::giveFreshHandle(RecordId id, std::vector<Tag>& tags) {
@@ -339,29 +340,60 @@ RecordId Document::newRecord(std::span<const Tag> tags) {
   return id;
 }
 
+AttachmentBuilder::AttachmentBuilder(Document& doc, std::string_view key, bool cloning_flag)
+    : doc_(doc) {
+  std::string& out = doc_.builder_scratch_;
+  out.clear();
+  doc_.encodeOne(100, "AcDbDictionary", out);
+  // Extension dictionaries own their entries (280 1), which are therefore 360s.
+  doc_.encodeOne(280, "1", out);
+  doc_.encodeOne(281, "1", out);
+  doc_.encodeOne(3, key, out);
+  dictionary_size_ = static_cast<uint32_t>(out.size());
+  doc_.encodeOne(100, "AcDbXrecord", out);
+  xrecord_tags_ = 1;
+  if (cloning_flag) add(280, "1");
+}
+
 AttachmentBuilder& AttachmentBuilder::add(int code, std::string_view value) {
-  if (code == 0 && count_ > 0 && dictionary_tags_ == 0) {
-    dictionary_tags_ = count_;
-    dictionary_size_ = doc_.builder_scratch_.size();
-  }
-  ++count_;
+  ++xrecord_tags_;
   doc_.encodeOne(code, value, doc_.builder_scratch_);
   return *this;
 }
 
-RecordId AttachmentBuilder::finish(Handle dictionary, Handle xrecord) {
+RecordId AttachmentBuilder::finish(Handle owner, Handle dictionary, Handle xrecord) {
   Document& doc = doc_;
   if (doc.dictionary_type_ == 0) {
     doc.dictionary_type_ = doc.internType("DICTIONARY");
     doc.xrecord_type_ = doc.internType("XRECORD");
   }
-  TextRef code = doc.text_.add(doc.builder_scratch_, TextStore::Lane::kEncodings);
-  Document::Attachment& a = doc.attachments_.emplace_back();
-  a.pos = code.pos;
-  a.size = code.len;
-  a.dictionary_size = static_cast<uint16_t>(dictionary_size_);
-  a.dictionary_tags = static_cast<uint8_t>(dictionary_tags_);
-  a.xrecord_tags = count_ - dictionary_tags_;
+  // The shape: one made just before with the same bytes, or a new one.
+  const std::string_view shared = doc.builder_scratch_;
+  if (doc.shape_cache_.empty()) doc.shape_cache_.assign(Document::kShapeCacheSize, UINT32_MAX);
+  uint32_t& cached = doc.shape_cache_[hashOf(shared) % Document::kShapeCacheSize];
+  if (cached >= doc.shapes_.size() || doc.shapes_[cached].dictionary_size != dictionary_size_ ||
+      doc.text_.view({doc.shapes_[cached].pos, doc.shapes_[cached].size}) != shared) {
+    TextRef made = doc.text_.add(shared, TextStore::Lane::kEncodings);
+    doc.shapes_.push_back({made.pos, made.len, dictionary_size_, xrecord_tags_});
+    cached = static_cast<uint32_t>(doc.shapes_.size() - 1);
+  }
+  // The pair's own tags.
+  const std::string dictionary_text = formatHandle(dictionary);
+  const std::string xrecord_text = formatHandle(xrecord);
+  std::string& own = doc.encode_scratch_;
+  own.clear();
+  doc.encodeOne(0, "DICTIONARY", own);
+  doc.encodeOne(5, dictionary_text, own);
+  doc.encodeOne(330, formatHandle(owner), own);
+  const auto entry_at = static_cast<uint8_t>(own.size());
+  doc.encodeOne(360, xrecord_text, own);
+  const auto xrecord_at = static_cast<uint8_t>(own.size());
+  doc.encodeOne(0, "XRECORD", own);
+  doc.encodeOne(5, xrecord_text, own);
+  doc.encodeOne(330, dictionary_text, own);
+  TextRef code = doc.text_.add(own, TextStore::Lane::kEncodings);
+  doc.attachments_.push_back(
+      {code.pos, cached, static_cast<uint8_t>(code.len), entry_at, xrecord_at, 0});
   const auto first = static_cast<RecordId>(kAttachedBase + 2 * (doc.attachments_.size() - 1));
   doc.indexHandle(first, dictionary);
   doc.indexHandle(first + 1, xrecord);

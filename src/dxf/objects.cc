@@ -166,36 +166,13 @@ base::Result<RecordId> attachXrecord(Document& doc, RecordId id, std::wstring_vi
     return createXrecord(doc, *dict, key, data);
   }
   if (base::Status status = requireObjects(doc); !status) return status;
-  std::string encoded_key = doc.codec().encode(key);
-  // An attached pair's dictionary takes under 64 KiB; keys are names of a few dozen bytes.
-  constexpr size_t kLongestKey = 4096;
-  if (encoded_key.size() > kLongestKey) {
-    auto dict = ensureExtensionDictionary(doc, id);
-    if (!dict) return dict.status();
-    std::vector<Tag> data;
-    appendXrecordData(doc, values, data);
-    return createXrecord(doc, *dict, key, data);
-  }
   objectsEnd(doc);  // the pair is written at its end
   const Handle dict_handle = doc.allocateHandle();
   const Handle xrecord_handle = doc.allocateHandle();
-  std::string dict_text = formatHandle(dict_handle);
-  std::string xrecord_text = formatHandle(xrecord_handle);
-  insertDictionaryGroup(doc, id, dict_text);
-  // Extension dictionaries own their entries (280 1), which are therefore 360s.
-  AttachmentBuilder pair(doc);
-  pair.add(0, "DICTIONARY")
-      .add(5, dict_text)
-      .add(330, formatHandle(doc.record(id).handle))
-      .add(100, "AcDbDictionary")
-      .add(280, "1")
-      .add(281, "1")
-      .add(3, encoded_key)
-      .add(360, xrecord_text);
-  pair.add(0, "XRECORD").add(5, xrecord_text).add(330, dict_text).add(100, "AcDbXrecord");
-  if (hasCloningFlag(doc)) pair.add(280, "1");
+  insertDictionaryGroup(doc, id, formatHandle(dict_handle));
+  AttachmentBuilder pair(doc, doc.codec().encode(key), hasCloningFlag(doc));
   forEachDataTag(doc, values, [&](int code, std::string_view value) { pair.add(code, value); });
-  return pair.finish(dict_handle, xrecord_handle);
+  return pair.finish(doc.record(id).handle, dict_handle, xrecord_handle);
 }
 
 namespace {
