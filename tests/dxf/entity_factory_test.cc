@@ -329,37 +329,6 @@ TEST(EntityFactoryTest, RejectsGeometryReadersCannotUseAndMissingBlocks) {
   refused("block in itself", addInsert(doc, {L"0", std::nullopt, L"Door"}, {L"Door", {}}));
 }
 
-TEST(EntityFactoryTest, LongMTextIsSplitAtCharacterBoundaries) {
-  struct Case {
-    std::string version;
-    std::wstring text;
-  };
-  const Case cases[] = {
-      {"AC1015", std::wstring(600, L'x')},
-      {"AC1015", std::wstring(300, L'\x20AC')},  // one byte each in ANSI_1252
-      {"AC1021", std::wstring(300, L'\x00E4')},  // two bytes each in UTF-8
-      {"AC1021", L"short"},
-  };
-  for (const Case& c : cases) {
-    SCOPED_TRACE(c.version + " " + std::to_string(c.text.size()));
-    Document doc = r2000(c.version);
-    auto id = addMText(doc, {}, {c.text, {0, 0, 0}});
-    ASSERT_TRUE(id.isOk()) << id.status().message();
-    std::string joined;
-    auto tags = doc.tags(*id);
-    for (size_t i = 0; i < tags.size(); ++i) {
-      if (tags[i].code != 3 && tags[i].code != 1) continue;
-      EXPECT_LE(doc.text(tags[i]).size(), 250u);
-      joined += doc.text(tags[i]);
-      if (tags[i].code == 3) {
-        EXPECT_EQ(doc.codec().encode(doc.codec().decode(doc.text(tags[i]))), doc.text(tags[i]));
-      }
-    }
-    EXPECT_EQ(doc.codec().decode(joined), c.text);
-    EXPECT_EQ(tags.back().code, 1);
-  }
-}
-
 // The blocks ezdxf reads are checked on real drawings (ezdxf_referee_test.cc); here what it
 // does not look at: a name taken already, the owners, and the base point attributes follow.
 TEST(EntityFactoryTest, NewBlockIsUsableByEntitiesAndInserts) {

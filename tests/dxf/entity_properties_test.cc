@@ -12,6 +12,7 @@
 
 #include "base/utf.h"
 #include "dxf/blocks.h"
+#include "dxf/entity_factory.h"
 #include "dxf/objects.h"
 #include "dxf/symbol_tables.h"
 #include "sample_drawing.h"
@@ -216,24 +217,53 @@ TEST(EntityPropPlacement, AddedTagSitsInItsPlace) {
   }
 }
 
-TEST(EntityPropMtext, LongContentsSplitIntoChunksWithoutCuttingCharacters) {
-  Document doc = parse(sample::drawing());
-  dxf::RecordId mtext = entity(doc, h::kMtext);
-  std::wstring text;
-  for (int i = 0; i < 120; ++i) text += L"ab\u00e4\u20ac\\P";  // 1 + 1 + 2 + 3 + 2 bytes
-  ASSERT_TRUE(dxf::setProperty(doc, mtext, Prop::kContents, text).isOk());
-
-  Document reread = parse(doc.serialize());
-  mtext = entity(reread, h::kMtext);
-  std::vector<int> codes;
-  for (const dxf::Tag& tag : reread.tags(mtext)) {
-    if (tag.code != 1 && tag.code != 3) continue;
-    codes.push_back(tag.code);
-    EXPECT_LE(reread.text(tag).size(), 250u);
-    EXPECT_TRUE(base::isValidUtf8(reread.text(tag)));
+// Both writers of MTEXT contents, the factory and the property, cut what a tag cannot hold
+// into code 3 chunks and a last code 1, of at most 250 bytes each and as few as fit, never
+// inside a character or an escape: readers that decode tag by tag must read the text.
+TEST(MtextContents, SplitIntoTheFewestChunksOfWholeCharacters) {
+  std::wstring mixed;
+  for (int i = 0; i < 120; ++i) mixed += L"ab\u00e4\u20ac\\P";  // 1 + 1 + 2 + 3 + 2 bytes in UTF-8
+  struct Case {
+    const char* version;  // AC1015: the sample's ANSI_1252; AC1027: UTF-8
+    std::wstring text;
+    size_t chunks;
+  };
+  const Case cases[] = {
+      {"AC1015", std::wstring(600, L'x'), 3},
+      {"AC1015", std::wstring(300, L'\x20AC'), 2},  // one byte each in ANSI_1252
+      {"AC1015", std::wstring(100, L'\x2205'), 3},  // \U+2205: 7 bytes each
+      {"AC1027", std::wstring(300, L'\x00E4'), 3},  // two bytes each
+      {"AC1027", mixed, 5},                         // 1080 bytes
+      {"AC1027", L"short", 1},
+  };
+  for (bool made : {true, false}) {  // by the factory, or set on the sample's MTEXT
+    for (const Case& c : cases) {
+      SCOPED_TRACE(std::string(made ? "made " : "set ") + c.version + " " +
+                   std::to_string(c.chunks));
+      Document doc = parse(sample::withVersion(sample::drawing(), c.version));
+      auto id = made ? dxf::addMText(doc, {}, {c.text, {}}) : entity(doc, h::kMtext);
+      ASSERT_TRUE(id.isOk()) << id.status().message();
+      ASSERT_TRUE(made || dxf::setProperty(doc, *id, Prop::kContents, c.text).isOk());
+      Document reread = parse(doc.serialize());
+      dxf::RecordId mtext = reread.byHandle(doc.record(*id).handle);
+      std::vector<int> codes;
+      std::wstring joined;
+      for (const dxf::Tag& tag : reread.tags(mtext)) {
+        if (tag.code != 1 && tag.code != 3) continue;
+        codes.push_back(tag.code);
+        EXPECT_LE(reread.text(tag).size(), 250u);
+        std::wstring piece;
+        EXPECT_TRUE(reread.codec().decode(reread.text(tag), piece)) << reread.text(tag);
+        EXPECT_EQ(reread.codec().encode(piece), reread.text(tag));
+        joined += piece;
+      }
+      std::vector<int> expected(c.chunks - 1, 3);
+      expected.push_back(1);
+      EXPECT_EQ(codes, expected);
+      EXPECT_EQ(joined, c.text);
+      EXPECT_EQ(std::get<std::wstring>(dxf::getProperty(reread, mtext, Prop::kContents)), c.text);
+    }
   }
-  EXPECT_EQ(codes, (std::vector<int>{3, 3, 3, 3, 1}));  // 1080 bytes
-  EXPECT_EQ(std::get<std::wstring>(dxf::getProperty(reread, mtext, Prop::kContents)), text);
 }
 
 TEST(EntityPropBackground, RegistersItsApplicationOnce) {
