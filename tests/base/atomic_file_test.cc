@@ -1,5 +1,5 @@
-// Files are replaced whole or not at all: a writer killed in the middle of a write, or
-// failing in it, leaves the old file, and no later write trips over what it left.
+// Files, drawings among them, are replaced whole or not at all: a writer killed in the middle
+// of a write, or failing in it, leaves the old file, and no later write trips over what it left.
 #include "base/atomic_file.h"
 
 #include <gtest/gtest.h>
@@ -107,60 +107,101 @@ TEST(AtomicFileTest, AWriterKilledMidwayLeavesTheOldFile) {
   }
 }
 
-TEST(AtomicFileTest, AWriteThatFailsMidwayLeavesTheOldFileAndNothingElse) {
-  const testing_paths::TempDir dir("taxor_failed_write");
-  const fs::path target = dir / "file";
-  writePlainly(target, kOld);
-  // As a full disk answers, after part of the bytes.
-  base::Status status = base::writeFileAtomically(target.string(), [](int fd) {
-    if (int error = writeAll(fd, "part of the new text")) return error;
-    return ENOSPC;
-  });
-  EXPECT_EQ(status.code(), base::Code::kIo);
-  EXPECT_NE(status.message().find(std::strerror(ENOSPC)), std::string::npos) << status.message();
-  EXPECT_NE(status.message().find("'" + target.string() + "' was left unchanged"),
-            std::string::npos)
-      << status.message();
-  EXPECT_EQ(testing_paths::readFile(target.string()), kOld);
-  EXPECT_TRUE(othersIn(dir.path(), target).empty());
+// A write that fails says why and leaves the file, or the folder in its place, as it was,
+// and nothing beside it.
+TEST(AtomicFileTest, AFailedWriteSaysWhyAndLeavesWhatWasThere) {
+  auto doc = dxf::Document::parse(sample::drawing(), "sample.dxf");
+  ASSERT_TRUE(doc.isOk()) << doc.status().message();
+  using Write = std::function<base::Status(const std::string& path)>;
+  const Write save = [&](const std::string& path) { return doc->save(path); };
+  const Write disk_full = [](const std::string& path) {  // as a full disk answers, midway
+    return base::writeFileAtomically(path, [](int fd) {
+      if (int error = writeAll(fd, "part of the new text")) return error;
+      return ENOSPC;
+    });
+  };
+  struct Case {
+    const char* path;  // in a folder that holds "file" and the folder "folder.dxf"
+    Write write;
+    std::vector<std::string> said;  // "@" stands for the full path
+  };
+  const Case cases[] = {
+      {"file", disk_full, {std::strerror(ENOSPC), "'@' was left unchanged"}},
+      {"missing/out.dxf", save, {"cannot create a temporary file"}},
+      {"file/out.dxf", save, {"cannot create a temporary file"}},
+      // Fails once the temporary is written.
+      {"folder.dxf", save, {"cannot replace '@'", "was left unchanged"}},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.path);
+    const testing_paths::TempDir dir("taxor_failed_write");
+    writePlainly(dir / "file", kOld);
+    fs::create_directory(dir / "folder.dxf");
+    const std::string path = (dir / c.path).string();
+    const base::Status status = c.write(path);
+    EXPECT_EQ(status.code(), base::Code::kIo);
+    for (std::string said : c.said) {
+      if (size_t at = said.find('@'); at != std::string::npos) said.replace(at, 1, path);
+      EXPECT_NE(status.message().find(said), std::string::npos) << status.message();
+    }
+    EXPECT_EQ(testing_paths::readFile((dir / "file").string()), kOld);
+    EXPECT_TRUE(fs::is_directory(dir / "folder.dxf") && fs::is_empty(dir / "folder.dxf"));
+    EXPECT_EQ(othersIn(dir.path(), dir / "file"), std::vector<fs::path>{dir / "folder.dxf"});
+  }
+  // A load says why as well.
+  auto absent = dxf::Document::load("/nonexistent/taxor/absent.dxf");
+  ASSERT_FALSE(absent.isOk());
+  EXPECT_EQ(absent.status().code(), base::Code::kIo);
+  EXPECT_NE(absent.status().message().find("absent.dxf': No such file"), std::string::npos)
+      << absent.status().message();
 }
 
-TEST(AtomicFileTest, ALinkIsWrittenThroughToItsTarget) {
-  struct Link {
+// A drawing saved replaces the file whole, keeping its permissions, or makes it; through a
+// symbolic link it replaces the link's target, and the link stays.
+TEST(AtomicFileTest, ASaveReplacesTheFileOrTheTargetOfItsLink) {
+  const std::string drawing = sample::drawing();
+  auto doc = dxf::Document::parse(drawing, "sample.dxf");
+  ASSERT_TRUE(doc.isOk()) << doc.status().message();
+  struct Case {
     const char* name;
-    const char* link_to;      // as stored in the link
-    const char* second_link;  // when not null, a link to the first link, written through
+    const char* link_to;      // as stored in the link; null: the file itself is saved
+    const char* second_link;  // when not null, a link to the first link, saved through
     bool target_exists;
   };
-  const Link cases[] = {
-      {"relative", "real/target", nullptr, true},
-      {"to a file that does not exist yet", "real/target", nullptr, false},
+  const Case cases[] = {
+      {"new", nullptr, nullptr, false},
+      {"replaced", nullptr, nullptr, true},
+      {"through a relative link", "real/target", nullptr, true},
+      {"through a link to a file that does not exist yet", "real/target", nullptr, false},
       {"through a second link", "real/target", "second", true},
   };
-  for (const Link& c : cases) {
+  const fs::perms kept = fs::perms::owner_read | fs::perms::owner_write | fs::perms::group_read;
+  for (const Case& c : cases) {
     SCOPED_TRACE(c.name);
-    const testing_paths::TempDir dir("taxor_link_write");
+    const testing_paths::TempDir dir("taxor_save");
     fs::create_directory(dir / "real");
     const fs::path target = dir / "real" / "target";
     if (c.target_exists) {
       writePlainly(target, kOld);
-      fs::permissions(target,
-                      fs::perms::owner_read | fs::perms::owner_write | fs::perms::group_read);
+      fs::permissions(target, kept);
     }
-    fs::create_symlink(c.link_to, dir / "link");
-    fs::path written = dir / "link";
+    fs::path saved = target;
+    if (c.link_to) {
+      fs::create_symlink(c.link_to, dir / "link");
+      saved = dir / "link";
+    }
     if (c.second_link) {
       fs::create_symlink("link", dir / c.second_link);
-      written = dir / c.second_link;
+      saved = dir / c.second_link;
     }
-    ASSERT_TRUE(base::writeFileAtomically(written.string(), "new\n"));
-    EXPECT_TRUE(fs::is_symlink(dir / "link"));
-    EXPECT_EQ(fs::read_symlink(dir / "link"), c.link_to);
-    EXPECT_TRUE(fs::is_symlink(written));
-    EXPECT_EQ(testing_paths::readFile(target.string()), "new\n");
+    ASSERT_TRUE(doc->save(saved.string()));
+    if (c.link_to) {
+      EXPECT_EQ(fs::read_symlink(dir / "link"), c.link_to);
+      EXPECT_TRUE(fs::is_symlink(saved));
+    }
+    EXPECT_EQ(testing_paths::readFile(target.string()), drawing);
     if (c.target_exists) {
-      EXPECT_EQ(fs::status(target).permissions() & fs::perms::all,
-                fs::perms::owner_read | fs::perms::owner_write | fs::perms::group_read);
+      EXPECT_EQ(fs::status(target).permissions() & fs::perms::all, kept);
     }
     EXPECT_EQ(othersIn(dir / "real", target).size(), 0u);
   }
