@@ -53,34 +53,6 @@ TEST(HeadlessHostTest, CommandNamesAndBlankLines) {
   }
 }
 
-// A cancel by Escape or by the end of the input is the host contract's.
-TEST(HeadlessHostTest, StringInputEndsAsTheCallerAsks) {
-  struct Case {
-    bool allow_spaces;
-    std::string input;
-    host::InputStatus status;
-    std::wstring text;
-  };
-  // 132 characters, one of them beyond the BMP: 133 UTF-16 units, one too many.
-  const std::string beyond_bmp = "\xF0\x9F\x98\x80";  // U+1F600
-  const std::string longest = std::string(130, 'y') + beyond_bmp;
-  const Case cases[] = {
-      {false, "two words\n", host::InputStatus::kNormal, L"two"},
-      {true, "two words\n", host::InputStatus::kNormal, L"two words"},
-      {false, "\n", host::InputStatus::kNormal, L""},
-      {false, "y" + longest + "\n", host::InputStatus::kError, L""},
-      {false, longest + "\n", host::InputStatus::kNormal, base::fromUtf8(longest)},
-      {true, "Potrubí\n", host::InputStatus::kNormal, L"Potrubí"},
-  };
-  for (const Case& c : cases) {
-    Session session(sample::drawing());
-    session.input.addText(c.input);
-    host::StringInput answer = session.host->editor().getString(c.allow_spaces, L"Answer: ");
-    EXPECT_EQ(answer.status, c.status) << c.input;
-    EXPECT_EQ(answer.text, c.text) << c.input;
-  }
-}
-
 // The switch prompts as the commands' tests leave them out: each command keeps its own
 // default for the same prompt, a cancel keeps the default, and answers are read as _wtoi
 // reads them.

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <sstream>
 
 #include "host/host_subjects.h"
 
@@ -187,13 +188,75 @@ TEST_P(HostContractTest, CommandNamesAreTakenOnceAndFreedWithTheirGroup) {
   EXPECT_TRUE(commands.addCommand(L"OTHER", L"CONTRACT_STAT", 0, [] {}));  // free again
 }
 
-TEST_P(HostContractTest, ImpliedSelectionIsReplacedWhole) {
+TEST_P(HostContractTest, ImpliedSelectionIsReplacedWholeAndLosesErasedObjects) {
   const std::vector<ObjectId> lines = {subject_->addLine(), subject_->addLine()};
   host::Editor& editor = host().editor();
   EXPECT_TRUE(editor.impliedSelection().empty());
   for (const std::vector<ObjectId>& ids : {lines, std::vector<ObjectId>{lines[1]}, {}}) {
     editor.setImpliedSelection(ids);
     EXPECT_EQ(editor.impliedSelection(), ids);
+  }
+  editor.setImpliedSelection(lines);
+  ASSERT_TRUE(db().erase(lines[0]));
+  EXPECT_EQ(editor.impliedSelection(), std::vector<ObjectId>{lines[1]});
+}
+
+// Without spaces allowed a blank ends an answer and the rest answers the next prompt; an
+// answer longer than kMaxInput UTF-16 units is refused; a point prompt asks again until it
+// reads "x,y" or "x,y,z". Each row is one command asking in turn until a prompt is cancelled.
+TEST_P(HostContractTest, PromptsReadTheAnswersAsTheCallerAsks) {
+  // U+1F600 counts two UTF-16 units: too_long has kMaxInput characters, one unit too many.
+  const std::wstring longest = std::wstring(host::Editor::kMaxInput - 2, L'y') + L"\U0001F600";
+  const std::wstring too_long = L"x" + longest;
+  struct Case {
+    const char* asks;  // per prompt: 'w' a word, 's' a text with spaces, 'p' a point
+    std::vector<Answer> answers;
+    std::vector<std::wstring> got;  // as read; "!cancel", "!error" or "!none" (no point)
+  };
+  const Case cases[] = {
+      {"w", {L""}, {L""}},
+      {"ww", {L"two words"}, {L"two", L"words"}},
+      {"s", {L"two words"}, {L"two words"}},
+      {"s", {L"Potrubí"}, {L"Potrubí"}},
+      {"ss", {longest, too_long}, {longest, L"!error"}},
+      // The Enter after "d " answers a prompt too; then the answers run out.
+      {"wswwww", {L"a b c", L"d ", L"last"}, {L"a", L"b c", L"d", L"", L"last", L"!cancel"}},
+      {"ws", {std::nullopt}, {L"!cancel"}},
+      {"p", {L"1,2"}, {L"1,2,0"}},
+      {"p", {L"1.5,-2,3"}, {L"1.5,-2,3"}},
+      {"p", {L""}, {L"!none"}},
+      {"pw", {L"x", L"1", L"1,2,3,4", L"1,,2", L"5,6", L"next"}, {L"5,6,0", L"next"}},
+      {"p", {L"1,y"}, {L"!cancel"}},
+  };
+  const Case* current = nullptr;
+  std::vector<std::wstring> got;
+  ASSERT_TRUE(host().commands().addCommand(L"CONTRACT", L"CONTRACT_PROMPTS", 0, [&] {
+    for (const char* ask = current->asks; *ask; ++ask) {
+      host::InputStatus status;
+      std::wstring text;
+      if (*ask == 'p') {
+        host::PointInput in = host().editor().getPoint(L"Point: ");
+        status = in.status;
+        std::wostringstream point;
+        point << in.point.x << L"," << in.point.y << L"," << in.point.z;
+        text = point.str();
+      } else {
+        host::StringInput in = host().editor().getString(*ask == 's', L"Text: ");
+        status = in.status;
+        text = in.text;
+      }
+      got.push_back(status == host::InputStatus::kNormal   ? text
+                    : status == host::InputStatus::kCancel ? L"!cancel"
+                    : status == host::InputStatus::kError  ? L"!error"
+                                                           : L"!none");
+      if (status == host::InputStatus::kCancel) return;
+    }
+  }));
+  for (const Case& c : cases) {
+    current = &c;
+    got.clear();
+    subject_->run(L"CONTRACT_PROMPTS", c.answers);
+    EXPECT_EQ(got, c.got) << c.asks << " " << testing::PrintToString(c.answers.front());
   }
 }
 
