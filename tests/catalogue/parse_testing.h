@@ -2,6 +2,9 @@
 // that tests script and inspect.
 #pragma once
 
+#include <gtest/gtest.h>
+
+#include <functional>
 #include <map>
 #include <string>
 #include <vector>
@@ -72,6 +75,44 @@ inline std::string messageTexts(const std::vector<catalogue::Diagnostic>& messag
 }
 inline std::string messageTexts(const catalogue::ParseResult& result) {
   return messageTexts(result.messages);
+}
+
+// One class file and what parsing it must give.
+struct Case {
+  const char* name;
+  std::string text;
+  // The messages as printed, concatenated; the parse succeeds exactly when none says "error".
+  std::string messages;
+  std::function<void(const catalogue::Catalogue&)> check = nullptr;
+  // The one "error" that does not stop the parser: a bad macro name.
+  bool error_is_reported_only = false;
+  // What the drawing holds beyond layers WATER and SEWER, and how the host answers.
+  std::function<void(Fixture&)> setup = nullptr;
+  // The kinds asked for by each resource import, in order.
+  std::vector<uint32_t> imports = {};
+};
+
+// Parses each case's text as the file `path` into a drawing of its own.
+inline void runCases(const std::vector<Case>& cases,
+                     const std::wstring& path = L"/classes/test.txt") {
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.name);
+    Fixture fixture;
+    fixture.fake.addLayer(L"WATER");
+    fixture.fake.addLayer(L"SEWER");
+    if (c.setup) c.setup(fixture);
+    catalogue::ParseResult result = fixture.parse(c.text, path);
+    EXPECT_EQ(messageTexts(result), c.messages);
+    bool fatal = !c.error_is_reported_only && c.messages.find("error") != std::string::npos;
+    EXPECT_EQ(result.ok, !fatal);
+    if (fatal) {
+      EXPECT_TRUE(result.catalogue.empty());
+    }
+    if (c.check) c.check(result.catalogue);
+    std::vector<uint32_t> imports;
+    for (const ImportCall& call : fixture.host.imports) imports.push_back(call.mask);
+    EXPECT_EQ(imports, c.imports);
+  }
 }
 
 }  // namespace parse_testing

@@ -10,7 +10,6 @@
 #include "base/text_case.h"
 #include "catalogue/parse_testing.h"
 #include "catalogue/resource_files.h"
-#include "objdata/stored_table.h"
 #include "test_paths.h"
 
 namespace {
@@ -101,53 +100,6 @@ TEST_F(ResourceFolder, NeededKindsAreImportedFromTheirFiles) {
   EXPECT_EQ(result.resources.resources(host::kResourceLayers).at(L"sewer").file, path("lib/a.dwg"));
 }
 
-TEST_F(ResourceFolder, LayoutsAreAlwaysImported) {
-  fixture_.host.provides[path("lib/a.dwg")] = {};
-  auto result = parse("layout\tlib/a.dwg\n");
-  EXPECT_TRUE(result.ok);
-  ASSERT_EQ(fixture_.host.imports.size(), 1u);
-  EXPECT_EQ(fixture_.host.imports[0].mask, host::kResourceLayouts);
-}
-
-TEST_F(ResourceFolder, FailedImportEmptiesTheCatalogue) {
-  auto result = parse(std::string("layer\tlib/a.dwg\n") + kWaterPipe);
-  EXPECT_EQ(messageTexts(result), "error: unable to load '" + u8("lib/a.dwg") + "'\n");
-  EXPECT_FALSE(result.ok);
-  EXPECT_TRUE(result.catalogue.empty());
-}
-
-TEST_F(ResourceFolder, PathErrorsAndTokenCounts) {
-  struct Case {
-    std::string text;
-    std::string messages;
-  };
-  std::vector<Case> cases = {
-      {"layer\tnothing/*.dwg\nobj_name\tPipe\t1\t1\n",
-       "error: invalid path: '" + u8("nothing/*.dwg") + "'\n"},
-      {"pattern\tlib/*.dwg\n", ""},  // matches only drawings: nothing added, nothing said
-      {"linetype\tlib/notes.txt\n", ""},
-      {"blockreference\tlib/old.dwg.dwt.bak\n", ""},
-  };
-  // Every resource keyword takes exactly one token; a class before it would be kept otherwise.
-  const std::string pipe = "obj_name\tPipe\t1\t1\nobj_type\tLine\n";
-  for (std::string keyword : {"blockreference", "blockreferencefile", "dimension", "font", "layer",
-                              "layout", "linetype", "mleader", "mline", "pattern", "textstyle"}) {
-    const std::string error = "3: error: invalid '" + keyword + "' definition\n";
-    cases.push_back({pipe + keyword + "\n", error});
-    cases.push_back({pipe + keyword + "\tlib/a.dwg\tlib/b.dxf\n", error});
-  }
-  for (const Case& c : cases) {
-    Fixture fixture;
-    auto result = fixture.parse(c.text, path("classes.txt"));
-    EXPECT_EQ(messageTexts(result), c.messages) << c.text;
-    EXPECT_EQ(result.ok, c.messages.empty()) << c.text;
-    if (!result.ok) {
-      EXPECT_TRUE(result.catalogue.empty()) << c.text;
-    }
-    EXPECT_TRUE(fixture.host.imports.empty());
-  }
-}
-
 TEST_F(ResourceFolder, BlockFilesServeTheBlocksNamedLikeThem) {
   fixture_.fake.addSymbol(host::SymbolTable::kBlock, L"valve");
   auto result = parse(
@@ -176,29 +128,6 @@ TEST_F(ResourceFolder, ShapeFontsExtendTheSupportPath) {
   EXPECT_EQ(unset.host.env[L"ACAD"], folder + L";");
 }
 
-TEST_F(ResourceFolder, ShapeFontThatCannotBeAddedEmptiesTheResultButParsingGoesOn) {
-  fixture_.host.env_writable = false;
-  auto result = parse(std::string(kWaterPipe) + "font\tfonts/roman.shx\nobj_prop\tcolor\tred\n");
-  EXPECT_EQ(messageTexts(result), "error: unable to load '" + u8("fonts/roman.shx") +
-                                      "'\n5: warning: invalid 'obj_prop' definition\n");
-  EXPECT_FALSE(result.ok);
-  EXPECT_TRUE(result.catalogue.empty());
-}
-
-TEST_F(ResourceFolder, MissingResourcesAreWarnedInOrder) {
-  auto result = parse(
-      "obj_name\tText\t1\t1\nobj_type\tText\nobj_prop\ttextstyle\tNotes\n"
-      "obj_prop\tpattern\tBricks\nobj_prop\tmlinestyle\tDouble\nobj_prop\tmleaderstyle\tArrow\n"
-      "obj_prop\tlinetype\tDashed\nobj_prop\tlayer\tLabels\nobj_prop\tdimensionstyle\tIso\n"
-      "obj_prop\tblockname\tTag\n");
-  EXPECT_EQ(messageTexts(result),
-            "warning: block 'tag' not found\nwarning: dimension 'iso' not found\n"
-            "warning: layer 'labels' not found\nwarning: linetype 'dashed' not found\n"
-            "warning: mleader 'arrow' not found\nwarning: mline 'double' not found\n"
-            "warning: pattern 'bricks' not found\nwarning: textstyle 'notes' not found\n");
-  EXPECT_TRUE(result.ok);
-}
-
 // The drawing already stores table PIPES as (CLASS character, DN real).
 void storePipes(fakes::FakeHost& fake) {
   host::Database& db = fake.database();
@@ -208,36 +137,81 @@ void storePipes(fakes::FakeHost& fake) {
                                          host::ResBuf::text(L"DN"), host::ResBuf::real(0)}));
 }
 
-TEST(StoredTablesTest, TablesAreComparedWithTheDrawingsDefinitions) {
-  const std::string head =
+// A failed import or shape-font folder, like a table unlike the drawing's, empties the
+// catalogue; parsing still goes on to the end of the file, but for a table mismatch.
+TEST_F(ResourceFolder, ResourceLinesAndStoredTablesAndTheirMessages) {
+  const std::string pipes =
       "obj_name\tPipe\t1\t1\nobj_type\tLine\nvel_name\tPIPES\nvel_key\tclass\n";
-  struct Case {
-    std::string fields;
-    std::string messages;
+  const std::string mismatch = ": error: table 'PIPES' does not match existing definition\n";
+  auto stored = [](Fixture& f) { storePipes(f.fake); };
+  auto has_pipe = [](const catalogue::Catalogue& c) { EXPECT_NE(c.findObject(L"pipe"), nullptr); };
+  std::vector<parse_testing::Case> cases = {
+      {.name = "layouts are always imported",
+       .text = "layout\tlib/a.dwg\n",
+       .messages = "",
+       .setup = [&](Fixture& f) { f.host.provides[path("lib/a.dwg")] = {}; },
+       .imports = {host::kResourceLayouts}},
+      {.name = "an import that fails",
+       .text = std::string("layer\tlib/a.dwg\n") + kWaterPipe,
+       .messages = "error: unable to load '" + u8("lib/a.dwg") + "'\n",
+       .imports = {host::kResourceLayers}},
+      {.name = "a shape font whose folder cannot be added",
+       .text = std::string(kWaterPipe) + "font\tfonts/roman.shx\nobj_prop\tcolor\tred\n",
+       .messages = "error: unable to load '" + u8("fonts/roman.shx") +
+                   "'\n5: warning: invalid 'obj_prop' definition\n",
+       .setup = [](Fixture& f) { f.host.env_writable = false; }},
+      {.name = "a path that finds nothing",
+       .text = "layer\tnothing/*.dwg\nobj_name\tPipe\t1\t1\n",
+       .messages = "error: invalid path: '" + u8("nothing/*.dwg") + "'\n"},
+      // Files of another kind add nothing and say nothing.
+      {"a pattern keyword matching only drawings", "pattern\tlib/*.dwg\n", ""},
+      {"a linetype keyword on a text file", "linetype\tlib/notes.txt\n", ""},
+      {"a drawing name with more extensions", "blockreference\tlib/old.dwg.dwt.bak\n", ""},
+      {"missing resources are warned of in order, once the file is read",
+       "obj_name\tText\t1\t1\nobj_type\tText\nobj_prop\ttextstyle\tNotes\n"
+       "obj_prop\tpattern\tBricks\nobj_prop\tmlinestyle\tDouble\nobj_prop\tmleaderstyle\tArrow\n"
+       "obj_prop\tlinetype\tDashed\nobj_prop\tlayer\tLabels\nobj_prop\tdimensionstyle\tIso\n"
+       "obj_prop\tblockname\tTag\n",
+       "warning: block 'tag' not found\nwarning: dimension 'iso' not found\n"
+       "warning: layer 'labels' not found\nwarning: linetype 'dashed' not found\n"
+       "warning: mleader 'arrow' not found\nwarning: mline 'double' not found\n"
+       "warning: pattern 'bricks' not found\nwarning: textstyle 'notes' not found\n"},
+      // The drawing stores PIPES as (CLASS character, DN real).
+      {.name = "a table as the drawing stores it",
+       .text = pipes + "vel_fld\tdn\tDiameter\treal\n",
+       .messages = "",
+       .check = has_pipe,
+       .setup = stored},
+      {.name = "a field of another type",
+       .text = pipes + "vel_fld\tDN\tDiameter\tinteger\n",
+       .messages = "5" + mismatch,
+       .setup = stored},
+      {.name = "a field more",
+       .text = pipes + "vel_fld\tDN\tDiameter\treal\nvel_fld\tDEPTH\tDepth\treal\n",
+       .messages = "6" + mismatch,
+       .setup = stored},
+      {.name = "an ill-formed table is only warned of, never compared",
+       .text = pipes + "vel_key\tK2\n",
+       .messages = "5: warning: table 'PIPES' ill-formed\n",
+       .check = has_pipe,
+       .setup = stored},
+      // What came before the table's end is kept, what follows (a warning, a syntax error)
+      // is never reached.
+      {.name = "a mismatch ends the file where the table closed",
+       .text = pipes + "vel_fld\tDN\tDiameter\tinteger\nobj_prop\tbogus\tx\nvel_name\tOTHER\n"
+                       "obj_prop\tbogus\tx\nbogus\n",
+       .messages = "6: warning: invalid 'obj_prop' definition\n7" + mismatch,
+       .setup = stored},
   };
-  const Case cases[] = {
-      {"vel_fld\tdn\tDiameter\treal\n", ""},
-      {"vel_fld\tDN\tDiameter\tinteger\n",
-       "5: error: table 'PIPES' does not match existing definition\n"},
-      {"vel_fld\tDN\tDiameter\treal\nvel_fld\tDEPTH\tDepth\treal\n",
-       "6: error: table 'PIPES' does not match existing definition\n"},
-      // An ill-formed table is only warned of, never compared.
-      {"vel_key\tK2\n", "5: warning: table 'PIPES' ill-formed\n"},
-      // The mismatch ends the file where the table closed: what came before is kept, what
-      // follows (a warning, a syntax error) is never reached.
-      {"vel_fld\tDN\tDiameter\tinteger\nobj_prop\tbogus\tx\nvel_name\tOTHER\n"
-       "obj_prop\tbogus\tx\nbogus\n",
-       "6: warning: invalid 'obj_prop' definition\n"
-       "7: error: table 'PIPES' does not match existing definition\n"},
-  };
-  for (const Case& c : cases) {
-    Fixture fixture;
-    storePipes(fixture.fake);
-    auto result = fixture.parse(head + c.fields);
-    EXPECT_EQ(messageTexts(result), c.messages) << c.fields;
-    EXPECT_EQ(result.ok, c.messages.find("error") == std::string::npos) << c.fields;
-    EXPECT_EQ(result.catalogue.empty(), !result.ok) << c.fields;
+  // Every resource keyword takes exactly one token; a class before it would be kept otherwise.
+  for (const char* keyword : {"blockreference", "blockreferencefile", "dimension", "font", "layer",
+                              "layout", "linetype", "mleader", "mline", "pattern", "textstyle"}) {
+    const std::string line = "obj_name\tPipe\t1\t1\nobj_type\tLine\n" + std::string(keyword);
+    const std::string error = "3: error: invalid '" + std::string(keyword) + "' definition\n";
+    cases.push_back({keyword, line + "\n", error});
+    cases.push_back({keyword, line + "\tlib/a.dwg\tlib/b.dxf\n", error});
   }
+  parse_testing::runCases(cases, path("classes.txt"));
 }
 
 // Two drawings for one class file: A stores PIPES with DN real where the file declares it
@@ -287,35 +261,6 @@ TEST_F(ResourceFolder, OneParseIsBoundToEachDrawingApart) {
   EXPECT_EQ(b.resources.loaded_files, std::vector<std::wstring>{path("lib/a.dwg")});
   EXPECT_EQ(TwoDrawings::useri1(drawings.b), 7);
   EXPECT_NE(parsed.catalogue->findObject(L"pipe"), nullptr);
-}
-
-TEST(StoredTablesTest, ReadingSkipsUnknownCodesAndRepeatedNames) {
-  fakes::FakeHost fake;
-  host::Database& db = fake.database();
-  EXPECT_TRUE(objdata::findTableDictionary(db).isNull());
-  std::vector<std::wstring> names;
-  EXPECT_EQ(objdata::listStoredTables(db, names, 7), objdata::kStatusOk);
-  EXPECT_TRUE(names.empty());
-
-  auto dictionary = db.createDictionary(db.namedObjectsDictionary(), L"VELEMUDATA");
-  auto xrecord = db.createXrecord(*dictionary, L"Mixed");
-  ASSERT_TRUE(db.writeXrecord(
-      *xrecord,
-      {host::ResBuf::text(L"A"), host::ResBuf::integer(0), host::ResBuf::text(L"B"),
-       host::ResBuf{70, std::string("1")}, host::ResBuf::text(L"a"), host::ResBuf::real(0),
-       host::ResBuf::text(L"P"), host::ResBuf::point({}), host::ResBuf::text(L"odd")}));
-  objdata::StoredTable table;
-  ASSERT_EQ(objdata::readStoredTable(db, *dictionary, L"MIXED", table), objdata::kStatusOk);
-  EXPECT_EQ(table.name, L"Mixed");
-  EXPECT_EQ(table.fields, (std::vector<objdata::StoredField>{{L"A", objdata::ValueType::kInteger},
-                                                             {L"P", objdata::ValueType::kPoint}}));
-  EXPECT_EQ(objdata::readStoredTable(db, *dictionary, L"Other", table), objdata::kStatusNothing);
-  EXPECT_TRUE(objdata::hasStoredTable(db, *dictionary, L"mixed"));
-  EXPECT_FALSE(objdata::hasStoredTable(db, *dictionary, L"Other"));
-  EXPECT_EQ(objdata::listStoredTables(db, names, 1), objdata::kStatusOk);
-  EXPECT_TRUE(names.empty());
-  EXPECT_EQ(objdata::listStoredTables(db, names, 7), objdata::kStatusOk);
-  EXPECT_EQ(names, std::vector<std::wstring>{L"Mixed"});
 }
 
 }  // namespace

@@ -18,8 +18,10 @@ using catalogue::Catalogue;
 using catalogue::FieldDefinition;
 using catalogue::FieldType;
 using catalogue::ValueKind;
+using parse_testing::Case;
 using parse_testing::Fixture;
 using parse_testing::messageTexts;
+using parse_testing::runCases;
 
 const catalogue::ObjectClass& object(const Catalogue& c, const wchar_t* name) {
   const catalogue::ObjectClass* found = c.findObject(name);
@@ -38,33 +40,6 @@ std::string lineClass(const std::string& name, const std::string& table = "T") {
 
 // U+1F600 in UTF-8: one character, two UTF-16 units.
 const std::string kBeyondBmp = "\xF0\x9F\x98\x80";
-
-struct Case {
-  const char* name;
-  std::string text;
-  // The messages as printed, concatenated; the parse succeeds exactly when none says "error".
-  std::string messages;
-  std::function<void(const Catalogue&)> check;
-  // The one "error" that does not stop the parser: a bad macro name.
-  bool error_is_reported_only = false;
-};
-
-void runCases(const std::vector<Case>& cases) {
-  for (const Case& c : cases) {
-    SCOPED_TRACE(c.name);
-    Fixture fixture;
-    fixture.fake.addLayer(L"WATER");
-    fixture.fake.addLayer(L"SEWER");
-    catalogue::ParseResult result = fixture.parse(c.text);
-    EXPECT_EQ(messageTexts(result), c.messages);
-    bool fatal = !c.error_is_reported_only && c.messages.find("error") != std::string::npos;
-    EXPECT_EQ(result.ok, !fatal);
-    if (fatal) {
-      EXPECT_TRUE(result.catalogue.empty());
-    }
-    if (c.check) c.check(result.catalogue);
-  }
-}
 
 TEST(ParserTest, GroupsAndFlags) {
   runCases({

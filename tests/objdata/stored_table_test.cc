@@ -19,10 +19,13 @@ const std::vector<StoredField> kPipeFields = {{L"ID", ValueType::kCharacter},
                                               {L"Start", ValueType::kPoint}};
 
 // The dictionary and each table are made once; a table is name-placeholder pairs, no header.
-TEST(StoredTableTest, MadeOnceAndLaidOutAsNamePlaceholderPairs) {
+TEST(StoredTableTest, MadeOnceLaidOutAsNamePlaceholderPairsAndReadBack) {
   fakes::FakeHost host;
   host::Database& db = host.database();
   EXPECT_TRUE(objdata::findTableDictionary(db).isNull());
+  std::vector<std::wstring> names;
+  EXPECT_EQ(objdata::listStoredTables(db, names, 7), objdata::kStatusOk);
+  EXPECT_TRUE(names.empty());
   host::ObjectId dictionary = objdata::getTableDictionary(host.document());
   ASSERT_FALSE(dictionary.isNull());
   EXPECT_EQ(host.lockDepth(), 0);
@@ -48,9 +51,25 @@ TEST(StoredTableTest, MadeOnceAndLaidOutAsNamePlaceholderPairs) {
                                                     {L"DN", ValueType::kInteger},
                                                     {L"Length", ValueType::kReal},
                                                     {L"Start", ValueType::kPoint}}));
-  std::vector<std::wstring> names;
-  objdata::listStoredTables(db, names, 7);
-  EXPECT_EQ(names, std::vector<std::wstring>{L"Pipes"});
+
+  // One stored by another program: a code of no field type, and a name read already, are
+  // skipped.
+  ASSERT_TRUE(db.createXrecordWith(
+      dictionary, L"Mixed",
+      {host::ResBuf::text(L"A"), host::ResBuf::integer(0), host::ResBuf::text(L"B"),
+       host::ResBuf{70, std::string("1")}, host::ResBuf::text(L"a"), host::ResBuf::real(0),
+       host::ResBuf::text(L"P"), host::ResBuf::point({}), host::ResBuf::text(L"odd")}));
+  ASSERT_EQ(objdata::readStoredTable(db, dictionary, L"MIXED", table), objdata::kStatusOk);
+  EXPECT_EQ(table.name, L"Mixed");
+  EXPECT_EQ(table.fields,
+            (std::vector<StoredField>{{L"A", ValueType::kInteger}, {L"P", ValueType::kPoint}}));
+  EXPECT_EQ(objdata::readStoredTable(db, dictionary, L"Other", table), objdata::kStatusNothing);
+  EXPECT_TRUE(objdata::hasStoredTable(db, dictionary, L"mixed"));
+  EXPECT_FALSE(objdata::hasStoredTable(db, dictionary, L"Other"));
+  EXPECT_EQ(objdata::listStoredTables(db, names, 1), objdata::kStatusOk);
+  EXPECT_TRUE(names.empty());
+  EXPECT_EQ(objdata::listStoredTables(db, names, 7), objdata::kStatusOk);
+  EXPECT_EQ(names, (std::vector<std::wstring>{L"Pipes", L"Mixed"}));
 }
 
 // In a DXF drawing the stored table is an XRECORD of exactly these tags.
