@@ -57,6 +57,33 @@ class ExampleJobTest : public ::testing::Test {
   testing_session::Session session_{testing_paths::readFile(kExamples + "site.dxf")};
 };
 
+// Neither loading the class file nor the job has anything to report, and the resources the
+// classes need are in the drawing.
+TEST_F(ExampleJobTest, ClassesLoadCleanlyAndBringInTheirResources) {
+  const std::string out = session_.out();
+  EXPECT_EQ(out.find("error"), std::string::npos) << out;
+  EXPECT_EQ(out.find("warning"), std::string::npos) << out;
+  const auto& catalogue = session_.app->state().catalogue;
+  ASSERT_NE(catalogue, nullptr);
+  EXPECT_GE(catalogue->objects.size(), 20u);
+  EXPECT_EQ(catalogue->tree.children.size(), 3u);
+  const catalogue::ObjectClass* gas = catalogue->findObject(L"GAS MAIN");
+  ASSERT_NE(gas, nullptr);
+  EXPECT_FALSE(gas->enabled);
+  ASSERT_NE(catalogue->findTable(L"water_pipes"), nullptr);
+  EXPECT_EQ(catalogue->findTable(L"water_pipes")->objects,
+            (std::vector<std::wstring>{L"water main", L"water service"}));
+  EXPECT_EQ(catalogue->imports.size(), 3u);  // resources.dxf, linetypes.lin, patterns.pat
+  for (const auto& [table, name] : {std::pair{host::SymbolTable::kBlock, L"HYDRANT"},
+                                    {host::SymbolTable::kLayer, L"HYDRANTS"},
+                                    {host::SymbolTable::kTextStyle, L"NOTES"},
+                                    {host::SymbolTable::kLinetype, L"FIBRE"},
+                                    {host::SymbolTable::kLinetype, L"GAS"},
+                                    {host::SymbolTable::kHatchPattern, L"PAVING"}}) {
+    EXPECT_TRUE(session_.host->database().hasSymbol(table, name)) << base::toUtf8(name);
+  }
+}
+
 TEST_F(ExampleJobTest, TranscriptShowsWhatWasClassifiedAndWhatIsInvalid) {
   const std::string out = session_.out();
   EXPECT_EQ(session_.err(), "");
