@@ -42,7 +42,6 @@ void FakeEditor::tellCommandCancelled(std::wstring_view name) {
 }
 
 void FakeEditor::showPrompt(std::wstring_view prompt) {
-  prompts_.emplace_back(prompt);
   transcript_ += prompt;
 }
 

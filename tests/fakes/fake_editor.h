@@ -22,7 +22,6 @@ struct Answer {
   Answer(std::wstring line) : text(std::move(line)) {}  // NOLINT: implicit by design
   Answer(const wchar_t* line) : text(line) {}           // NOLINT: implicit by design
   static Answer cancel() { return Answer(host::InputStatus::kCancel); }
-  static Answer error() { return Answer(host::InputStatus::kError); }
 
   host::InputStatus status = host::InputStatus::kNormal;
   std::wstring text;
@@ -58,10 +57,6 @@ class FakeEditor : public host::Editor {
   void selections(std::vector<Selection> more) {
     selections_.insert(selections_.end(), more.begin(), more.end());
   }
-  size_t answersLeft() const { return answers_.size(); }
-  size_t selectionsLeft() const { return selections_.size(); }
-  // Every prompt shown, in order.
-  const std::vector<std::wstring>& prompts() const { return prompts_; }
   // How often postCancel was called.
   int cancelsPosted() const { return cancels_posted_; }
   // Whether a prompt was cancelled or a cancel posted since the last call: how the command
@@ -99,7 +94,6 @@ class FakeEditor : public host::Editor {
   std::wstring& transcript_;
   std::deque<Answer> answers_;
   std::deque<Selection> selections_;
-  std::vector<std::wstring> prompts_;
   std::vector<host::ObjectId> pick_first_;
   std::vector<host::EditorReactor*> reactors_;
   int cancels_posted_ = 0;

@@ -125,7 +125,6 @@ class FakeHost : public host::Host {
   FakeDatabase& fakeDatabase() { return database_; }
   FakeEditor& fakeEditor() { return editor_; }
   FakeDialogs& fakeDialogs() { return dialogs_; }
-  FakeDocument& fakeDocument() { return document_; }
   FakeCommandStack& fakeCommands() { return commands_; }
 
   // --- Building the drawing (see FakeDatabase).
