@@ -258,7 +258,42 @@ RecordId Document::byHandle(Handle handle) const {
         std::lower_bound(handles_.begin(), handles_.end(), std::make_pair(handle, RecordId{0}));
     if (it != handles_.end() && it->first == handle) id = it->second;
   }
+  if ((id == kNoRecord || !exists(id)) && !handle_runs_.empty()) {
+    // The last run whose first handle is not above `handle`.
+    auto run = std::upper_bound(handle_runs_.begin(), handle_runs_.end(), handle,
+                                [](Handle h, const HandleRun& r) { return h < r.handle; });
+    if (run != handle_runs_.begin() && handle - (--run)->handle < run->count) {
+      id = run->id + static_cast<RecordId>(handle - run->handle);
+    }
+  }
   return id == kNoRecord || !exists(id) ? kNoRecord : id;
+}
+
+void Document::indexAttachedHandle(RecordId id, Handle handle) {
+  if (!handle_runs_.empty()) {
+    HandleRun& last = handle_runs_.back();
+    if (handle - last.handle == last.count && id - last.id == last.count &&
+        last.count < UINT32_MAX) {
+      ++last.count;
+      ++handle_count_;
+      if (handle >= next_handle_) next_handle_ = handle + 1;
+      return;
+    }
+  }
+  // A run starts only above every handle indexed so far, so that runs stay sorted and
+  // never hold a handle the index holds.
+  const bool above_runs =
+      handle_runs_.empty() || (handle >= handle_runs_.back().handle &&
+                               handle - handle_runs_.back().handle >= handle_runs_.back().count);
+  const bool above_index =
+      dense_ ? handle >= dense_handles_.size() : handles_.empty() || handle > handles_.back().first;
+  if (!above_runs || !above_index) {
+    indexHandle(id, handle);
+    return;
+  }
+  handle_runs_.push_back({handle, id, 1});
+  ++handle_count_;
+  if (handle >= next_handle_) next_handle_ = handle + 1;
 }
 
 Record Document::attachedEntry(RecordId id) const {

@@ -310,6 +310,9 @@ class Document {
     if (k < attached_records_.size()) return attached_records_[k].type;
     return k % 2 == 0 ? dictionary_type_ : xrecord_type_;
   }
+  // indexHandle for an attached record made just now: its handle joins the last run of
+  // handles when it follows it.
+  void indexAttachedHandle(RecordId id, Handle handle);
   // The entry of `id` to change: an attached record gets one kept for it.
   Record& entry(RecordId id);
   // Tells the observer (now, or when the open batches close) that `id` came or went.
@@ -464,6 +467,16 @@ class Document {
   // Empty when the handles are too sparse; handles_ answers then.
   std::vector<RecordId> dense_handles_;
   bool dense_ = false;
+  // Handles of attached records, given out counting up as the records' ids do: runs of
+  // handles and ids that rise together, above every handle the index above holds when made.
+  // Classifying attaches two records to every entity, and a slot each would cost as much as
+  // the record list.
+  struct HandleRun {
+    Handle handle = 0;
+    RecordId id = kNoRecord;
+    uint32_t count = 0;
+  };
+  std::vector<HandleRun> handle_runs_;
   Handle next_handle_ = 1;
   Handle file_handseed_ = 0;
   bool handles_allocated_ = false;

@@ -392,11 +392,14 @@ RecordId AttachmentBuilder::finish(Handle owner, Handle dictionary, Handle xreco
   doc.encodeOne(5, xrecord_text, own);
   doc.encodeOne(330, dictionary_text, own);
   TextRef code = doc.text_.add(own, TextStore::Lane::kEncodings);
+  // Classifying gives most objects a pair: room for one each costs address space only, and
+  // spares copying the list as it grows.
+  if (doc.attachments_.capacity() == 0) doc.attachments_.reserve(doc.records_.size());
   doc.attachments_.push_back(
       {code.pos, cached, static_cast<uint8_t>(code.len), entry_at, xrecord_at, 0});
   const auto first = static_cast<RecordId>(kAttachedBase + 2 * (doc.attachments_.size() - 1));
-  doc.indexHandle(first, dictionary);
-  doc.indexHandle(first + 1, xrecord);
+  doc.indexAttachedHandle(first, dictionary);
+  doc.indexAttachedHandle(first + 1, xrecord);
   ++doc.revision_;
   doc.notify(first, true);
   doc.notify(first + 1, true);

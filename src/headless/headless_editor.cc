@@ -103,7 +103,7 @@ host::SelectionInput HeadlessEditor::select() {
       std::vector<host::ObjectId> all = database_.modelSpaceEntities();
       add(all.empty() ? all : std::vector<host::ObjectId>{all.back()});
     } else if (word == L"P") {
-      add(previous_);
+      add(previous_.ids());
     } else if (host::ObjectId id = database_.idForHandle(word);
                id && !database_.entityClass(id).empty()) {
       add({id});
@@ -111,7 +111,7 @@ host::SelectionInput HeadlessEditor::select() {
       console_.print(L"*Invalid selection*\n");
     }
   }
-  previous_ = chosen;
+  previous_.assign(chosen);
   result.status = host::InputStatus::kNormal;
   result.ids = std::move(chosen);
   return result;
@@ -119,7 +119,7 @@ host::SelectionInput HeadlessEditor::select() {
 
 void HeadlessEditor::setImpliedSelection(const std::vector<host::ObjectId>& ids) {
   pick_first_ = ids;
-  if (!ids.empty()) previous_ = ids;
+  if (!ids.empty()) previous_.assign(ids);
 }
 
 void HeadlessEditor::addReactor(host::EditorReactor* reactor) { reactors_.push_back(reactor); }

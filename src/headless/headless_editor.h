@@ -5,6 +5,7 @@
 
 #include "headless/console.h"
 #include "headless/dxf_database.h"
+#include "headless/id_sequence.h"
 #include "host/editor.h"
 
 namespace headless {
@@ -36,7 +37,7 @@ class HeadlessEditor : public host::Editor {
   Console& console_;
   DxfDatabase& database_;
   std::vector<host::ObjectId> pick_first_;
-  std::vector<host::ObjectId> previous_;
+  IdSequence previous_;
   std::vector<host::EditorReactor*> reactors_;
   bool cancelled_ = false;
 };

@@ -113,6 +113,12 @@ TEST(HeadlessHostTest, SelectionDialogsAndTheDocumentsName) {
   }
 
   Session session(sample::drawing());
+  // P selects the previous selection again, in its order.
+  session.input.addText("104 100 ALL\n\nP\n\n");
+  host::SelectionInput first = session.host->editor().select();
+  EXPECT_GT(first.ids.size(), 2u);
+  EXPECT_EQ(session.host->editor().select().ids, first.ids);
+
   session.input.addText("0\n0\n1\n");  // Select All, then each item
   auto chosen = session.host->dialogs().chooseItems(L"Remove", {L"pipe", L"cable"});
   ASSERT_TRUE(chosen.has_value());
