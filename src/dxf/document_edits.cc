@@ -1,6 +1,7 @@
 // How a record's tags are kept when they change: made values, encodings, splices into the
 // file's bytes, and rewrites in place.
 #include <algorithm>
+#include <functional>
 
 #include "dxf/document.h"
 #include "dxf/number_text.h"
@@ -370,7 +371,8 @@ RecordId AttachmentBuilder::finish(Handle owner, Handle dictionary, Handle xreco
   // The shape: one made just before with the same bytes, or a new one.
   const std::string_view shared = doc.builder_scratch_;
   if (doc.shape_cache_.empty()) doc.shape_cache_.assign(Document::kShapeCacheSize, UINT32_MAX);
-  uint32_t& cached = doc.shape_cache_[hashOf(shared) % Document::kShapeCacheSize];
+  uint32_t& cached =
+      doc.shape_cache_[std::hash<std::string_view>()(shared) % Document::kShapeCacheSize];
   if (cached >= doc.shapes_.size() || doc.shapes_[cached].dictionary_size != dictionary_size_ ||
       doc.text_.view({doc.shapes_[cached].pos, doc.shapes_[cached].size}) != shared) {
     TextRef made = doc.text_.add(shared, TextStore::Lane::kEncodings);
