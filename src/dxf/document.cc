@@ -270,28 +270,23 @@ RecordId Document::byHandle(Handle handle) const {
 }
 
 void Document::indexAttachedHandle(RecordId id, Handle handle) {
-  if (!handle_runs_.empty()) {
-    HandleRun& last = handle_runs_.back();
-    if (handle - last.handle == last.count && id - last.id == last.count &&
-        last.count < UINT32_MAX) {
-      ++last.count;
-      ++handle_count_;
-      if (handle >= next_handle_) next_handle_ = handle + 1;
+  if (handle_runs_.empty() || handle - handle_runs_.back().handle != handle_runs_.back().count ||
+      id - handle_runs_.back().id != handle_runs_.back().count ||
+      handle_runs_.back().count == UINT32_MAX) {
+    // A run starts only above every handle indexed so far, so that runs stay sorted and
+    // never hold a handle the index holds.
+    const HandleRun* last = handle_runs_.empty() ? nullptr : &handle_runs_.back();
+    const bool above_runs =
+        !last || (handle >= last->handle && handle - last->handle >= last->count);
+    const bool above_index = dense_ ? handle >= dense_handles_.size()
+                                    : handles_.empty() || handle > handles_.back().first;
+    if (!above_runs || !above_index) {
+      indexHandle(id, handle);
       return;
     }
+    handle_runs_.push_back({handle, id, 0});
   }
-  // A run starts only above every handle indexed so far, so that runs stay sorted and
-  // never hold a handle the index holds.
-  const bool above_runs =
-      handle_runs_.empty() || (handle >= handle_runs_.back().handle &&
-                               handle - handle_runs_.back().handle >= handle_runs_.back().count);
-  const bool above_index =
-      dense_ ? handle >= dense_handles_.size() : handles_.empty() || handle > handles_.back().first;
-  if (!above_runs || !above_index) {
-    indexHandle(id, handle);
-    return;
-  }
-  handle_runs_.push_back({handle, id, 1});
+  ++handle_runs_.back().count;
   ++handle_count_;
   if (handle >= next_handle_) next_handle_ = handle + 1;
 }
@@ -314,34 +309,25 @@ Record Document::attachedEntry(RecordId id) const {
 TagSource Document::attachedSource(size_t k) const {
   const Attachment& a = attachments_[k / 2];
   const Shape& shape = shapes_[a.shape];
-  const char* own = text_.view({a.pos, a.size}).data();
-  const char* shared = text_.view({shape.pos, shape.size}).data();
+  // Tags [begin, end) of the encoding at text position `pos`.
+  auto part = [&](uint32_t pos, uint32_t begin, uint32_t end, uint32_t count) {
+    return TagSegment{text_.view({pos + begin, end - begin}).data(),
+                      pos + begin,
+                      end - begin,
+                      count,
+                      false,
+                      shared_};
+  };
   TagSource source;
   if (k % 2 == 0) {
     source.part_count = 3;
-    source.parts[0] = {own, a.pos, a.entry_at, kOwnDictionaryTags - 1, false, shared_};
-    source.parts[1] = {shared, shape.pos, shape.dictionary_size, kShapeDictionaryTags,
-                       false,  shared_};
-    source.parts[2] = {own + a.entry_at,
-                       a.pos + a.entry_at,
-                       static_cast<uint32_t>(a.xrecord_at - a.entry_at),
-                       1,
-                       false,
-                       shared_};
+    source.parts[0] = part(a.pos, 0, a.entry_at, kOwnDictionaryTags - 1);
+    source.parts[1] = part(shape.pos, 0, shape.dictionary_size, kShapeDictionaryTags);
+    source.parts[2] = part(a.pos, a.entry_at, a.xrecord_at, 1);
   } else {
     source.part_count = 2;
-    source.parts[0] = {own + a.xrecord_at,
-                       a.pos + a.xrecord_at,
-                       static_cast<uint32_t>(a.size - a.xrecord_at),
-                       kOwnXrecordTags,
-                       false,
-                       shared_};
-    source.parts[1] = {shared + shape.dictionary_size,
-                       shape.pos + shape.dictionary_size,
-                       shape.size - shape.dictionary_size,
-                       shape.xrecord_tags,
-                       false,
-                       shared_};
+    source.parts[0] = part(a.pos, a.xrecord_at, a.size, kOwnXrecordTags);
+    source.parts[1] = part(shape.pos, shape.dictionary_size, shape.size, shape.xrecord_tags);
   }
   return source;
 }

@@ -373,7 +373,8 @@ RecordId AttachmentBuilder::finish(Handle owner, Handle dictionary, Handle xreco
   if (doc.shape_cache_.empty()) doc.shape_cache_.assign(Document::kShapeCacheSize, UINT32_MAX);
   uint32_t& cached =
       doc.shape_cache_[std::hash<std::string_view>()(shared) % Document::kShapeCacheSize];
-  if (cached >= doc.shapes_.size() || doc.shapes_[cached].dictionary_size != dictionary_size_ ||
+  // Equal bytes are equal tags, split alike: the dictionary's part is its first four.
+  if (cached >= doc.shapes_.size() ||
       doc.text_.view({doc.shapes_[cached].pos, doc.shapes_[cached].size}) != shared) {
     TextRef made = doc.text_.add(shared, TextStore::Lane::kEncodings);
     doc.shapes_.push_back({made.pos, made.len, dictionary_size_, xrecord_tags_});
