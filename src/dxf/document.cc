@@ -306,35 +306,83 @@ Record Document::attachedEntry(RecordId id) const {
   return r;
 }
 
+Handle Document::runHandle(RecordId id) const {
+  // The last run whose first id is not above `id`.
+  auto run = std::upper_bound(handle_runs_.begin(), handle_runs_.end(), id,
+                              [](RecordId i, const HandleRun& r) { return i < r.id; });
+  if (run == handle_runs_.begin() || id - (--run)->id >= run->count) return 0;
+  return run->handle + (id - run->id);
+}
+
+Document::OwnTags Document::unencodedOwnTags(size_t pair) const {
+  const auto dictionary = static_cast<RecordId>(kAttachedBase + 2 * pair);
+  return {formatHandle(attachments_[pair].pos), formatHandle(runHandle(dictionary)),
+          formatHandle(runHandle(dictionary + 1))};
+}
+
+void Document::encodeOwnTags(size_t pair, const OwnTags& own) const {
+  // Each head but its structure name, whose encoding is made once.
+  auto encodeHead = [](const std::array<TagText, 3>& head, std::string& out) {
+    for (size_t i = 1; i < head.size(); ++i) encodeTag(head[i].code, head[i].value, out);
+  };
+  std::string out = dictionary_tag_;
+  encodeHead(own.dictionaryHead(), out);
+  const auto entry_at = static_cast<uint8_t>(out.size());
+  encodeTag(own.entry().code, own.entry().value, out);
+  const auto xrecord_at = static_cast<uint8_t>(out.size());
+  out += xrecord_tag_;
+  encodeHead(own.xrecordHead(), out);
+  TextRef code = text_.add(out, TextStore::Lane::kEncodings);
+  Attachment& a = attachments_[pair];
+  a.pos = code.pos;
+  a.size = static_cast<uint8_t>(code.len);
+  a.entry_at = entry_at;
+  a.xrecord_at = xrecord_at;
+}
+
+TagSegment Document::shapePart(const Shape& shape, bool dictionary) const {
+  const uint32_t begin = dictionary ? 0 : shape.dictionary_size;
+  const uint32_t end = dictionary ? shape.dictionary_size : shape.size;
+  return {text_.view({shape.pos + begin, end - begin}).data(),
+          shape.pos + begin,
+          end - begin,
+          dictionary ? kShapeDictionaryTags : shape.xrecord_tags,
+          false,
+          shared_};
+}
+
 TagSource Document::attachedSource(size_t k) const {
+  if (attachments_[k / 2].size == 0) encodeOwnTags(k / 2, unencodedOwnTags(k / 2));
   const Attachment& a = attachments_[k / 2];
-  const Shape& shape = shapes_[a.shape];
-  // Tags [begin, end) of the encoding at text position `pos`.
-  auto part = [&](uint32_t pos, uint32_t begin, uint32_t end, uint32_t count) {
-    return TagSegment{text_.view({pos + begin, end - begin}).data(),
-                      pos + begin,
+  // Tags [begin, end) of the pair's own tags.
+  auto own = [&](uint32_t begin, uint32_t end, uint32_t count) {
+    return TagSegment{text_.view({a.pos + begin, end - begin}).data(),
+                      a.pos + begin,
                       end - begin,
                       count,
                       false,
                       shared_};
   };
+  const Shape& shape = shapes_[a.shape];
   TagSource source;
   if (k % 2 == 0) {
     source.part_count = 3;
-    source.parts[0] = part(a.pos, 0, a.entry_at, kOwnDictionaryTags - 1);
-    source.parts[1] = part(shape.pos, 0, shape.dictionary_size, kShapeDictionaryTags);
-    source.parts[2] = part(a.pos, a.entry_at, a.xrecord_at, 1);
+    source.parts[0] = own(0, a.entry_at, kOwnDictionaryTags - 1);
+    source.parts[1] = shapePart(shape, true);
+    source.parts[2] = own(a.entry_at, a.xrecord_at, 1);
   } else {
     source.part_count = 2;
-    source.parts[0] = part(a.pos, a.xrecord_at, a.size, kOwnXrecordTags);
-    source.parts[1] = part(shape.pos, shape.dictionary_size, shape.size, shape.xrecord_tags);
+    source.parts[0] = own(a.xrecord_at, a.size, kOwnXrecordTags);
+    source.parts[1] = shapePart(shape, false);
   }
   return source;
 }
 
 Record Document::attachedRecord(RecordId id) const {
   Record r = attachedEntry(id);
-  if (r.handle == 0) {
+  if (r.handle == 0 && attachments_[(id - kAttachedBase) / 2].size == 0) {
+    r.handle = runHandle(id);
+  } else if (r.handle == 0) {
     // The handle follows the code 0 tag in the record's own tags.
     TagScan::iterator it(attachedSource(id - kAttachedBase));
     if (++it, it->code == 5) r.handle = parseHandle(text(*it));
@@ -385,7 +433,8 @@ void Document::indexHandle(RecordId id, Handle handle) {
       for (Handle h = 0; h < dense_handles_.size(); ++h) {
         if (dense_handles_[h] != kNoRecord) handles_.emplace_back(h, dense_handles_[h]);
       }
-      dense_handles_ = {};
+      dense_handles_.clear();
+      dense_handles_.shrink_to_fit();
     }
   }
   if (dense_) {
@@ -573,8 +622,10 @@ base::Status Document::buildStructure(const std::string& name) {
   std::stable_sort(pending_faults_.begin(), pending_faults_.end(),
                    [](const auto& a, const auto& b) { return a.first < b.first; });
   for (auto& fault : pending_faults_) faults_.push_back(std::move(fault.second));
-  pending_faults_ = {};
-  line_ends_ = {};
+  pending_faults_.clear();
+  pending_faults_.shrink_to_fit();
+  line_ends_.clear();
+  line_ends_.shrink_to_fit();
   return base::Status::ok();
 }
 

@@ -264,12 +264,16 @@ class Document {
         {text_.view({r.pos, r.size}).data(), r.pos, r.size, r.tag_count, false, shared_}));
   }
 
-  // An extension dictionary and its XRECORD made together. Their own tags are encoded as
+  // An extension dictionary and its XRECORD made together. Their own tags are
   //   0 DICTIONARY, 5 dictionary, 330 owner | 360 XRECORD | 0 XRECORD, 5 XRECORD, 330 dictionary
   // and the rest, the same for every pair made with the same key and values, is its shape's.
   // The dictionary is attached record kAttachedBase + 2 * index, the XRECORD the next id.
+  // Own tags are encoded only once something reads them: until then (size 0) pos holds the
+  // owner's handle and the pair's handles are those its ids have in handle_runs_. Classifying
+  // and saving never read them, and their encodings would be a third of what classifying
+  // adds to a drawing.
   struct Attachment {
-    uint32_t pos = 0;        // its own tags, in the text store
+    uint32_t pos = 0;        // its own tags, in the text store; or the owner's handle
     uint32_t shape = 0;      // in shapes_
     uint8_t size = 0;        // bytes of its own tags (handles take at most 16 digits)
     uint8_t entry_at = 0;    // where the dictionary's entry (360) begins in them
@@ -288,6 +292,25 @@ class Document {
   static constexpr uint32_t kShapeDictionaryTags = 4;
   static constexpr uint32_t kOwnDictionaryTags = 4;  // three before the shape's, one after
   static constexpr uint32_t kOwnXrecordTags = 3;
+  // A pair's own tags, with its handles' texts.
+  struct OwnTags {
+    std::string owner, dictionary, xrecord;
+    std::array<TagText, 3> dictionaryHead() const {
+      return {{{0, "DICTIONARY"}, {5, dictionary}, {330, owner}}};
+    }
+    TagText entry() const { return {360, xrecord}; }
+    std::array<TagText, 3> xrecordHead() const {
+      return {{{0, "XRECORD"}, {5, xrecord}, {330, dictionary}}};
+    }
+  };
+  // The own tags of the pair at `pair` whose own tags are not encoded.
+  OwnTags unencodedOwnTags(size_t pair) const;
+  // Encodes the own tags of the pair at `pair` into the text store.
+  void encodeOwnTags(size_t pair, const OwnTags& own) const;
+  // The shape's part of the dictionary (or of the XRECORD) of a pair.
+  TagSegment shapePart(const Shape& shape, bool dictionary) const;
+  // The handle the runs give the attached record `id`; 0 when none does.
+  Handle runHandle(RecordId id) const;
   // Where the tags of the attached record `k` (id - kAttachedBase) lie, while it is a row.
   TagSource attachedSource(size_t k) const;
   // The entry of the attached record `id`, its handle aside (0).
@@ -415,7 +438,8 @@ class Document {
   std::vector<RecordId> xdict_candidates_;
   // A binary file's records read from its text (their encodings); these are their bytes.
   std::vector<std::pair<uint32_t, uint32_t>> binary_raw_;
-  TextStore text_;
+  // Mutable: reading an attached pair's own tags the first time encodes them (Attachment).
+  mutable TextStore text_;
   std::string encode_scratch_;
   // What trySplice reads of a record's file bytes: its tags and where each begins.
   std::vector<Tag> splice_tags_;
@@ -437,7 +461,9 @@ class Document {
   std::deque<std::string> type_names_ = {std::string()};  // a deque: names never move
   std::unordered_map<std::string_view, uint16_t> type_index_;
   std::vector<Record> records_;
-  std::vector<Attachment> attachments_;
+  mutable std::vector<Attachment> attachments_;
+  // The encodings of "0 DICTIONARY" and "0 XRECORD", which begin a pair's own tags.
+  std::string dictionary_tag_, xrecord_tag_;
   std::vector<Shape> shapes_;
   // The shapes made last, by hash of their bytes: pairs made one after another mostly
   // repeat one of a few.

@@ -380,29 +380,23 @@ RecordId AttachmentBuilder::finish(Handle owner, Handle dictionary, Handle xreco
     doc.shapes_.push_back({made.pos, made.len, dictionary_size_, xrecord_tags_});
     cached = static_cast<uint32_t>(doc.shapes_.size() - 1);
   }
-  // The pair's own tags.
-  const std::string dictionary_text = formatHandle(dictionary);
-  const std::string xrecord_text = formatHandle(xrecord);
-  std::string& own = doc.encode_scratch_;
-  own.clear();
-  doc.encodeOne(0, "DICTIONARY", own);
-  doc.encodeOne(5, dictionary_text, own);
-  doc.encodeOne(330, formatHandle(owner), own);
-  const auto entry_at = static_cast<uint8_t>(own.size());
-  doc.encodeOne(360, xrecord_text, own);
-  const auto xrecord_at = static_cast<uint8_t>(own.size());
-  doc.encodeOne(0, "XRECORD", own);
-  doc.encodeOne(5, xrecord_text, own);
-  doc.encodeOne(330, dictionary_text, own);
-  TextRef code = doc.text_.add(own, TextStore::Lane::kEncodings);
+  if (doc.dictionary_tag_.empty()) {
+    doc.encodeOne(0, "DICTIONARY", doc.dictionary_tag_);
+    doc.encodeOne(0, "XRECORD", doc.xrecord_tag_);
+  }
   // Classifying gives most objects a pair: room for one each costs address space only, and
   // spares copying the list as it grows.
   if (doc.attachments_.capacity() == 0) doc.attachments_.reserve(doc.records_.size());
-  doc.attachments_.push_back(
-      {code.pos, cached, static_cast<uint8_t>(code.len), entry_at, xrecord_at, 0});
+  doc.attachments_.push_back({static_cast<uint32_t>(owner), cached, 0, 0, 0, 0});
   const auto first = static_cast<RecordId>(kAttachedBase + 2 * (doc.attachments_.size() - 1));
   doc.indexAttachedHandle(first, dictionary);
   doc.indexAttachedHandle(first + 1, xrecord);
+  // Its own tags wait until read, when the row and the runs can give them back.
+  if (owner > UINT32_MAX || doc.runHandle(first) != dictionary ||
+      doc.runHandle(first + 1) != xrecord) {
+    doc.encodeOwnTags(doc.attachments_.size() - 1,
+                      {formatHandle(owner), formatHandle(dictionary), formatHandle(xrecord)});
+  }
   ++doc.revision_;
   doc.notify(first, true);
   doc.notify(first + 1, true);

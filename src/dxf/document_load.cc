@@ -54,7 +54,8 @@ void Document::indexLoadedHandles(const std::string& name) {
       slot = id;
       ++handle_count_;
     }
-    handles_ = {};  // the direct index answers alone
+    handles_.clear();
+    handles_.shrink_to_fit();  // the direct index answers alone
     return;
   }
   std::sort(handles_.begin(), handles_.end());  // equal handles: file order, ids rising
@@ -98,7 +99,8 @@ void Document::noteDanglingExtensionDictionaries(const std::string& name) {
                  "' names no object; the object is read as having none, and attaching data "
                  "to it gives it a new one");
   }
-  xdict_candidates_ = {};
+  xdict_candidates_.clear();
+  xdict_candidates_.shrink_to_fit();
 }
 
 // Text that is not UTF-8 in a drawing that declares it is read with U+FFFD in its place

@@ -125,6 +125,7 @@ base::Status DocumentBuilder::readAscii() {
   // Records of real drawings take well over 24 bytes; reserving generously costs address
   // space only, and spares copies of the record list while it grows.
   doc_.records_.reserve(size / 24 + 16);
+  doc_.handles_.reserve(size / 24 + 16);
 
   size_t pos = 0;
   uint64_t line = 1;

@@ -193,7 +193,21 @@ void Document::writeTo(Out& out) const {
     if (id == attached_at) {
       for (RecordId a = kAttachedBase; a != attachedEnd(); ++a) {
         if (!exists(a)) continue;
-        for (const Tag& tag : scan(a)) writeTag(tag.code, text(tag));
+        const size_t k = a - kAttachedBase;
+        if (attachments_[k / 2].size != 0 ||
+            (k < attached_records_.size() && !attached_records_[k].row)) {
+          for (const Tag& tag : scan(a)) writeTag(tag.code, text(tag));
+          continue;
+        }
+        // Own tags not encoded yet: written as made, not encoded for this.
+        const OwnTags own = unencodedOwnTags(k / 2);
+        const bool dictionary = k % 2 == 0;
+        for (const TagText& tag : dictionary ? own.dictionaryHead() : own.xrecordHead()) {
+          writeTag(tag.code, tag.value);
+        }
+        const TagSource shape(shapePart(shapes_[attachments_[k / 2].shape], dictionary));
+        for (const Tag& tag : TagScan(shape)) writeTag(tag.code, text(tag));
+        if (dictionary) writeTag(own.entry().code, own.entry().value);
       }
     }
     auto unchanged = [&](RecordId at) {

@@ -9,6 +9,7 @@
 #include "dxf/blocks.h"
 #include "dxf/dictionary.h"
 #include "dxf/document.h"
+#include "dxf/number_text.h"
 #include "dxf/objects.h"
 #include "dxf/sample_drawing.h"
 #include "dxf/sort_entities.h"
@@ -113,59 +114,66 @@ TEST(XrecordTest, AttachedPairsBehaveAsObjectsMadeApart) {
        }},
   };
   const std::vector<TypedValue> values = {TypedValue::ofInteger(7), TypedValue::ofText(L"ä")};
-  for (const auto& [name, change] : changes) {
-    SCOPED_TRACE(name);
-    std::string written[2];
-    Handle handles[2] = {0, 0};
-    std::vector<std::vector<std::string>> objects[2];  // each object's tags as written
-    for (bool attached : {false, true}) {
-      Document doc = sample::parse(sample::drawing());
-      Ids ids{doc.byHandle(0x100), kNoRecord, kNoRecord};
-      // A pair attached before, with the same values: it must come through every change
-      // to the one under test as it was (the sorted files below compare it).
-      ASSERT_TRUE(attachXrecord(doc, doc.byHandle(0x103), L"ROW", values).isOk());
-      auto xrecord = attached ? attachXrecord(doc, ids.entity, L"ROW", values)
-                              : createXrecord(doc, *ensureExtensionDictionary(doc, ids.entity),
-                                              L"ROW");
-      ASSERT_TRUE(xrecord.isOk());
-      if (!attached) writeXrecord(doc, *xrecord, values);
-      ASSERT_EQ(Document::isAttached(*xrecord), attached);
-      ids.xrecord = *xrecord;
-      ids.dict = doc.byHandle(doc.record(ids.entity).xdict);
-      EXPECT_EQ(readXrecord(doc, ids.xrecord), values);
-      EXPECT_EQ(ownerOf(doc, ids.xrecord), doc.record(ids.dict).handle);
-      handles[attached] = doc.record(ids.xrecord).handle;
-      change(doc, ids);
-      const bool erased[] = {!doc.exists(ids.entity), !doc.exists(ids.dict),
-                             !doc.exists(ids.xrecord)};
-      written[attached] = doc.serialize();
-      Document again = sample::parse(written[attached]);
-      for (int i = 0; i < 3; ++i) {
-        Handle h = i == 0 ? 0x100 : handles[attached] + (i == 1 ? -1 : 0);
-        RecordId id = again.byHandle(h);
-        EXPECT_EQ(id == kNoRecord, erased[i]) << "object " << i;
-        objects[attached].emplace_back();
-        if (id == kNoRecord) continue;
-        for (const Tag& tag : again.scan(id)) {
-          objects[attached].back().push_back(std::to_string(tag.code) + " " +
-                                             std::string(again.text(tag)));
+  // The LINE's handle as the sample has it, and one beyond 32 bits: a pair keeps the handle
+  // of its owner in 32 bits until its tags are read, and encodes them at once otherwise.
+  for (const Handle line : {Handle{0x100}, Handle{0x1000000100}})
+    for (const auto& [name, change] : changes) {
+      SCOPED_TRACE(std::string(name) + ", owner " + formatHandle(line));
+      std::string drawing = sample::drawing();
+      const size_t line_at = drawing.find("\n  5\n100\n");
+      ASSERT_NE(line_at, std::string::npos);
+      drawing.replace(line_at, 9, "\n  5\n" + formatHandle(line) + "\n");
+      std::string written[2];
+      Handle handles[2] = {0, 0};
+      std::vector<std::vector<std::string>> objects[2];  // each object's tags as written
+      for (bool attached : {false, true}) {
+        Document doc = sample::parse(drawing);
+        Ids ids{doc.byHandle(line), kNoRecord, kNoRecord};
+        // A pair attached before, with the same values: it must come through every change
+        // to the one under test as it was (the sorted files below compare it).
+        ASSERT_TRUE(attachXrecord(doc, doc.byHandle(0x103), L"ROW", values).isOk());
+        auto xrecord =
+            attached ? attachXrecord(doc, ids.entity, L"ROW", values)
+                     : createXrecord(doc, *ensureExtensionDictionary(doc, ids.entity), L"ROW");
+        ASSERT_TRUE(xrecord.isOk());
+        if (!attached) writeXrecord(doc, *xrecord, values);
+        ASSERT_EQ(Document::isAttached(*xrecord), attached);
+        ids.xrecord = *xrecord;
+        ids.dict = doc.byHandle(doc.record(ids.entity).xdict);
+        EXPECT_EQ(readXrecord(doc, ids.xrecord), values);
+        EXPECT_EQ(ownerOf(doc, ids.xrecord), doc.record(ids.dict).handle);
+        handles[attached] = doc.record(ids.xrecord).handle;
+        change(doc, ids);
+        const bool erased[] = {!doc.exists(ids.entity), !doc.exists(ids.dict),
+                               !doc.exists(ids.xrecord)};
+        written[attached] = doc.serialize();
+        Document again = sample::parse(written[attached]);
+        for (int i = 0; i < 3; ++i) {
+          Handle h = i == 0 ? line : handles[attached] + (i == 1 ? -1 : 0);
+          RecordId id = again.byHandle(h);
+          EXPECT_EQ(id == kNoRecord, erased[i]) << "object " << i;
+          objects[attached].emplace_back();
+          if (id == kNoRecord) continue;
+          for (const Tag& tag : again.scan(id)) {
+            objects[attached].back().push_back(std::to_string(tag.code) + " " +
+                                               std::string(again.text(tag)));
+          }
         }
       }
+      EXPECT_EQ(handles[0], handles[1]);
+      EXPECT_EQ(objects[0], objects[1]);
+      // The same objects; attached ones are written at the end of the objects.
+      auto sorted = [](const std::string& text) {
+        std::vector<std::string> lines;
+        for (size_t at = 0, end; at < text.size(); at = end + 1) {
+          end = std::min(text.find('\n', at), text.size());
+          lines.push_back(text.substr(at, end - at));
+        }
+        std::sort(lines.begin(), lines.end());
+        return lines;
+      };
+      EXPECT_EQ(sorted(written[0]), sorted(written[1]));
     }
-    EXPECT_EQ(handles[0], handles[1]);
-    EXPECT_EQ(objects[0], objects[1]);
-    // The same objects; attached ones are written at the end of the objects.
-    auto sorted = [](const std::string& text) {
-      std::vector<std::string> lines;
-      for (size_t at = 0, end; at < text.size(); at = end + 1) {
-        end = std::min(text.find('\n', at), text.size());
-        lines.push_back(text.substr(at, end - at));
-      }
-      std::sort(lines.begin(), lines.end());
-      return lines;
-    };
-    EXPECT_EQ(sorted(written[0]), sorted(written[1]));
-  }
 }
 
 // An R12 drawing cannot hold objects: each way of asking for one is a clear error and
