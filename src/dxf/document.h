@@ -205,6 +205,10 @@ class Document {
   // The same with the tags given as texts: inserted into a record's file bytes, they are
   // encoded there and their values kept nowhere else.
   void insertTags(RecordId id, size_t index, std::span<const TagText> tags);
+  // Gives `id` the group "102 {ACAD_XDICTIONARY, 360 dictionary, 102 }" just after its
+  // handle and its reactors, where it belongs: the same as insertTags there. Classifying
+  // does it to every entity, and only the first few tags are read for it.
+  void insertExtensionGroup(RecordId id, Handle dictionary);
   // Takes out `count` tags from the tag at `index` on; the same as setTags without them,
   // without rewriting the record when it is its file bytes or they are what was inserted.
   void eraseTags(RecordId id, size_t index, size_t count);

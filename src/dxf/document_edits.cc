@@ -248,6 +248,46 @@ void Document::insertTags(RecordId id, size_t index, std::span<const Tag> tags) 
   setTags(id, all);
 }
 
+void Document::insertExtensionGroup(RecordId id, Handle dictionary) {
+  // The group's place: after the handle (5, or 105 for a DIMSTYLE) and the reactors.
+  size_t index = 0;
+  size_t at = 1;
+  uint32_t offset = 0;  // where the tag at `at` begins
+  bool in_reactors = false;
+  TagScan tags = scan(id);
+  for (auto it = tags.begin(); it != tags.end(); ++it) {
+    const size_t i = index++;
+    if (i == at) offset = it.position();
+    if (i == 0) continue;
+    if (i == 1 && (it->code == 5 || it->code == 105)) {
+      at = 2;
+    } else if (in_reactors) {
+      if (it->code == 102 && text(*it) == "}") {
+        in_reactors = false;
+        at = i + 1;
+      }
+    } else if (i == at && it->code == 102 && text(*it) == "{ACAD_REACTORS") {
+      in_reactors = true;
+    } else {
+      break;
+    }
+  }
+  if (in_reactors || at >= index) at = index;
+  const std::string handle = formatHandle(dictionary);
+  const TagText group[] = {{102, "{ACAD_XDICTIONARY"}, {360, handle}, {102, "}"}};
+  const Record& r = entry(id);
+  if (r.spliced || !spliceable(r) || r.xdict != 0 || at == index) {
+    insertTags(id, at, std::span<const TagText>(group));
+    return;
+  }
+  // Before the first subclass marker and after the handle, a whole group changes nothing the
+  // record's facts hold but its extension dictionary; the layer keeps its place in the file.
+  offset -= r.pos;
+  splice(id, static_cast<uint32_t>(at), offset, 0, 0, std::span<const TagText>(group));
+  entry(id).xdict = dictionary;
+  ++revision_;
+}
+
 void Document::eraseTags(RecordId id, size_t index, size_t count) {
   if (count == 0) return;
   // A cut from the first tag on would take the structure name: that record is rewritten.

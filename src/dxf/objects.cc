@@ -10,38 +10,6 @@ namespace dxf {
 
 namespace {
 
-// Index just after the record's handle and its reactor groups, where a new
-// "102 {ACAD_XDICTIONARY" group belongs.
-size_t extensionGroupPosition(const Document& doc, RecordId id) {
-  size_t index = 0;
-  size_t pos = 1;
-  bool in_reactors = false;
-  for (const Tag& tag : doc.scan(id)) {
-    size_t i = index++;
-    if (i == 0) continue;
-    if (i == 1 && (tag.code == 5 || tag.code == 105)) {
-      pos = 2;
-    } else if (in_reactors) {
-      if (tag.code == 102 && doc.text(tag) == "}") {
-        in_reactors = false;
-        pos = i + 1;
-      }
-    } else if (i == pos && tag.code == 102 && doc.text(tag) == "{ACAD_REACTORS") {
-      in_reactors = true;
-    } else {
-      break;
-    }
-  }
-  return in_reactors ? index : std::min(pos, index);
-}
-
-// Gives `id` the group naming its extension dictionary `dict_handle`, the rest of the record
-// kept as it lies.
-void insertDictionaryGroup(Document& doc, RecordId id, const std::string& dict_handle) {
-  const TagText group[] = {{102, "{ACAD_XDICTIONARY"}, {360, dict_handle}, {102, "}"}};
-  doc.insertTags(id, extensionGroupPosition(doc, id), std::span<const TagText>(group));
-}
-
 bool isFollower(std::string_view type) {
   return type == "ATTRIB" || type == "VERTEX" || type == "SEQEND";
 }
@@ -126,7 +94,7 @@ base::Result<RecordId> ensureExtensionDictionary(Document& doc, RecordId id) {
   std::string dict_handle = formatHandle(dict_handle_value);
   if (existing == 0 && doc.record(id).handle != 0) {
     // The common case: a group inserted, the rest of the record kept as it lies.
-    insertDictionaryGroup(doc, id, dict_handle);
+    doc.insertExtensionGroup(id, dict_handle_value);
     return appendDictionary(doc, id, dict_handle_value);
   }
   RecordEdit edit(doc, id);
@@ -147,7 +115,7 @@ base::Result<RecordId> ensureExtensionDictionary(Document& doc, RecordId id) {
     if (at >= 0) edit.setText(static_cast<size_t>(at), dict_handle);
   } else {
     edit.commit();  // the new handle goes in first: the group's place follows it
-    insertDictionaryGroup(doc, id, dict_handle);
+    doc.insertExtensionGroup(id, dict_handle_value);
     return appendDictionary(doc, id, dict_handle_value);
   }
   edit.commit();
@@ -169,7 +137,7 @@ base::Result<RecordId> attachXrecord(Document& doc, RecordId id, std::wstring_vi
   objectsEnd(doc);  // the pair is written at its end
   const Handle dict_handle = doc.allocateHandle();
   const Handle xrecord_handle = doc.allocateHandle();
-  insertDictionaryGroup(doc, id, formatHandle(dict_handle));
+  doc.insertExtensionGroup(id, dict_handle);
   AttachmentBuilder pair(doc, doc.codec().encode(key), hasCloningFlag(doc));
   forEachDataTag(doc, values, [&](int code, std::string_view value) { pair.add(code, value); });
   return pair.finish(doc.record(id).handle, dict_handle, xrecord_handle);

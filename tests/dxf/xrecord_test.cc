@@ -176,6 +176,40 @@ TEST(XrecordTest, AttachedPairsBehaveAsObjectsMadeApart) {
     }
 }
 
+// A record given an extension dictionary names it just after its handle and reactors, as
+// CAD programs write it, whether the record is still its file bytes or was changed before.
+TEST(XrecordTest, ExtensionGroupFollowsTheHandleAndTheReactors) {
+  for (const std::string before : {"", "102 {ACAD_REACTORS|330 C|102 }|"}) {
+    for (bool changed : {false, true}) {
+      SCOPED_TRACE(before + (changed ? " changed" : ""));
+      std::string compact(sample::kSmall);
+      compact.replace(compact.find("0 LINE|5 40|"), 12, "0 LINE|5 40|" + before);
+      Document doc = sample::parse(sample::pipes(compact));
+      const RecordId id = doc.byHandle(0x40);
+      if (changed) {
+        const TagList old = doc.tags(id);
+        std::vector<Tag> tags(old.begin(), old.end());
+        tags.push_back(doc.makeTag(62, "1"));
+        doc.setTags(id, tags);
+      }
+      ASSERT_TRUE(attachXrecord(doc, id, L"K", {TypedValue::ofInteger(1)}).isOk());
+      const std::string expected = "0 LINE|5 40|" + before + "102 {ACAD_XDICTIONARY|360 " +
+                                   formatHandle(doc.record(id).xdict) +
+                                   "|102 }|330 1F|100 AcDbEntity|8 0|";
+      auto lineTags = [](const Document& d) {
+        std::string got;
+        for (const Tag& tag : d.scan(d.byHandle(0x40))) {
+          got += std::to_string(tag.code) + " " + std::string(d.text(tag)) + "|";
+        }
+        return got;
+      };
+      EXPECT_EQ(lineTags(doc).substr(0, expected.size()), expected);
+      EXPECT_EQ(doc.value(id, 8), "0");
+      EXPECT_EQ(lineTags(sample::parse(doc.serialize())), lineTags(doc));
+    }
+  }
+}
+
 // An R12 drawing cannot hold objects: each way of asking for one is a clear error and
 // changes nothing.
 TEST(XrecordTest, R12DrawingsRefuseObjectsAndStayAsTheyWere) {
