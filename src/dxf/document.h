@@ -473,6 +473,14 @@ class Document {
   // repeat one of a few.
   static constexpr size_t kShapeCacheSize = 1024;
   std::vector<uint32_t> shape_cache_;
+  // Shapes by the sources they were made from, by hash (reuseShape): pairs attached one
+  // after another mostly repeat one of a few.
+  struct ShapeSource {
+    std::string source;
+    uint32_t shape = UINT32_MAX;
+  };
+  static constexpr size_t kShapeSourceCacheSize = 64;
+  std::vector<ShapeSource> shape_sources_;
   // The entries of attached records, by id - kAttachedBase, once a change reached one of
   // them; those attached after that, and those whose entry is still a `row`, are read from
   // their attachment.
@@ -548,12 +556,17 @@ class RecordBuilder {
 // a time per drawing.
 class AttachmentBuilder {
  public:
-  // `key` is the entry's name as the file writes it; `cloning_flag` gives the XRECORD the
-  // duplicate record cloning flag (280 1) that drawings from R2000 on write.
-  AttachmentBuilder(Document& doc, std::string_view key, bool cloning_flag);
+  explicit AttachmentBuilder(Document& doc) : doc_(doc) {}
   AttachmentBuilder(const AttachmentBuilder&) = delete;
   AttachmentBuilder& operator=(const AttachmentBuilder&) = delete;
 
+  // `source`: the caller's own bytes for the key, the cloning flag and the values. When the
+  // pair made last came from the same, this one takes its shape as it is (true), and begin
+  // and add are not called. Classifying attaches the same defaults to entity after entity.
+  bool reuseShape(std::string_view source);
+  // `key` is the entry's name as the file writes it; `cloning_flag` gives the XRECORD the
+  // duplicate record cloning flag (280 1) that drawings from R2000 on write.
+  AttachmentBuilder& begin(std::string_view key, bool cloning_flag);
   // The XRECORD's values, in order.
   AttachmentBuilder& add(int code, std::string_view value);
   // Makes both for the object with handle `owner`, with handles `dictionary` and `xrecord`,
@@ -564,6 +577,8 @@ class AttachmentBuilder {
   Document& doc_;
   uint32_t xrecord_tags_ = 0;
   uint32_t dictionary_size_ = 0;
+  uint32_t shape_ = UINT32_MAX;                    // the shape reused
+  Document::ShapeSource* source_noted_ = nullptr;  // where reuseShape noted the source
 };
 
 // While one lives, the drawing's observer is told nothing; when the outermost ends, it is

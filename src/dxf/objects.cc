@@ -122,6 +122,47 @@ base::Result<RecordId> ensureExtensionDictionary(Document& doc, RecordId id) {
   return appendDictionary(doc, id, dict_handle_value);
 }
 
+namespace {
+
+// The key, the flag and the values as bytes, to compare without formatting or encoding them.
+std::string shapeSource(std::wstring_view key, bool cloning_flag,
+                        const std::vector<TypedValue>& values) {
+  std::string out;
+  auto put = [&out](const auto& value) {
+    out.append(reinterpret_cast<const char*>(&value), sizeof value);
+  };
+  auto putText = [&](const auto& text) {
+    put(text.size());
+    out.append(reinterpret_cast<const char*>(text.data()), text.size() * sizeof text[0]);
+  };
+  putText(key);
+  put(cloning_flag);
+  for (const TypedValue& v : values) {
+    put(v.code);
+    put(v.type);
+    switch (v.type) {
+      case TypedValue::Type::kText:
+        putText(v.text);
+        break;
+      case TypedValue::Type::kPoint:
+        put(v.xyz);
+        break;
+      case TypedValue::Type::kReal:
+        put(v.xyz[0]);
+        break;
+      case TypedValue::Type::kInteger:
+        put(v.integer);
+        break;
+      case TypedValue::Type::kRaw:
+        putText(v.raw);
+        break;
+    }
+  }
+  return out;
+}
+
+}  // namespace
+
 base::Result<RecordId> attachXrecord(Document& doc, RecordId id, std::wstring_view key,
                                      const std::vector<TypedValue>& values) {
   ChangeBatch batch(doc);
@@ -138,8 +179,11 @@ base::Result<RecordId> attachXrecord(Document& doc, RecordId id, std::wstring_vi
   const Handle dict_handle = doc.allocateHandle();
   const Handle xrecord_handle = doc.allocateHandle();
   doc.insertExtensionGroup(id, dict_handle);
-  AttachmentBuilder pair(doc, doc.codec().encode(key), hasCloningFlag(doc));
-  forEachDataTag(doc, values, [&](int code, std::string_view value) { pair.add(code, value); });
+  AttachmentBuilder pair(doc);
+  if (!pair.reuseShape(shapeSource(key, hasCloningFlag(doc), values))) {
+    pair.begin(doc.codec().encode(key), hasCloningFlag(doc));
+    forEachDataTag(doc, values, [&](int code, std::string_view value) { pair.add(code, value); });
+  }
   return pair.finish(doc.record(id).handle, dict_handle, xrecord_handle);
 }
 

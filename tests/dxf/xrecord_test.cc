@@ -176,6 +176,43 @@ TEST(XrecordTest, AttachedPairsBehaveAsObjectsMadeApart) {
     }
 }
 
+// Pairs attached one after another, each unlike the one before in one thing only, keep
+// their own key and values (pairs made alike share what they hold in common).
+TEST(XrecordTest, AttachedPairsKeepTheirOwnKeyAndValues) {
+  const std::vector<TypedValue> first = {TypedValue::ofText(L"a"), TypedValue::ofPoint(1, 2, 3),
+                                         TypedValue::ofReal(1.5), TypedValue::ofInteger(7),
+                                         raw(70, "5")};
+  std::vector<std::pair<std::wstring, std::vector<TypedValue>>> pairs = {{L"K", first}};
+  for (size_t i = 0; i < first.size(); ++i) {
+    std::vector<TypedValue> values = first;
+    values[i] = i == 0   ? TypedValue::ofText(L"b")
+                : i == 1 ? TypedValue::ofPoint(1, 2, 4)
+                : i == 2 ? TypedValue::ofReal(2.5)
+                : i == 3 ? TypedValue::ofInteger(8)
+                         : raw(70, "6");
+    pairs.emplace_back(L"K", values);
+    pairs.emplace_back(L"K", first);
+  }
+  pairs.emplace_back(L"L", first);
+  Document doc = sample::parse(sample::drawing());
+  const std::vector<RecordId> entities = modelSpaceEntities(doc);
+  ASSERT_GE(entities.size(), pairs.size());
+  for (size_t i = 0; i < pairs.size(); ++i) {
+    ASSERT_TRUE(attachXrecord(doc, entities[i], pairs[i].first, pairs[i].second).isOk());
+  }
+  Document again = sample::parse(doc.serialize());
+  for (const Document* d : {&doc, &again}) {
+    for (size_t i = 0; i < pairs.size(); ++i) {
+      SCOPED_TRACE("pair " + std::to_string(i));
+      const RecordId dict = d->byHandle(d->record(entities[i]).xdict);
+      const std::vector<DictionaryEntry> entries = dictionaryEntries(*d, dict);
+      ASSERT_EQ(entries.size(), 1u);
+      EXPECT_EQ(entries[0].key, pairs[i].first);
+      EXPECT_EQ(readXrecord(*d, d->byHandle(entries[0].value)), pairs[i].second);
+    }
+  }
+}
+
 // A record given an extension dictionary names it just after its handle and reactors, as
 // CAD programs write it, whether the record is still its file bytes or was changed before.
 TEST(XrecordTest, ExtensionGroupFollowsTheHandleAndTheReactors) {
