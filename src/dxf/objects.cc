@@ -128,6 +128,7 @@ namespace {
 std::string shapeSource(std::wstring_view key, bool cloning_flag,
                         const std::vector<TypedValue>& values) {
   std::string out;
+  out.reserve(256);
   auto put = [&out](const auto& value) {
     out.append(reinterpret_cast<const char*>(&value), sizeof value);
   };

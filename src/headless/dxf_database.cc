@@ -284,17 +284,25 @@ bool DxfDatabase::isValid(ObjectId id) { return toRecord(id) != dxf::kNoRecord; 
 
 std::wstring DxfDatabase::entityClass(ObjectId entity) {
   dxf::RecordId r = toRecord(entity);
-  return r == dxf::kNoRecord ? std::wstring() : hostEntityClass(drawing_, r);
+  if (r == dxf::kNoRecord) return std::wstring();
+  if (const wchar_t* fixed = typeFacts(r).fixed_class) return fixed;
+  return hostEntityClass(drawing_, r);
+}
+
+const DxfDatabase::TypeFacts& DxfDatabase::typeFacts(dxf::RecordId r) {
+  uint16_t type = drawing_.record(r).type;
+  if (type >= type_facts_.size()) type_facts_.resize(type + 1);
+  TypeFacts& facts = type_facts_[type];
+  if (facts.kind == TypeKind::kUnknown) {
+    std::string_view name = drawing_.type(r);
+    facts.kind = headless::isEntityType(name) ? TypeKind::kEntity : TypeKind::kByMarkers;
+    facts.fixed_class = headless::fixedEntityClass(name);
+  }
+  return facts;
 }
 
 bool DxfDatabase::isEntityRecord(dxf::RecordId r) {
-  uint16_t type = drawing_.record(r).type;
-  if (type >= type_kinds_.size()) type_kinds_.resize(type + 1, TypeKind::kUnknown);
-  TypeKind& kind = type_kinds_[type];
-  if (kind == TypeKind::kUnknown) {
-    kind = headless::isEntityType(drawing_.type(r)) ? TypeKind::kEntity : TypeKind::kByMarkers;
-  }
-  return kind == TypeKind::kEntity || headless::isEntityRecord(drawing_, r);
+  return typeFacts(r).kind == TypeKind::kEntity || headless::isEntityRecord(drawing_, r);
 }
 
 bool DxfDatabase::isEntity(ObjectId id) {

@@ -98,7 +98,13 @@ class DxfDatabase : public host::Database, private dxf::DocumentObserver {
   dxf::Document& drawing_;
   std::vector<host::DatabaseReactor*> reactors_;
   enum class TypeKind : uint8_t { kUnknown, kEntity, kByMarkers };
-  std::vector<TypeKind> type_kinds_;  // by dxf::Record::type
+  struct TypeFacts {
+    TypeKind kind = TypeKind::kUnknown;
+    const wchar_t* fixed_class = nullptr;  // headless::fixedEntityClass
+  };
+  // What each structure name says of its records, by dxf::Record::type.
+  const TypeFacts& typeFacts(dxf::RecordId r);
+  std::vector<TypeFacts> type_facts_;
   // Session variables (session_variables.h) set since the drawing was opened; the others
   // keep their initial values.
   std::map<std::string, host::SysVar, std::less<>> session_vars_;

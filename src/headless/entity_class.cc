@@ -77,9 +77,14 @@ std::string_view lastMarkerOfEntity(const dxf::Document& doc, dxf::RecordId id) 
 
 }  // namespace
 
+const wchar_t* fixedEntityClass(std::string_view type) {
+  auto it = fixedClasses().find(type);
+  return it == fixedClasses().end() ? nullptr : it->second;
+}
+
 std::wstring hostEntityClass(const dxf::Document& doc, dxf::RecordId id) {
   std::string_view type = doc.type(id);
-  if (auto it = fixedClasses().find(type); it != fixedClasses().end()) return it->second;
+  if (const wchar_t* fixed = fixedEntityClass(type)) return fixed;
   if (type == "POLYLINE") {
     int64_t flags = doc.intValue(id, 70, 0);
     if (flags & 8) return L"AcDb3dPolyline";
