@@ -209,6 +209,9 @@ class Document {
   // handle and its reactors, where it belongs: the same as insertTags there. Classifying
   // does it to every entity, and only the first few tags are read for it.
   void insertExtensionGroup(RecordId id, Handle dictionary);
+  // Takes the group "102 {ACAD_XDICTIONARY" out of `id`, to its "102 }" or the record's end:
+  // the same as eraseTags over it. Removing records does it to every entity.
+  void cutExtensionGroup(RecordId id);
   // Takes out `count` tags from the tag at `index` on; the same as setTags without them,
   // without rewriting the record when it is its file bytes or they are what was inserted.
   void eraseTags(RecordId id, size_t index, size_t count);

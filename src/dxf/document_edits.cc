@@ -288,6 +288,49 @@ void Document::insertExtensionGroup(RecordId id, Handle dictionary) {
   ++revision_;
 }
 
+void Document::cutExtensionGroup(RecordId id) {
+  size_t begin = SIZE_MAX;
+  size_t end = SIZE_MAX;
+  size_t index = 0;
+  uint32_t begin_at = 0;
+  uint32_t end_at = UINT32_MAX;  // where the tags after the group begin
+  bool common = true;            // before the first subclass marker
+  // The group lies before the first marker, and no tag after it there is one the record's
+  // facts are read from (a handle, another such group): then it holds the only fact that
+  // goes with it, the extension dictionary.
+  bool plain = false;
+  TagScan tags = scan(id);
+  for (auto it = tags.begin(); it != tags.end(); ++it, ++index) {
+    if (index == end) end_at = it.position();
+    const int code = it->code;
+    if (begin == SIZE_MAX) {
+      if (code == 102 && text(*it) == "{ACAD_XDICTIONARY") {
+        begin = index;
+        begin_at = it.position();
+        plain = common;
+      }
+      common = common && code != 100;
+    } else if (end == SIZE_MAX) {
+      if (code == 102 && text(*it) == "}") end = index + 1;
+    } else if (code == 100) {
+      break;
+    } else if (code == 5 || code == 105 || (code == 102 && text(*it) == "{ACAD_XDICTIONARY")) {
+      plain = false;
+    }
+  }
+  const Record& r = entry(id);
+  if (begin == SIZE_MAX || begin + 2 >= r.tag_count) return;
+  if (end == SIZE_MAX || begin == 0 || !plain || r.spliced || !spliceable(r)) {
+    eraseTags(id, begin, (end == SIZE_MAX ? r.tag_count : end) - begin);
+    return;
+  }
+  if (end_at == UINT32_MAX) end_at = r.pos + r.size;
+  splice(id, static_cast<uint32_t>(begin), begin_at - r.pos, static_cast<uint32_t>(end - begin),
+         end_at - begin_at, std::span<const Tag>());
+  entry(id).xdict = 0;
+  ++revision_;
+}
+
 void Document::eraseTags(RecordId id, size_t index, size_t count) {
   if (count == 0) return;
   // A cut from the first tag on would take the structure name: that record is rewritten.

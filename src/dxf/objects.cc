@@ -190,27 +190,6 @@ base::Result<RecordId> attachXrecord(Document& doc, RecordId id, std::wstring_vi
 
 namespace {
 
-// Takes the "{ACAD_XDICTIONARY" group out of `id`, which then names no extension dictionary.
-void cutDictionaryGroup(Document& doc, RecordId id) {
-  // The group, from its opening tag to its closing one (or the record's end).
-  size_t begin = SIZE_MAX;
-  size_t end = 0;
-  size_t index = 0;
-  for (const Tag& tag : doc.scan(id)) {
-    bool marker = tag.code == 102;
-    if (begin == SIZE_MAX && marker && doc.text(tag) == "{ACAD_XDICTIONARY") {
-      begin = index;
-    } else if (begin != SIZE_MAX && marker && doc.text(tag) == "}") {
-      end = index + 1;
-      break;
-    }
-    end = ++index;
-  }
-  if (begin != SIZE_MAX && begin + 2 < doc.record(id).tag_count) {
-    doc.eraseTags(id, begin, end - begin);
-  }
-}
-
 bool holdsEntries(const Document& doc, RecordId dict) {
   bool found = false;
   forEachEntryTag(doc, dict, [&](const Tag&, const Tag&) {
@@ -227,7 +206,7 @@ bool releaseExtensionDictionary(Document& doc, RecordId id) {
   if (h == 0) return false;
   RecordId dict = doc.byHandle(h);
   if (dict != kNoRecord && holdsEntries(doc, dict)) return false;
-  cutDictionaryGroup(doc, id);
+  doc.cutExtensionGroup(id);
   if (dict != kNoRecord) doc.unlink(dict);
   return true;
 }
@@ -245,7 +224,7 @@ void eraseObject(Document& doc, RecordId id) {
       // An extension dictionary and its one XRECORD, made together: nothing else to find.
       RecordId owner_id = doc.byHandle(ownerOf(doc, current));
       if (owner_id != kNoRecord && doc.byHandle(doc.record(owner_id).xdict) == current) {
-        cutDictionaryGroup(doc, owner_id);
+        doc.cutExtensionGroup(owner_id);
       }
       doc.unlink(current);
       doc.unlink(xrecord);
@@ -284,7 +263,7 @@ void eraseObject(Document& doc, RecordId id) {
       dictionaryRemoveObject(doc, owner_id, own);
     } else if (owner_id != kNoRecord && doc.record(owner_id).xdict == own) {
       // An extension dictionary: its object must not go on naming it.
-      cutDictionaryGroup(doc, owner_id);
+      doc.cutExtensionGroup(owner_id);
     }
     doc.unlink(current);
     for (RecordId follower : followers) doc.unlink(follower);

@@ -214,7 +214,8 @@ TEST(XrecordTest, AttachedPairsKeepTheirOwnKeyAndValues) {
 }
 
 // A record given an extension dictionary names it just after its handle and reactors, as
-// CAD programs write it, whether the record is still its file bytes or was changed before.
+// CAD programs write it, and is as it was when the dictionary goes: whether the record is
+// its file bytes, was changed before, or was read with the dictionary from a file.
 TEST(XrecordTest, ExtensionGroupFollowsTheHandleAndTheReactors) {
   for (const std::string before : {"", "102 {ACAD_REACTORS|330 C|102 }|"}) {
     for (bool changed : {false, true}) {
@@ -229,10 +230,6 @@ TEST(XrecordTest, ExtensionGroupFollowsTheHandleAndTheReactors) {
         tags.push_back(doc.makeTag(62, "1"));
         doc.setTags(id, tags);
       }
-      ASSERT_TRUE(attachXrecord(doc, id, L"K", {TypedValue::ofInteger(1)}).isOk());
-      const std::string expected = "0 LINE|5 40|" + before + "102 {ACAD_XDICTIONARY|360 " +
-                                   formatHandle(doc.record(id).xdict) +
-                                   "|102 }|330 1F|100 AcDbEntity|8 0|";
       auto lineTags = [](const Document& d) {
         std::string got;
         for (const Tag& tag : d.scan(d.byHandle(0x40))) {
@@ -240,9 +237,23 @@ TEST(XrecordTest, ExtensionGroupFollowsTheHandleAndTheReactors) {
         }
         return got;
       };
+      const std::string unattached = lineTags(doc);
+      ASSERT_TRUE(attachXrecord(doc, id, L"K", {TypedValue::ofInteger(1)}).isOk());
+      const std::string expected = "0 LINE|5 40|" + before + "102 {ACAD_XDICTIONARY|360 " +
+                                   formatHandle(doc.record(id).xdict) +
+                                   "|102 }|330 1F|100 AcDbEntity|8 0|";
       EXPECT_EQ(lineTags(doc).substr(0, expected.size()), expected);
       EXPECT_EQ(doc.value(id, 8), "0");
-      EXPECT_EQ(lineTags(sample::parse(doc.serialize())), lineTags(doc));
+      // Taken out again, in the drawing and in the one read from what it wrote.
+      Document again = sample::parse(doc.serialize());
+      EXPECT_EQ(lineTags(again), lineTags(doc));
+      for (Document* d : {&doc, &again}) {
+        const RecordId line = d->byHandle(0x40);
+        eraseObject(*d, d->byHandle(d->record(line).xdict));
+        EXPECT_EQ(d->record(line).xdict, 0u);
+        EXPECT_EQ(lineTags(*d), unattached);
+        EXPECT_EQ(lineTags(sample::parse(d->serialize())), unattached);
+      }
     }
   }
 }
