@@ -36,7 +36,10 @@ using catalogue::Diagnostic;
 using catalogue::ParseMessage;
 
 [[noreturn]] void failWith(const std::string& what) {
-  std::fprintf(stderr, "class_file_fuzzer: %s\n", what.c_str());
+  // Names may hold any character, a NUL too: the whole text is written.
+  std::fprintf(stderr, "class_file_fuzzer: ");
+  std::fwrite(what.data(), 1, what.size(), stderr);
+  std::fprintf(stderr, "\n");
   std::abort();
 }
 

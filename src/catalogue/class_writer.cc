@@ -107,7 +107,9 @@ void appendClass(std::wstring_view name, bool enabled, int32_t draw_order, std::
   }
   out += L"\n\tobj_type\t";
   const std::vector<std::wstring>& types = properties.object_types;
-  for (size_t i = 0; i < types.size(); ++i) {
+  // A line that names no type (only commas) is read as such; a lone comma writes it back.
+  if (types.size() == 1 && types.front() == draw::kTypeUndefined) out += L',';
+  for (size_t i = 0; i < types.size() && types.front() != draw::kTypeUndefined; ++i) {
     if (i > 0) out += L", ";
     out += types[i];
   }

@@ -194,6 +194,7 @@ TEST(ClassWriterTest, WrittenClassesReadBackTheSame) {
        "vel_fld\tDEPTH\tDepth\treal\t1\t0.5:8\nvel_fld\tNOTE\tNote\tnotempty character\n"},
       {"a TAB in the name, between bytes that are no UTF-8",
        "obj_name\tM!u\xEF\xBB\xBF\xFF\xFF\\\t\xFF\xFF\x91\x91r\t2\t1\nobj_type\tLine\n"},
+      {"a type line that names no type", "obj_name\tE\t1\t1\nobj_type\t, ,\n"},
       {"TABs in the icon, a description, a default and allowed values",
        "obj_name\tC\t1\t1\tIcons/a\\\tb.png\nobj_type\tLine\nvel_name\tT\nvel_key\tK\n"
        "vel_fld\tF\tTwo\\\tcolumns\tcharacter\tx\\\ty\tx\\\ty,z\n"
