@@ -316,8 +316,8 @@ Handle Document::runHandle(RecordId id) const {
 
 Document::OwnTags Document::unencodedOwnTags(size_t pair) const {
   const auto dictionary = static_cast<RecordId>(kAttachedBase + 2 * pair);
-  return {formatHandle(attachments_[pair].pos), formatHandle(runHandle(dictionary)),
-          formatHandle(runHandle(dictionary + 1))};
+  return {HandleText(attachments_[pair].pos), HandleText(runHandle(dictionary)),
+          HandleText(runHandle(dictionary + 1))};
 }
 
 void Document::encodeOwnTags(size_t pair, const OwnTags& own) const {
@@ -325,7 +325,8 @@ void Document::encodeOwnTags(size_t pair, const OwnTags& own) const {
   auto encodeHead = [](const std::array<TagText, 3>& head, std::string& out) {
     for (size_t i = 1; i < head.size(); ++i) encodeTag(head[i].code, head[i].value, out);
   };
-  std::string out = dictionary_tag_;
+  std::string& out = own_tags_scratch_;
+  out = dictionary_tag_;
   encodeHead(own.dictionaryHead(), out);
   const auto entry_at = static_cast<uint8_t>(out.size());
   encodeTag(own.entry().code, own.entry().value, out);

@@ -14,6 +14,7 @@
 
 #include "base/status.h"
 #include "dxf/codec.h"
+#include "dxf/number_text.h"
 #include "dxf/record_facts.h"
 #include "dxf/tags.h"
 #include "dxf/text_store.h"
@@ -301,13 +302,13 @@ class Document {
   static constexpr uint32_t kOwnXrecordTags = 3;
   // A pair's own tags, with its handles' texts.
   struct OwnTags {
-    std::string owner, dictionary, xrecord;
+    HandleText owner, dictionary, xrecord;
     std::array<TagText, 3> dictionaryHead() const {
-      return {{{0, "DICTIONARY"}, {5, dictionary}, {330, owner}}};
+      return {{{0, "DICTIONARY"}, {5, dictionary.view()}, {330, owner.view()}}};
     }
-    TagText entry() const { return {360, xrecord}; }
+    TagText entry() const { return {360, xrecord.view()}; }
     std::array<TagText, 3> xrecordHead() const {
-      return {{{0, "XRECORD"}, {5, xrecord}, {330, dictionary}}};
+      return {{{0, "XRECORD"}, {5, xrecord.view()}, {330, dictionary.view()}}};
     }
   };
   // The own tags of the pair at `pair` whose own tags are not encoded.
@@ -471,6 +472,7 @@ class Document {
   mutable std::vector<Attachment> attachments_;
   // The encodings of "0 DICTIONARY" and "0 XRECORD", which begin a pair's own tags.
   std::string dictionary_tag_, xrecord_tag_;
+  mutable std::string own_tags_scratch_;  // encodeOwnTags
   std::vector<Shape> shapes_;
   // The shapes made last, by hash of their bytes: pairs made one after another mostly
   // repeat one of a few.

@@ -273,8 +273,8 @@ void Document::insertExtensionGroup(RecordId id, Handle dictionary) {
     }
   }
   if (in_reactors || at >= index) at = index;
-  const std::string handle = formatHandle(dictionary);
-  const TagText group[] = {{102, "{ACAD_XDICTIONARY"}, {360, handle}, {102, "}"}};
+  const HandleText handle(dictionary);
+  const TagText group[] = {{102, "{ACAD_XDICTIONARY"}, {360, handle.view()}, {102, "}"}};
   const Record& r = entry(id);
   if (r.spliced || !spliceable(r) || r.xdict != 0 || at == index) {
     insertTags(id, at, std::span<const TagText>(group));
@@ -499,7 +499,7 @@ RecordId AttachmentBuilder::finish(Handle owner, Handle dictionary, Handle xreco
   if (owner > UINT32_MAX || doc.runHandle(first) != dictionary ||
       doc.runHandle(first + 1) != xrecord) {
     doc.encodeOwnTags(doc.attachments_.size() - 1,
-                      {formatHandle(owner), formatHandle(dictionary), formatHandle(xrecord)});
+                      {HandleText(owner), HandleText(dictionary), HandleText(xrecord)});
   }
   ++doc.revision_;
   doc.notify(first, true);

@@ -21,16 +21,17 @@ std::string formatInt(int64_t value) {
 
 namespace dxf {
 
-std::string formatHandle(uint64_t handle) {
+HandleText::HandleText(uint64_t handle) {
   static constexpr char kHex[] = "0123456789ABCDEF";
-  char buf[16];
-  char* p = buf + sizeof buf;
+  char* p = digits_ + sizeof digits_;
   do {
     *--p = kHex[handle & 15];
     handle >>= 4;
   } while (handle != 0);
-  return std::string(p, buf + sizeof buf);
+  begin_ = static_cast<uint8_t>(p - digits_);
 }
+
+std::string formatHandle(uint64_t handle) { return std::string(HandleText(handle).view()); }
 
 }  // namespace dxf
 

@@ -18,6 +18,16 @@ std::string formatInt(int64_t value);
 namespace dxf {
 // A handle as DXF writes it: upper-case hexadecimal without leading zeros.
 std::string formatHandle(uint64_t handle);
+// The same text kept inline, for handles written by the million.
+class HandleText {
+ public:
+  explicit HandleText(uint64_t handle);
+  std::string_view view() const { return {digits_ + begin_, sizeof digits_ - begin_}; }
+
+ private:
+  char digits_[16];
+  uint8_t begin_;
+};
 // Reads a handle (hexadecimal, blanks around allowed); 0, which names nothing, when the
 // text is not one.
 uint64_t parseHandle(std::string_view text);
