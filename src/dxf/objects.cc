@@ -211,11 +211,69 @@ bool releaseExtensionDictionary(Document& doc, RecordId id) {
   return true;
 }
 
+namespace {
+
+// The XRECORD that the DICTIONARY `dict` holds as its one entry, hard-owned, when nothing
+// else goes with the two (no extension dictionary of either, no followers; the XRECORD
+// owned by the dictionary), and `owner` the dictionary's owner; kNoRecord otherwise. A
+// dictionary's entries and owner are read in one pass: removing records erases one such
+// pair for every entity.
+RecordId loneXrecordOf(const Document& doc, RecordId dict, Handle& owner) {
+  if (doc.type(dict) != "DICTIONARY" || doc.record(dict).xdict != 0) return kNoRecord;
+  owner = 0;
+  bool common = true;  // before the first subclass marker
+  bool in_group = false;
+  Tag key{-1, {}};
+  Tag entry{-1, {}};
+  int entries = 0;
+  for (const Tag& tag : doc.scan(dict)) {
+    if (common) {
+      if (tag.code == 102) {
+        std::string_view t = doc.text(tag);
+        in_group = !t.empty() && t.front() == '{';
+      } else if (tag.code == 330 && !in_group && owner == 0) {
+        owner = parseHandle(doc.text(tag));
+      }
+      common = tag.code != 100;
+    }
+    if (key.code == 3 && (tag.code == 350 || tag.code == 360)) {
+      entry = tag;
+      ++entries;
+    }
+    key = tag;
+  }
+  if (entries != 1 || entry.code != 360) return kNoRecord;
+  const RecordId xrecord = doc.byHandle(parseHandle(doc.text(entry)));
+  if (xrecord == kNoRecord || doc.type(xrecord) != "XRECORD" || doc.record(xrecord).xdict != 0 ||
+      ownerOf(doc, xrecord) != doc.record(dict).handle) {
+    return kNoRecord;
+  }
+  for (RecordId r : {dict, xrecord}) {
+    if (RecordId next = doc.next(r); next != kNoRecord && isFollower(doc.type(next))) {
+      return kNoRecord;
+    }
+  }
+  return xrecord;
+}
+
+}  // namespace
+
 void eraseObject(Document& doc, RecordId id) {
   // The cascade is announced once it is done, owner first.
   ChangeBatch batch(doc);
   std::vector<RecordId> pending = {id};
   std::vector<RecordId> followers;
+  // Takes the object with handle `own` out of what its owner `owner` holds or names.
+  auto leaveOwner = [&doc](Handle own, Handle owner) {
+    RecordId owner_id = owner != 0 ? doc.byHandle(owner) : kNoRecord;
+    if (owner_id != kNoRecord &&
+        (doc.type(owner_id) == "DICTIONARY" || doc.type(owner_id) == "ACDBDICTIONARYWDFLT")) {
+      dictionaryRemoveObject(doc, owner_id, own);
+    } else if (owner_id != kNoRecord && doc.record(owner_id).xdict == own) {
+      // An extension dictionary: its object must not go on naming it.
+      doc.cutExtensionGroup(owner_id);
+    }
+  };
   while (!pending.empty()) {
     RecordId current = pending.back();
     pending.pop_back();
@@ -226,6 +284,13 @@ void eraseObject(Document& doc, RecordId id) {
       if (owner_id != kNoRecord && doc.byHandle(doc.record(owner_id).xdict) == current) {
         doc.cutExtensionGroup(owner_id);
       }
+      doc.unlink(current);
+      doc.unlink(xrecord);
+      continue;
+    }
+    Handle owner = 0;
+    if (RecordId xrecord = loneXrecordOf(doc, current, owner); xrecord != kNoRecord) {
+      leaveOwner(doc.record(current).handle, owner);
       doc.unlink(current);
       doc.unlink(xrecord);
       continue;
@@ -256,15 +321,7 @@ void eraseObject(Document& doc, RecordId id) {
         if (doc.type(next) == "SEQEND") break;
       }
     }
-    Handle owner = ownerOf(doc, current);
-    RecordId owner_id = owner != 0 ? doc.byHandle(owner) : kNoRecord;
-    if (owner_id != kNoRecord &&
-        (doc.type(owner_id) == "DICTIONARY" || doc.type(owner_id) == "ACDBDICTIONARYWDFLT")) {
-      dictionaryRemoveObject(doc, owner_id, own);
-    } else if (owner_id != kNoRecord && doc.record(owner_id).xdict == own) {
-      // An extension dictionary: its object must not go on naming it.
-      doc.cutExtensionGroup(owner_id);
-    }
+    leaveOwner(own, ownerOf(doc, current));
     doc.unlink(current);
     for (RecordId follower : followers) doc.unlink(follower);
   }

@@ -213,6 +213,30 @@ TEST(XrecordTest, AttachedPairsKeepTheirOwnKeyAndValues) {
   }
 }
 
+// An erased extension dictionary takes the XRECORDs it holds with it, one or several, and
+// its object no longer names it: in the drawing, and in one read from what it wrote.
+TEST(XrecordTest, AnErasedDictionaryTakesWhatItHolds) {
+  for (int count : {1, 2}) {
+    SCOPED_TRACE(std::to_string(count) + " XRECORDs");
+    Document doc = sample::parse(sample::drawing());
+    auto dict = ensureExtensionDictionary(doc, doc.byHandle(0x100));
+    ASSERT_TRUE(dict.isOk());
+    std::vector<Handle> held;
+    for (int i = 0; i < count; ++i) {
+      auto xrecord = createXrecord(doc, *dict, L"K" + std::to_wstring(i));
+      ASSERT_TRUE(xrecord.isOk());
+      held.push_back(doc.record(*xrecord).handle);
+    }
+    Document again = sample::parse(doc.serialize());
+    for (Document* d : {&doc, &again}) {
+      const RecordId line = d->byHandle(0x100);
+      eraseObject(*d, d->byHandle(d->record(line).xdict));
+      EXPECT_EQ(d->record(line).xdict, 0u);
+      for (Handle h : held) EXPECT_EQ(d->byHandle(h), kNoRecord);
+    }
+  }
+}
+
 // A record given an extension dictionary names it just after its handle and reactors, as
 // CAD programs write it, and is as it was when the dictionary goes: whether the record is
 // its file bytes, was changed before, or was read with the dictionary from a file.
