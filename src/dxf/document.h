@@ -82,6 +82,8 @@ class DocumentObserver {
   virtual void recordErased(RecordId id) = 0;
 };
 
+// One thread at a time, reads included: the first read of an attached pair's tags writes
+// them (see Attachment).
 class Document {
  public:
   Document() = default;
