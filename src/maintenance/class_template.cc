@@ -13,8 +13,8 @@ namespace maintenance {
 
 namespace {
 
-// Tables other applications keep in the same dictionary.
-constexpr std::wstring_view kForeignTablePrefixes[] = {L"TPMCNTR_", L"TPMDESC_", L"TPMID_",
+// The topology tables another mapping application keeps in the same dictionary.
+constexpr std::wstring_view kTopologyTablePrefixes[] = {L"TPMCNTR_", L"TPMDESC_", L"TPMID_",
                                                        L"TPMLINK_", L"TPMNODE_", L"CNTR_"};
 
 constexpr std::wstring_view kResourceKeywords[] = {
@@ -44,8 +44,8 @@ std::wstring_view valueTypeWord(int type) {
   }
 }
 
-bool isForeignTable(std::wstring_view name) {
-  for (std::wstring_view prefix : kForeignTablePrefixes) {
+bool isTopologyTable(std::wstring_view name) {
+  for (std::wstring_view prefix : kTopologyTablePrefixes) {
     if (name.starts_with(prefix)) return true;
   }
   return false;
@@ -145,7 +145,7 @@ void TemplateWriter::finish(std::wstring_view drawing_path,
 
   std::wstring tail;
   for (const StoredTableOutline& table : tables) {
-    if (isForeignTable(table.name)) continue;
+    if (isTopologyTable(table.name)) continue;
     tail += L"\n#vel_name\t";
     tail += table.name;
     tail += L'\n';

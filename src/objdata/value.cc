@@ -176,13 +176,4 @@ int findField(const std::vector<FieldValue>& fields, std::wstring_view name) {
   return -1;
 }
 
-bool isTopologyTable(std::wstring_view name) {
-  static constexpr std::wstring_view kPrefixes[] = {L"TPMCNTR_", L"TPMDESC_", L"TPMID_",
-                                                    L"TPMLINK_", L"TPMNODE_", L"CNTR_"};
-  for (std::wstring_view prefix : kPrefixes) {
-    if (name.starts_with(prefix)) return true;
-  }
-  return false;
-}
-
 }  // namespace objdata

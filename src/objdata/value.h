@@ -68,7 +68,4 @@ Point asPoint(const Value& value);
 // Index of the first field named `name` (compared without regard to case), or -1.
 int findField(const std::vector<FieldValue>& fields, std::wstring_view name);
 
-// True for the tables of another mapping application's topology, which table walks skip.
-bool isTopologyTable(std::wstring_view name);
-
 }  // namespace objdata
