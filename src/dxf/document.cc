@@ -240,12 +240,17 @@ void Document::flushNotices() {
   std::vector<std::pair<RecordId, bool>> notices;
   notices.swap(notices_);
   for (auto [id, added] : notices) {
-    if (observer_ == nullptr) return;
+    if (observer_ == nullptr) break;
     if (added) {
       observer_->recordAdded(id);
     } else {
       observer_->recordErased(id);
     }
+  }
+  // The list's room serves the next batch: edits open one for every object they change.
+  if (notices_.empty()) {
+    notices.clear();
+    notices_.swap(notices);
   }
 }
 

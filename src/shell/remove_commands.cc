@@ -48,9 +48,10 @@ void removeAllCommand(CommandContext& context) {
   objdata::Classifier& classifier = run.classifier();
   objdata::TableDirectory& tables = classifier.tables();
   int deleted = 0;
-  objdata::TableRecord record;  // its buffers serve every record read
+  // Their buffers serve every entity and record read.
+  objdata::TableRecord record;
+  objdata::RecordCursor cursor;
   for (host::ObjectId id : *candidates) {
-    objdata::RecordCursor cursor;
     if (objdata::openCursor(tables, cursor, id) != objdata::kStatusOk) continue;
     while (!objdata::cursorDone(cursor)) {
       if (objdata::readRecord(tables, cursor, record) == objdata::kStatusOk &&
