@@ -215,35 +215,45 @@ namespace {
 
 // The XRECORD that the DICTIONARY `dict` holds as its one entry, hard-owned, when nothing
 // else goes with the two (no extension dictionary of either, no followers; the XRECORD
-// owned by the dictionary), and `owner` the dictionary's owner; kNoRecord otherwise. A
-// dictionary's entries and owner are read in one pass: removing records erases one such
-// pair for every entity.
-RecordId loneXrecordOf(const Document& doc, RecordId dict, Handle& owner) {
+// owned by the dictionary), and `owner` the dictionary's owner; kNoRecord otherwise.
+// `entries`, when given, are the dictionary's as dictionaryEntries read them; otherwise its
+// entries and owner are read in one pass. Removing records erases one such pair for every
+// entity.
+RecordId loneXrecordOf(const Document& doc, RecordId dict, Handle& owner,
+                       const std::span<const DictionaryEntry>* entries) {
   if (doc.type(dict) != "DICTIONARY" || doc.record(dict).xdict != 0) return kNoRecord;
-  owner = 0;
-  bool common = true;  // before the first subclass marker
-  bool in_group = false;
-  Tag key{-1, {}};
-  Tag entry{-1, {}};
-  int entries = 0;
-  for (const Tag& tag : doc.scan(dict)) {
-    if (common) {
-      if (tag.code == 102) {
-        std::string_view t = doc.text(tag);
-        in_group = !t.empty() && t.front() == '{';
-      } else if (tag.code == 330 && !in_group && owner == 0) {
-        owner = parseHandle(doc.text(tag));
+  Handle only = 0;
+  if (entries) {
+    if (entries->size() != 1 || !entries->front().hard_owner) return kNoRecord;
+    only = entries->front().value;
+    owner = ownerOf(doc, dict);
+  } else {
+    owner = 0;
+    bool common = true;  // before the first subclass marker
+    bool in_group = false;
+    Tag key{-1, {}};
+    Tag entry{-1, {}};
+    int count = 0;
+    for (const Tag& tag : doc.scan(dict)) {
+      if (common) {
+        if (tag.code == 102) {
+          std::string_view t = doc.text(tag);
+          in_group = !t.empty() && t.front() == '{';
+        } else if (tag.code == 330 && !in_group && owner == 0) {
+          owner = parseHandle(doc.text(tag));
+        }
+        common = tag.code != 100;
       }
-      common = tag.code != 100;
+      if (key.code == 3 && (tag.code == 350 || tag.code == 360)) {
+        entry = tag;
+        ++count;
+      }
+      key = tag;
     }
-    if (key.code == 3 && (tag.code == 350 || tag.code == 360)) {
-      entry = tag;
-      ++entries;
-    }
-    key = tag;
+    if (count != 1 || entry.code != 360) return kNoRecord;
+    only = parseHandle(doc.text(entry));
   }
-  if (entries != 1 || entry.code != 360) return kNoRecord;
-  const RecordId xrecord = doc.byHandle(parseHandle(doc.text(entry)));
+  const RecordId xrecord = doc.byHandle(only);
   if (xrecord == kNoRecord || doc.type(xrecord) != "XRECORD" || doc.record(xrecord).xdict != 0 ||
       ownerOf(doc, xrecord) != doc.record(dict).handle) {
     return kNoRecord;
@@ -256,9 +266,8 @@ RecordId loneXrecordOf(const Document& doc, RecordId dict, Handle& owner) {
   return xrecord;
 }
 
-}  // namespace
-
-void eraseObject(Document& doc, RecordId id) {
+// eraseObject, with the entries of `id` when the caller read them.
+void eraseObjectAs(Document& doc, RecordId id, const std::span<const DictionaryEntry>* entries) {
   // The cascade is announced once it is done, owner first.
   ChangeBatch batch(doc);
   std::vector<RecordId> pending = {id};
@@ -289,7 +298,8 @@ void eraseObject(Document& doc, RecordId id) {
       continue;
     }
     Handle owner = 0;
-    if (RecordId xrecord = loneXrecordOf(doc, current, owner); xrecord != kNoRecord) {
+    if (RecordId xrecord = loneXrecordOf(doc, current, owner, current == id ? entries : nullptr);
+        xrecord != kNoRecord) {
       leaveOwner(doc.record(current).handle, owner);
       doc.unlink(current);
       doc.unlink(xrecord);
@@ -325,6 +335,14 @@ void eraseObject(Document& doc, RecordId id) {
     doc.unlink(current);
     for (RecordId follower : followers) doc.unlink(follower);
   }
+}
+
+}  // namespace
+
+void eraseObject(Document& doc, RecordId id) { eraseObjectAs(doc, id, nullptr); }
+
+void eraseObject(Document& doc, RecordId id, std::span<const DictionaryEntry> entries) {
+  eraseObjectAs(doc, id, &entries);
 }
 
 }  // namespace dxf

@@ -5,6 +5,7 @@
 #include <string_view>
 
 #include "base/status.h"
+#include "dxf/dictionary.h"
 #include "dxf/document.h"
 #include "dxf/xrecord.h"
 
@@ -35,6 +36,9 @@ base::Result<RecordId> appendObject(Document& doc, std::vector<Tag> tags, Handle
 // dictionary, and the ATTRIB / VERTEX / SEQEND records that follow an entity. An object
 // that a dictionary lists is also taken out of that dictionary.
 void eraseObject(Document& doc, RecordId id);
+// The same for a DICTIONARY whose entries the caller has just read with dictionaryEntries
+// (keys aside), unchanged since: they are not read again.
+void eraseObject(Document& doc, RecordId id, std::span<const DictionaryEntry> entries);
 
 // The error for storing objects in a drawing that cannot hold them.
 base::Status requireObjects(const Document& doc);

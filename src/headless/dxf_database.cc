@@ -99,6 +99,7 @@ Status DxfDatabase::dictionaryEntriesInto(ObjectId dict,
   auto d = dictionaryRecord(dict);
   if (!d) return d.status();
   dxf::dictionaryEntries(drawing_, *d, entries_scratch_);
+  entries_read_ = {*d, drawing_.revision()};
   size_t count = 0;
   for (dxf::DictionaryEntry& entry : entries_scratch_) {
     dxf::RecordId r = drawing_.byHandle(entry.value);
@@ -276,7 +277,12 @@ Status DxfDatabase::erase(ObjectId object) {
   if (*r == dxf::namedObjectsDictionary(drawing_)) {
     return Status::invalid("the named-objects dictionary cannot be erased");
   }
-  dxf::eraseObject(drawing_, *r);
+  if (entries_read_ == std::pair(*r, drawing_.revision())) {
+    // A walk erases the dictionary whose entries it read just before: not read again.
+    dxf::eraseObject(drawing_, *r, entries_scratch_);
+  } else {
+    dxf::eraseObject(drawing_, *r);
+  }
   return Status::ok();
 }
 

@@ -113,6 +113,8 @@ class DxfDatabase : public host::Database, private dxf::DocumentObserver {
   // Reused by the reads that walks repeat for every object.
   std::vector<dxf::TypedValue> values_scratch_;
   std::vector<dxf::DictionaryEntry> entries_scratch_;
+  // The dictionary entries_scratch_ holds the entries of, and the drawing's revision then.
+  std::pair<dxf::RecordId, uint64_t> entries_read_{dxf::kNoRecord, 0};
   std::vector<dxf::Tag> tags_scratch_;
   // The entity whose properties were read last, as of the drawing's revision then, and its
   // tags once a second property was read: commands read several of an entity in a row.

@@ -214,25 +214,34 @@ TEST(XrecordTest, AttachedPairsKeepTheirOwnKeyAndValues) {
 }
 
 // An erased extension dictionary takes the XRECORDs it holds with it, one or several, and
-// its object no longer names it: in the drawing, and in one read from what it wrote.
+// its object no longer names it: in the drawing, in one read from what it wrote, and when
+// the caller read its entries just before.
 TEST(XrecordTest, AnErasedDictionaryTakesWhatItHolds) {
   for (int count : {1, 2}) {
-    SCOPED_TRACE(std::to_string(count) + " XRECORDs");
-    Document doc = sample::parse(sample::drawing());
-    auto dict = ensureExtensionDictionary(doc, doc.byHandle(0x100));
-    ASSERT_TRUE(dict.isOk());
-    std::vector<Handle> held;
-    for (int i = 0; i < count; ++i) {
-      auto xrecord = createXrecord(doc, *dict, L"K" + std::to_wstring(i));
-      ASSERT_TRUE(xrecord.isOk());
-      held.push_back(doc.record(*xrecord).handle);
-    }
-    Document again = sample::parse(doc.serialize());
-    for (Document* d : {&doc, &again}) {
-      const RecordId line = d->byHandle(0x100);
-      eraseObject(*d, d->byHandle(d->record(line).xdict));
-      EXPECT_EQ(d->record(line).xdict, 0u);
-      for (Handle h : held) EXPECT_EQ(d->byHandle(h), kNoRecord);
+    for (bool reloaded : {false, true}) {
+      for (bool entries_read : {false, true}) {
+        SCOPED_TRACE(std::to_string(count) + " XRECORDs" + (reloaded ? ", reloaded" : "") +
+                     (entries_read ? ", entries read" : ""));
+        Document doc = sample::parse(sample::drawing());
+        auto dict = ensureExtensionDictionary(doc, doc.byHandle(0x100));
+        ASSERT_TRUE(dict.isOk());
+        std::vector<Handle> held;
+        for (int i = 0; i < count; ++i) {
+          auto xrecord = createXrecord(doc, *dict, L"K" + std::to_wstring(i));
+          ASSERT_TRUE(xrecord.isOk());
+          held.push_back(doc.record(*xrecord).handle);
+        }
+        if (reloaded) doc = sample::parse(doc.serialize());
+        const RecordId line = doc.byHandle(0x100);
+        const RecordId erased = doc.byHandle(doc.record(line).xdict);
+        if (entries_read) {
+          eraseObject(doc, erased, dictionaryEntries(doc, erased));
+        } else {
+          eraseObject(doc, erased);
+        }
+        EXPECT_EQ(doc.record(line).xdict, 0u);
+        for (Handle h : held) EXPECT_EQ(doc.byHandle(h), kNoRecord);
+      }
     }
   }
 }

@@ -123,6 +123,15 @@ TEST_P(HostContractTest, EraseAnnouncesEveryObjectOfTheCascadeOwnerFirstOnceAllA
   ASSERT_TRUE(db().erase(other_xdict));
   EXPECT_EQ(*db().extensionDictionary(other), ObjectId{});
   EXPECT_TRUE(db().isValid(other));
+  // Its entries read, then one more made: both go with it.
+  ObjectId third_xdict = *db().createExtensionDictionary(other);
+  ObjectId first_row = *db().createXrecord(third_xdict, L"A");
+  ASSERT_EQ(db().dictionaryEntries(third_xdict)->size(), 1u);
+  ObjectId second_row = *db().createXrecord(third_xdict, L"B");
+  ASSERT_TRUE(db().erase(third_xdict));
+  EXPECT_FALSE(db().isValid(first_row));
+  EXPECT_FALSE(db().isValid(second_row));
+  EXPECT_EQ(*db().extensionDictionary(other), ObjectId{});
   db().removeReactor(&log);
 }
 
