@@ -349,12 +349,8 @@ void Document::encodeOwnTags(size_t pair, const OwnTags& own) const {
 TagSegment Document::shapePart(const Shape& shape, bool dictionary) const {
   const uint32_t begin = dictionary ? 0 : shape.dictionary_size;
   const uint32_t end = dictionary ? shape.dictionary_size : shape.size;
-  return {text_.view({shape.pos + begin, end - begin}).data(),
-          shape.pos + begin,
-          end - begin,
-          dictionary ? kShapeDictionaryTags : shape.xrecord_tags,
-          false,
-          shared_};
+  return encodedSegment(shape.pos + begin, end - begin,
+                        dictionary ? kShapeDictionaryTags : shape.xrecord_tags);
 }
 
 TagSource Document::attachedSource(size_t k) const {
@@ -362,12 +358,7 @@ TagSource Document::attachedSource(size_t k) const {
   const Attachment& a = attachments_[k / 2];
   // Tags [begin, end) of the pair's own tags.
   auto own = [&](uint32_t begin, uint32_t end, uint32_t count) {
-    return TagSegment{text_.view({a.pos + begin, end - begin}).data(),
-                      a.pos + begin,
-                      end - begin,
-                      count,
-                      false,
-                      shared_};
+    return encodedSegment(a.pos + begin, end - begin, count);
   };
   const Shape& shape = shapes_[a.shape];
   TagSource source;
@@ -386,10 +377,9 @@ TagSource Document::attachedSource(size_t k) const {
 
 Record Document::attachedRecord(RecordId id) const {
   Record r = attachedEntry(id);
-  if (r.handle == 0 && attachments_[(id - kAttachedBase) / 2].size == 0) {
-    r.handle = runHandle(id);
-  } else if (r.handle == 0) {
-    // The handle follows the code 0 tag in the record's own tags.
+  if (r.handle == 0) r.handle = runHandle(id);
+  if (r.handle == 0) {
+    // Not in a run: the handle follows the code 0 tag in the record's own tags.
     TagScan::iterator it(attachedSource(id - kAttachedBase));
     if (++it, it->code == 5) r.handle = parseHandle(text(*it));
   }

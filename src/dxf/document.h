@@ -270,8 +270,11 @@ class Document {
     if (!r.changed && format_ == Format::kAscii) {
       return TagScan(TagSource({raw_.data() + r.pos, r.pos, r.size, r.tag_count, true, {}}));
     }
-    return TagScan(TagSource(
-        {text_.view({r.pos, r.size}).data(), r.pos, r.size, r.tag_count, false, shared_}));
+    return TagScan(TagSource(encodedSegment(r.pos, r.size, r.tag_count)));
+  }
+  // The `count` encoded tags at [pos, pos + size) of the text store.
+  TagSegment encodedSegment(uint32_t pos, uint32_t size, uint32_t count) const {
+    return {text_.view({pos, size}).data(), pos, size, count, false, shared_};
   }
 
   // An extension dictionary and its XRECORD made together. Their own tags are

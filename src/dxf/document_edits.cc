@@ -109,9 +109,8 @@ TagSource Document::splicedSource(const Record& r, std::string_view* file, uint3
   source.part_count = 3;
   const char* raw = raw_.data() + h.raw_begin;
   source.parts[0] = {raw, h.raw_begin, h.offset, h.first, true, {}};
-  source.parts[1] = {text_.view({r.pos, r.size}).data() + h.header_size, r.pos + h.header_size,
-                     r.size - h.header_size, r.tag_count > kept ? r.tag_count - kept : 0, false,
-                     shared_};
+  source.parts[1] = encodedSegment(r.pos + h.header_size, r.size - h.header_size,
+                                   r.tag_count > kept ? r.tag_count - kept : 0);
   source.parts[2] = {raw + h.resume, h.raw_begin + h.resume, h.raw_size - h.resume,
                      kept - h.first, true, {}};
   return source;

@@ -215,45 +215,26 @@ namespace {
 
 // The XRECORD that the DICTIONARY `dict` holds as its one entry, hard-owned, when nothing
 // else goes with the two (no extension dictionary of either, no followers; the XRECORD
-// owned by the dictionary), and `owner` the dictionary's owner; kNoRecord otherwise.
-// `entries`, when given, are the dictionary's as dictionaryEntries read them; otherwise its
-// entries and owner are read in one pass. Removing records erases one such pair for every
-// entity.
-RecordId loneXrecordOf(const Document& doc, RecordId dict, Handle& owner,
+// owned by the dictionary); kNoRecord otherwise. `entries`, when given, are the
+// dictionary's as dictionaryEntries read them, and are not read again: removing records
+// reads and then erases one such dictionary for every entity.
+RecordId loneXrecordOf(const Document& doc, RecordId dict,
                        const std::span<const DictionaryEntry>* entries) {
   if (doc.type(dict) != "DICTIONARY" || doc.record(dict).xdict != 0) return kNoRecord;
-  Handle only = 0;
+  Tag only{-1, {}};
+  size_t count = 0;
   if (entries) {
-    if (entries->size() != 1 || !entries->front().hard_owner) return kNoRecord;
-    only = entries->front().value;
-    owner = ownerOf(doc, dict);
+    count = entries->size();
+    if (count == 1 && entries->front().hard_owner) only.code = 360;
   } else {
-    owner = 0;
-    bool common = true;  // before the first subclass marker
-    bool in_group = false;
-    Tag key{-1, {}};
-    Tag entry{-1, {}};
-    int count = 0;
-    for (const Tag& tag : doc.scan(dict)) {
-      if (common) {
-        if (tag.code == 102) {
-          std::string_view t = doc.text(tag);
-          in_group = !t.empty() && t.front() == '{';
-        } else if (tag.code == 330 && !in_group && owner == 0) {
-          owner = parseHandle(doc.text(tag));
-        }
-        common = tag.code != 100;
-      }
-      if (key.code == 3 && (tag.code == 350 || tag.code == 360)) {
-        entry = tag;
-        ++count;
-      }
-      key = tag;
-    }
-    if (count != 1 || entry.code != 360) return kNoRecord;
-    only = parseHandle(doc.text(entry));
+    forEachEntryTag(doc, dict, [&](const Tag&, const Tag& value) {
+      only = value;
+      return ++count < 2;
+    });
   }
-  const RecordId xrecord = doc.byHandle(only);
+  if (count != 1 || only.code != 360) return kNoRecord;
+  const RecordId xrecord =
+      doc.byHandle(entries ? entries->front().value : parseHandle(doc.text(only)));
   if (xrecord == kNoRecord || doc.type(xrecord) != "XRECORD" || doc.record(xrecord).xdict != 0 ||
       ownerOf(doc, xrecord) != doc.record(dict).handle) {
     return kNoRecord;
@@ -287,20 +268,12 @@ void eraseObjectAs(Document& doc, RecordId id, const std::span<const DictionaryE
     RecordId current = pending.back();
     pending.pop_back();
     if (!doc.exists(current)) continue;
-    if (RecordId xrecord = doc.attachedXrecordOf(current); xrecord != kNoRecord) {
-      // An extension dictionary and its one XRECORD, made together: nothing else to find.
-      RecordId owner_id = doc.byHandle(ownerOf(doc, current));
-      if (owner_id != kNoRecord && doc.byHandle(doc.record(owner_id).xdict) == current) {
-        doc.cutExtensionGroup(owner_id);
-      }
-      doc.unlink(current);
-      doc.unlink(xrecord);
-      continue;
-    }
-    Handle owner = 0;
-    if (RecordId xrecord = loneXrecordOf(doc, current, owner, current == id ? entries : nullptr);
-        xrecord != kNoRecord) {
-      leaveOwner(doc.record(current).handle, owner);
+    // A dictionary and its one XRECORD, made together or alone: nothing else goes with them.
+    RecordId xrecord = doc.attachedXrecordOf(current);
+    if (xrecord == kNoRecord)
+      xrecord = loneXrecordOf(doc, current, current == id ? entries : nullptr);
+    if (xrecord != kNoRecord) {
+      leaveOwner(doc.record(current).handle, ownerOf(doc, current));
       doc.unlink(current);
       doc.unlink(xrecord);
       continue;

@@ -15,7 +15,7 @@ namespace {
 
 // The topology tables another mapping application keeps in the same dictionary.
 constexpr std::wstring_view kTopologyTablePrefixes[] = {L"TPMCNTR_", L"TPMDESC_", L"TPMID_",
-                                                       L"TPMLINK_", L"TPMNODE_", L"CNTR_"};
+                                                        L"TPMLINK_", L"TPMNODE_", L"CNTR_"};
 
 constexpr std::wstring_view kResourceKeywords[] = {
     L"BlockReference", L"BlockReferenceFile", L"Dimension", L"Layer",
