@@ -561,36 +561,6 @@ class RecordBuilder {
   uint32_t count_ = 0;
 };
 
-// Makes an object's extension dictionary holding one XRECORD, hard-owned under `key`, as an
-// attached record pair (see Document::isAttached), encoding each value as it comes. One at
-// a time per drawing.
-class AttachmentBuilder {
- public:
-  explicit AttachmentBuilder(Document& doc) : doc_(doc) {}
-  AttachmentBuilder(const AttachmentBuilder&) = delete;
-  AttachmentBuilder& operator=(const AttachmentBuilder&) = delete;
-
-  // `source`: the caller's own bytes for the key, the cloning flag and the values. When the
-  // pair made last came from the same, this one takes its shape as it is (true), and begin
-  // and add are not called. Classifying attaches the same defaults to entity after entity.
-  bool reuseShape(std::string_view source);
-  // `key` is the entry's name as the file writes it; `cloning_flag` gives the XRECORD the
-  // duplicate record cloning flag (280 1) that drawings from R2000 on write.
-  AttachmentBuilder& begin(std::string_view key, bool cloning_flag);
-  // The XRECORD's values, in order.
-  AttachmentBuilder& add(int code, std::string_view value);
-  // Makes both for the object with handle `owner`, with handles `dictionary` and `xrecord`,
-  // and announces them in that order; returns the XRECORD's id.
-  RecordId finish(Handle owner, Handle dictionary, Handle xrecord);
-
- private:
-  Document& doc_;
-  uint32_t xrecord_tags_ = 0;
-  uint32_t dictionary_size_ = 0;
-  uint32_t shape_ = UINT32_MAX;                    // the shape reused
-  Document::ShapeSource* source_noted_ = nullptr;  // where reuseShape noted the source
-};
-
 // While one lives, the drawing's observer is told nothing; when the outermost ends, it is
 // told every change in order. Operations that add or erase several records open one, so
 // that nothing is announced before the whole change is done.

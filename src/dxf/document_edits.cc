@@ -1,7 +1,6 @@
 // How a record's tags are kept when they change: made values, encodings, splices into the
 // file's bytes, and rewrites in place.
 #include <algorithm>
-#include <functional>
 
 #include "dxf/document.h"
 #include "dxf/number_text.h"
@@ -421,89 +420,6 @@ RecordId Document::newRecord(std::span<const Tag> tags) {
   records_[id].erased = true;  // until linked
   setTags(id, tags);
   return id;
-}
-
-bool AttachmentBuilder::reuseShape(std::string_view source) {
-  auto& cache = doc_.shape_sources_;
-  if (cache.empty()) cache.resize(Document::kShapeSourceCacheSize);
-  Document::ShapeSource& slot =
-      cache[std::hash<std::string_view>()(source) % Document::kShapeSourceCacheSize];
-  if (slot.shape != UINT32_MAX && slot.source == source) {
-    shape_ = slot.shape;
-    return true;
-  }
-  slot.source.assign(source);
-  slot.shape = UINT32_MAX;
-  source_noted_ = &slot;
-  return false;
-}
-
-AttachmentBuilder& AttachmentBuilder::begin(std::string_view key, bool cloning_flag) {
-  std::string& out = doc_.builder_scratch_;
-  out.clear();
-  doc_.encodeOne(100, "AcDbDictionary", out);
-  // Extension dictionaries own their entries (280 1), which are therefore 360s.
-  doc_.encodeOne(280, "1", out);
-  doc_.encodeOne(281, "1", out);
-  doc_.encodeOne(3, key, out);
-  dictionary_size_ = static_cast<uint32_t>(out.size());
-  doc_.encodeOne(100, "AcDbXrecord", out);
-  xrecord_tags_ = 1;
-  if (cloning_flag) add(280, "1");
-  return *this;
-}
-
-AttachmentBuilder& AttachmentBuilder::add(int code, std::string_view value) {
-  ++xrecord_tags_;
-  doc_.encodeOne(code, value, doc_.builder_scratch_);
-  return *this;
-}
-
-RecordId AttachmentBuilder::finish(Handle owner, Handle dictionary, Handle xrecord) {
-  Document& doc = doc_;
-  if (doc.dictionary_type_ == 0) {
-    doc.dictionary_type_ = doc.internType("DICTIONARY");
-    doc.xrecord_type_ = doc.internType("XRECORD");
-  }
-  // The shape: the one reused, one made before with the same bytes, or a new one.
-  if (shape_ == UINT32_MAX) {
-    const std::string_view shared = doc.builder_scratch_;
-    if (doc.shape_cache_.empty()) {
-      doc.shape_cache_.assign(Document::kShapeCacheSize, UINT32_MAX);
-    }
-    uint32_t& cached =
-        doc.shape_cache_[std::hash<std::string_view>()(shared) % Document::kShapeCacheSize];
-    // Equal bytes are equal tags, split alike: the dictionary's part is its first four.
-    if (cached >= doc.shapes_.size() ||
-        doc.text_.view({doc.shapes_[cached].pos, doc.shapes_[cached].size}) != shared) {
-      TextRef made = doc.text_.add(shared, TextStore::Lane::kEncodings);
-      doc.shapes_.push_back({made.pos, made.len, dictionary_size_, xrecord_tags_});
-      cached = static_cast<uint32_t>(doc.shapes_.size() - 1);
-    }
-    shape_ = cached;
-    if (source_noted_) source_noted_->shape = cached;
-  }
-  if (doc.dictionary_tag_.empty()) {
-    doc.encodeOne(0, "DICTIONARY", doc.dictionary_tag_);
-    doc.encodeOne(0, "XRECORD", doc.xrecord_tag_);
-  }
-  // Classifying gives most objects a pair: room for one each costs address space only, and
-  // spares copying the list as it grows.
-  if (doc.attachments_.capacity() == 0) doc.attachments_.reserve(doc.records_.size());
-  doc.attachments_.push_back({static_cast<uint32_t>(owner), shape_, 0, 0, 0, 0});
-  const auto first = static_cast<RecordId>(kAttachedBase + 2 * (doc.attachments_.size() - 1));
-  doc.indexAttachedHandle(first, dictionary);
-  doc.indexAttachedHandle(first + 1, xrecord);
-  // Its own tags wait until read, when the row and the runs can give them back.
-  if (owner > UINT32_MAX || doc.runHandle(first) != dictionary ||
-      doc.runHandle(first + 1) != xrecord) {
-    doc.encodeOwnTags(doc.attachments_.size() - 1,
-                      {HandleText(owner), HandleText(dictionary), HandleText(xrecord)});
-  }
-  ++doc.revision_;
-  doc.notify(first, true);
-  doc.notify(first + 1, true);
-  return first + 1;
 }
 
 }  // namespace dxf

@@ -2,6 +2,7 @@
 
 #include <charconv>
 
+#include "dxf/attachment_builder.h"
 #include "dxf/dictionary.h"
 #include "dxf/number_text.h"
 #include "dxf/record_edit.h"
