@@ -79,19 +79,7 @@ void TagList::assign(const Tag* tags, size_t count) {
   size_ = static_cast<uint32_t>(count);
 }
 
-void encodeVarint(uint32_t value, std::string& out) {
-  // Appended at once: a byte at a time costs a capacity check each.
-  char bytes[5];
-  size_t n = 0;
-  while (value >= 0x80) {
-    bytes[n++] = static_cast<char>((value & 0x7F) | 0x80);
-    value >>= 7;
-  }
-  bytes[n++] = static_cast<char>(value);
-  out.append(bytes, n);
-}
-
-uint32_t decodeVarint(const char*& at, const char* end) {
+uint32_t decodeLongVarint(const char*& at, const char* end) {
   uint32_t value = 0;
   for (int shift = 0; at < end && shift < 35; shift += 7) {
     auto byte = static_cast<unsigned char>(*at++);

@@ -200,7 +200,27 @@ void encodeTag(int code, std::string_view value, std::string& out);
 // index plus one (LEB128).
 void encodeSharedTag(int code, uint32_t index, std::string& out);
 // Appends `value` in LEB128 / reads it from [at, end), advancing `at` (0 when cut short).
-void encodeVarint(uint32_t value, std::string& out);
-uint32_t decodeVarint(const char*& at, const char* end);
+// Inline: edits encode several small numbers a tag, most of them one byte.
+inline void encodeVarint(uint32_t value, std::string& out) {
+  if (value < 0x80) {
+    out.push_back(static_cast<char>(value));
+    return;
+  }
+  char bytes[5];
+  size_t n = 0;
+  while (value >= 0x80) {
+    bytes[n++] = static_cast<char>((value & 0x7F) | 0x80);
+    value >>= 7;
+  }
+  bytes[n++] = static_cast<char>(value);
+  out.append(bytes, n);
+}
+uint32_t decodeLongVarint(const char*& at, const char* end);
+inline uint32_t decodeVarint(const char*& at, const char* end) {
+  if (at < end && static_cast<unsigned char>(*at) < 0x80) {
+    return static_cast<unsigned char>(*at++);
+  }
+  return decodeLongVarint(at, end);
+}
 
 }  // namespace dxf
