@@ -305,7 +305,8 @@ EntityConformity::EntityConformity(host::Database& database, int precision)
 
 void EntityConformity::reset(host::ObjectId entity) {
   entity_ = entity;
-  type_ = objectTypeNameOfClass(database_.entityClass(entity));
+  database_.entityClassInto(entity, host_class_);
+  type_ = objectTypeNameOfClass(host_class_);
   matcher_->reset(entity);
 }
 

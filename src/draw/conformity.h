@@ -44,6 +44,7 @@ class EntityConformity {
   host::Database& database_;
   host::ObjectId entity_;
   std::wstring_view type_;  // one of the type names' constants
+  std::wstring host_class_;  // read into entity after entity
   std::unique_ptr<Matcher> matcher_;
 };
 

@@ -305,6 +305,7 @@ struct DefinitionReader::State {
   host::Database& database;
   WrittenReals written;
   host::PropertyValue value;
+  std::wstring host_class;
   std::string key;
 };
 
@@ -316,7 +317,8 @@ DefinitionReader::~DefinitionReader() = default;
 const std::string& DefinitionReader::kindKey(host::ObjectId entity) {
   State& s = *state_;
   s.key.clear();
-  std::wstring_view type = objectTypeNameOfClass(s.database.entityClass(entity));
+  s.database.entityClassInto(entity, s.host_class);
+  std::wstring_view type = objectTypeNameOfClass(s.host_class);
   KeySink sink(s.key);
   sink.value(type);
   if (!type.empty()) readDefinition(s.database, entity, type, s.written, s.value, sink);

@@ -84,46 +84,50 @@ std::optional<std::string_view> Document::knownLayer(RecordId id) const {
   return value;
 }
 
-std::optional<Tag> Document::findInEntityGroup(RecordId id, int code, bool& known) const {
-  known = false;
-  if (isAttached(id)) return std::nullopt;
+bool Document::findInEntityGroup(RecordId id, std::span<const int> codes,
+                                 std::span<std::optional<Tag>> found) const {
+  for (std::optional<Tag>& tag : found) tag.reset();
+  if (isAttached(id)) return false;
   const Record& r = records_[id];
-  if (!r.layer_opens_group || format_ != Format::kAscii) return std::nullopt;
+  if (!r.layer_opens_group || format_ != Format::kAscii) return false;
   std::string_view file;
   if (r.spliced) {
     // The tags from the layer on must be the file's own, a replaced run before them.
     SpliceHeader h = spliceHeader(r);
-    if (r.layer_at < h.resume) return std::nullopt;
+    if (r.layer_at < h.resume) return false;
     file = std::string_view(raw_).substr(h.raw_begin, h.raw_size);
   } else {
     file = keptFileBytes(r);
   }
-  if (r.layer_at >= file.size()) return std::nullopt;
+  if (r.layer_at >= file.size()) return false;
   const char* at = file.data() + r.layer_at;
   const char* end = file.data() + file.size();
   // The tags after the layer's value line.
   const char* nl = static_cast<const char*>(std::memchr(at, '\n', static_cast<size_t>(end - at)));
   at = nl ? nl + 1 : end;
   bool in_app_group = false;
-  while (at < end) {
+  size_t missing = codes.size();
+  while (at < end && missing > 0) {
     AsciiTag read = readAsciiTag(at, end);
     at = read.next;
     const int tag_code = read.code;
-    const char* value = read.value;
-    const char* value_end = read.value_end;
     // The group ends at the next subclass marker or where the extended data begins.
     if (tag_code == 100 || tag_code == 101 || tag_code >= 1000) break;
     if (tag_code == 102) {
-      in_app_group = value < value_end && *value == '{';
+      in_app_group = read.value < read.value_end && *read.value == '{';
       continue;
     }
-    if (in_app_group || tag_code != code) continue;
-    known = true;
-    return Tag{static_cast<int16_t>(tag_code), {static_cast<uint32_t>(value - raw_.data()),
-                                                static_cast<uint32_t>(value_end - value)}};
+    if (in_app_group) continue;
+    for (size_t i = 0; i < codes.size(); ++i) {
+      if (codes[i] != tag_code || found[i]) continue;
+      found[i] = Tag{static_cast<int16_t>(tag_code),
+                     {static_cast<uint32_t>(read.value - raw_.data()),
+                      static_cast<uint32_t>(read.value_end - read.value)}};
+      --missing;
+      break;
+    }
   }
-  known = true;
-  return std::nullopt;
+  return true;
 }
 
 std::optional<Tag> Document::find(RecordId id, int code) const {

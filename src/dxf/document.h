@@ -182,11 +182,12 @@ class Document {
   // noted where it lies and the record's file bytes still hold it; nothing otherwise (read
   // the tags then). Commands ask every entity they visit for its layer.
   std::optional<std::string_view> knownLayer(RecordId id) const;
-  // The first tag with `code` of the AcDbEntity group of `id`, outside application groups,
-  // as a scan of its tags would find it, when the record is its file bytes and the layer's
-  // tag opens that group: the group is then read from the layer on. Nothing (and `known`
-  // false) otherwise. `code` must not be 8.
-  std::optional<Tag> findInEntityGroup(RecordId id, int code, bool& known) const;
+  // The first tag with each of `codes` of the AcDbEntity group of `id`, outside application
+  // groups, as a scan of its tags would find them, into `found` (one for each code), when the
+  // record is its file bytes and the layer's tag opens that group: the group is then read
+  // once, from the layer on. False, and nothing found, otherwise. No code may be 8.
+  bool findInEntityGroup(RecordId id, std::span<const int> codes,
+                         std::span<std::optional<Tag>> found) const;
   // The first tag of `id` with `code`, if any.
   std::optional<Tag> find(RecordId id, int code) const;
   // The raw text of the first tag with `code`, or `fallback`.

@@ -339,27 +339,37 @@ base::Status setPlain(Document& doc, RecordId id, const PlainProp& row, const Pr
 
 }  // namespace
 
-std::optional<PropValue> getGeneralProperty(const Document& doc, RecordId id, Prop prop) {
+std::optional<PropValue> getGeneralProperty(const Document& doc, RecordId id, Prop prop,
+                                            EntityGroupTags* memo) {
   if (id >= doc.recordCount()) return std::nullopt;
-  bool known = false;
+  const PlainProp* plain = nullptr;
   if (prop == Prop::kColor) {
     // A record without a structure name has a layer group but is no entity.
     if (!findRow<CompoundProp>(kCompoundProps, prop, doc.type(id))) return std::nullopt;
-    std::optional<Tag> index = doc.findInEntityGroup(id, 62, known);
-    if (!known) return std::nullopt;
-    return props::colorOf(doc, index, doc.findInEntityGroup(id, 420, known));
+  } else {
+    plain = findRow<PlainProp>(kPlainProps, prop, doc.type(id));
+    if (!plain || plain->markers != "AcDbEntity") return std::nullopt;
+    if (prop == Prop::kLayer) {
+      std::optional<std::string_view> layer = doc.knownLayer(id);
+      if (!layer) return std::nullopt;
+      return doc.codec().decode(*layer);
+    }
   }
-  const PlainProp* plain = findRow<PlainProp>(kPlainProps, prop, doc.type(id));
-  if (!plain || plain->markers != "AcDbEntity") return std::nullopt;
-  if (prop == Prop::kLayer) {
-    std::optional<std::string_view> layer = doc.knownLayer(id);
-    if (!layer) return std::nullopt;
-    return doc.codec().decode(*layer);
+  // The general properties follow the layer in its group: one read finds them all.
+  static constexpr std::array<int, 5> kGroupCodes = {62, 420, 6, 48, 370};
+  EntityGroupTags local;
+  EntityGroupTags& group = memo ? *memo : local;
+  if (!memo || group.id != id || group.revision != doc.revision()) {
+    group.id = id;
+    group.revision = doc.revision();
+    group.known = doc.findInEntityGroup(id, kGroupCodes, group.tags);
   }
-  // The general properties follow the layer in its group.
-  std::optional<Tag> tag = doc.findInEntityGroup(id, plain->code, known);
-  if (!known) return std::nullopt;
-  return plainValue(doc, tag, *plain);
+  if (!group.known) return std::nullopt;
+  if (!plain) return props::colorOf(doc, group.tags[0], group.tags[1]);
+  const size_t index = static_cast<size_t>(
+      std::find(kGroupCodes.begin(), kGroupCodes.end(), plain->code) - kGroupCodes.begin());
+  if (index == kGroupCodes.size()) return std::nullopt;
+  return plainValue(doc, group.tags[index], *plain);
 }
 
 PropValue getProperty(const Document& doc, RecordId id, Prop prop) {

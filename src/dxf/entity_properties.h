@@ -1,6 +1,7 @@
 // The entity properties that classification tests and applies, read and written by name.
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <optional>
 #include <span>
@@ -69,8 +70,16 @@ PropValue getProperty(const Document& doc, RecordId id, std::span<const Tag> tag
 // The same for the layer and the general properties of the AcDbEntity group (colour,
 // linetype, its scale, lineweight), read without scanning the entity's tags, where the load
 // noted where its layer lies (Document::knownLayer, Document::findInEntityGroup); nothing
-// otherwise. Commands read these of every entity they visit.
-std::optional<PropValue> getGeneralProperty(const Document& doc, RecordId id, Prop prop);
+// otherwise. Commands read these of every entity they visit, several of each: `memo`, when
+// given, keeps what one read of the group found for the next reads of the same entity.
+struct EntityGroupTags {
+  RecordId id = kNoRecord;
+  uint64_t revision = 0;
+  bool known = false;
+  std::array<std::optional<Tag>, 5> tags;  // codes 62, 420, 6, 48 and 370
+};
+std::optional<PropValue> getGeneralProperty(const Document& doc, RecordId id, Prop prop,
+                                            EntityGroupTags* memo = nullptr);
 
 // Sets `prop` on entity `id`. Names (layer, linetype, styles, block) must exist in the
 // drawing: an unknown name is a kNotFound error and nothing changes. A property the

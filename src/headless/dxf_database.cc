@@ -292,6 +292,16 @@ std::wstring DxfDatabase::entityClass(ObjectId entity) {
   return hostEntityClass(drawing_, r);
 }
 
+void DxfDatabase::entityClassInto(ObjectId entity, std::wstring& out) {
+  dxf::RecordId r = toRecord(entity);
+  const wchar_t* fixed = r == dxf::kNoRecord ? L"" : typeFacts(r).fixed_class;
+  if (fixed) {
+    out.assign(fixed);
+  } else {
+    out = hostEntityClass(drawing_, r);
+  }
+}
+
 const DxfDatabase::TypeFacts& DxfDatabase::typeFacts(dxf::RecordId r) {
   uint16_t type = drawing_.record(r).type;
   if (type >= type_facts_.size()) type_facts_.resize(type + 1);
@@ -314,8 +324,10 @@ bool DxfDatabase::isEntity(ObjectId id) {
 }
 
 std::vector<ObjectId> DxfDatabase::modelSpaceEntities() {
+  std::vector<dxf::RecordId> records = dxf::modelSpaceEntities(drawing_);
   std::vector<ObjectId> out;
-  for (dxf::RecordId r : dxf::modelSpaceEntities(drawing_)) out.push_back(toId(r));
+  out.reserve(records.size());
+  for (dxf::RecordId r : records) out.push_back(toId(r));
   return out;
 }
 
@@ -383,7 +395,8 @@ void DxfDatabase::getPropertyInto(ObjectId entity, host::EntityProperty property
       drawing_.codec().decode(*layer, *text);
       return;
     }
-  } else if (std::optional<dxf::PropValue> general = dxf::getGeneralProperty(drawing_, r, prop)) {
+  } else if (std::optional<dxf::PropValue> general =
+                 dxf::getGeneralProperty(drawing_, r, prop, &general_tags_)) {
     value = toHost(std::move(*general));
     return;
   }

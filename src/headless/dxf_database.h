@@ -8,6 +8,7 @@
 
 #include "dxf/dictionary.h"
 #include "dxf/document.h"
+#include "dxf/entity_properties.h"
 #include "dxf/resource_copy.h"
 #include "dxf/xrecord.h"
 #include "host/database.h"
@@ -52,6 +53,7 @@ class DxfDatabase : public host::Database, private dxf::DocumentObserver {
   base::Status erase(host::ObjectId object) override;
   bool isValid(host::ObjectId id) override;
   std::wstring entityClass(host::ObjectId entity) override;
+  void entityClassInto(host::ObjectId entity, std::wstring& out) override;
   bool isEntity(host::ObjectId id) override;
   std::vector<host::ObjectId> modelSpaceEntities() override;
   host::PropertyValue getProperty(host::ObjectId entity, host::EntityProperty property) override;
@@ -119,6 +121,7 @@ class DxfDatabase : public host::Database, private dxf::DocumentObserver {
   // The entity whose properties were read last, as of the drawing's revision then, and its
   // tags once a second property was read: commands read several of an entity in a row.
   std::optional<dxf::TagList> property_tags_;
+  dxf::EntityGroupTags general_tags_;
   dxf::RecordId property_record_ = dxf::kNoRecord;
   uint64_t property_revision_ = 0;
 };

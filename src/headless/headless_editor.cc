@@ -75,6 +75,10 @@ host::SelectionInput HeadlessEditor::select() {
   std::vector<bool> picked;
   auto add = [&](const std::vector<host::ObjectId>& ids) {
     size_t found = 0;
+    // Growing by doubling would copy a whole drawing's ids, more than once.
+    if (chosen.capacity() < chosen.size() + ids.size()) {
+      chosen.reserve(std::max(chosen.size() + ids.size(), 2 * chosen.capacity()));
+    }
     for (host::ObjectId id : ids) {
       if (!database_.isValid(id)) continue;
       ++found;

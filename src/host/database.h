@@ -137,6 +137,8 @@ class Database {
   // The entity's class as the host names it ("AcDbLine", "AcDbPolyline",
   // "AcDbRotatedDimension"...); empty for objects that are not entities.
   virtual std::wstring entityClass(ObjectId entity) = 0;
+  // The same into `out`, whose buffer a host may reuse: the form for walks over every entity.
+  virtual void entityClassInto(ObjectId entity, std::wstring& out) { out = entityClass(entity); }
   // Whether `id` names an entity that is not erased.
   virtual bool isEntity(ObjectId id) { return !entityClass(id).empty(); }
   // Model-space entities in drawing order.

@@ -319,6 +319,10 @@ TEST(EntityPropLayer, IsTheFirstLayerTagOfTheEntityGroup) {
        "5 100\n330 1F\n100 AcDbEntity\n8 Walls\n6 Dashed\n102 {APP\n48 9\n62 5\n102 }\n48 2.5\n"
        "420 16711680\n100 AcDbLine\n370 25\n",
        L"Walls"},
+      {"with general properties twice",
+       "5 100\n330 1F\n100 AcDbEntity\n8 Walls\n62 3\n48 2.5\n62 4\n6 Dashed\n48 9\n"
+       "6 Hidden\n100 AcDbLine\n",
+       L"Walls"},
       {"with general properties before it",
        "5 100\n330 1F\n100 AcDbEntity\n48 2.5\n62 3\n8 Walls\n6 Dashed\n62 4\n100 AcDbLine\n",
        L"Walls"},

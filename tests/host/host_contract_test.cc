@@ -76,6 +76,11 @@ TEST_P(HostContractTest, EveryObjectAppendedIsAnnouncedOnceCompleteUntilTheReact
   EXPECT_EQ(db().modelSpaceEntities().back(), bare);
   EXPECT_EQ(db().entityClass(line), L"AcDbLine");
   EXPECT_EQ(db().entityClass(ObjectId{}), L"");
+  std::wstring into = L"AcDbRotatedDimension";
+  db().entityClassInto(line, into);
+  EXPECT_EQ(into, L"AcDbLine");
+  db().entityClassInto(ObjectId{}, into);
+  EXPECT_EQ(into, L"");
 
   db().removeReactor(&log);
   ObjectId later = subject_->addLine();
@@ -112,6 +117,9 @@ TEST_P(HostContractTest, EraseAnnouncesEveryObjectOfTheCascadeOwnerFirstOnceAllA
   auto entities = db().modelSpaceEntities();
   EXPECT_EQ(std::find(entities.begin(), entities.end(), line), entities.end());
   EXPECT_EQ(db().entityClass(line), L"");
+  std::wstring into = L"AcDbLine";
+  db().entityClassInto(line, into);
+  EXPECT_EQ(into, L"");
 
   // An erased entry leaves its dictionary; an erased extension dictionary leaves its object.
   ObjectId child = *db().createDictionary(root, L"Child");
