@@ -16,6 +16,8 @@
 
 namespace draw {
 
+using namespace std::literals;
+
 namespace {
 
 using P = host::EntityProperty;
@@ -251,37 +253,37 @@ std::wstring ellipseMode(const Matcher& matcher) {
 bool matchesTypeProperties(host::Database& database, host::ObjectId entity,
                            const DrawingProperties& p, std::wstring_view type, const Matcher& m) {
   const double kToDegrees = radiansToDegrees(1);
-  if (type == L"3DPolyline" || type == L"Polyline" || type == L"Spline") {
+  if (type == L"3DPolyline"sv || type == L"Polyline"sv || type == L"Spline"sv) {
     return m.acceptsNumber(p.closed, P::kClosed);
   }
-  if (type == L"BlockReference") {
+  if (type == L"BlockReference"sv) {
     return m.acceptsNumber(p.angle, P::kRotation, kToDegrees) &&
            m.acceptsText(p.block_name, P::kBlockName) && m.acceptsScale(p.block_scale, P::kScale);
   }
-  if (type == L"Circle") return m.acceptsNumber(p.circle_radius, P::kRadius);
-  if (type == L"Dimension") {
+  if (type == L"Circle"sv) return m.acceptsNumber(p.circle_radius, P::kRadius);
+  if (type == L"Dimension"sv) {
     return m.acceptsDerived(p.dimension_mode, dimensionMode(database, entity, m)) &&
            m.acceptsText(p.dimension_style, P::kDimensionStyle);
   }
-  if (type == L"Ellipse") return m.acceptsDerived(p.ellipse_mode, ellipseMode(m));
-  if (type == L"Hatch" || type == L"MPolygon") {
+  if (type == L"Ellipse"sv) return m.acceptsDerived(p.ellipse_mode, ellipseMode(m));
+  if (type == L"Hatch"sv || type == L"MPolygon"sv) {
     // An MPolygon's pattern colour is not reported by the host, so `patterncolor` cannot
     // exclude one.
-    return (type != L"Hatch" || m.acceptsColor(p.background_color, P::kBackgroundColor)) &&
+    return (type != L"Hatch"sv || m.acceptsColor(p.background_color, P::kBackgroundColor)) &&
            m.acceptsText(p.pattern, P::kPattern) &&
            m.acceptsNumber(p.pattern_angle, P::kPatternAngle, kToDegrees) &&
            m.acceptsNumber(p.pattern_scale, P::kPatternScale);
   }
-  if (type == L"MLeader") return m.acceptsText(p.mleader_style, P::kMLeaderStyle);
-  if (type == L"Mline") {
+  if (type == L"MLeader"sv) return m.acceptsText(p.mleader_style, P::kMLeaderStyle);
+  if (type == L"Mline"sv) {
     return m.acceptsNumber(p.closed, P::kClosed) &&
            m.acceptsNumber(p.mline_justification, P::kMlineJustification) &&
            m.acceptsNumber(p.mline_scale, P::kMlineScale) &&
            m.acceptsText(p.mline_style, P::kMlineStyle);
   }
-  if (type == L"MText" || type == L"Text") {
-    bool placed = type == L"MText" ? m.acceptsNumber(p.mtext_attachment_point, P::kAttachment)
-                                   : m.acceptsNumber(p.text_justification, P::kTextJustification);
+  if (type == L"MText"sv || type == L"Text"sv) {
+    bool placed = type == L"MText"sv ? m.acceptsNumber(p.mtext_attachment_point, P::kAttachment)
+                                     : m.acceptsNumber(p.text_justification, P::kTextJustification);
     return placed && m.acceptsNumber(p.angle, P::kRotation, kToDegrees) &&
            m.acceptsNumber(p.text_height, P::kTextHeight) &&
            m.acceptsText(p.text_style, P::kTextStyle) && m.acceptsText(p.text, P::kContents);

@@ -10,6 +10,8 @@
 
 namespace draw {
 
+using namespace std::literals;
+
 namespace {
 
 using P = host::EntityProperty;
@@ -93,33 +95,33 @@ class Applier {
 };
 
 void applyTypeProperties(Applier& a, const DrawingProperties& p, std::wstring_view type) {
-  if (type == L"Polyline") {
+  if (type == L"Polyline"sv) {
     a.closed(p.closed);
     a.real("constantwidth", P::kConstantWidth, p.constant_width);
     a.real("elevation", P::kElevation, p.elevation);
-  } else if (type == L"3DPolyline" || type == L"Spline") {
+  } else if (type == L"3DPolyline"sv || type == L"Spline"sv) {
     a.closed(p.closed);
-  } else if (type == L"Mline") {
+  } else if (type == L"Mline"sv) {
     a.closed(p.closed);
     a.integer("mlinejustification", P::kMlineJustification, p.mline_justification);
     a.real("mlinescale", P::kMlineScale, p.mline_scale);
-  } else if (type == L"BlockReference") {
+  } else if (type == L"BlockReference"sv) {
     a.text("blockname", P::kBlockName, p.block_name);
     a.scale(p.block_scale);
-  } else if (type == L"Dimension") {
+  } else if (type == L"Dimension"sv) {
     a.text("dimensionstyle", P::kDimensionStyle, p.dimension_style);
-  } else if (type == L"MLeader") {
+  } else if (type == L"MLeader"sv) {
     a.text("mleaderstyle", P::kMLeaderStyle, p.mleader_style);
-  } else if (type == L"Hatch" || type == L"MPolygon") {
+  } else if (type == L"Hatch"sv || type == L"MPolygon"sv) {
     a.text("pattern", P::kPattern, p.pattern);
     a.real("patternangle", P::kPatternAngle, p.pattern_angle, std::numbers::pi / 180);
     a.real("patternscale", P::kPatternScale, p.pattern_scale);
     // The host has no property for an MPolygon's pattern colour.
-    if (type == L"Hatch") a.color("backgroundcolor", P::kBackgroundColor, p.background_color);
-  } else if (type == L"Text" || type == L"MText") {
+    if (type == L"Hatch"sv) a.color("backgroundcolor", P::kBackgroundColor, p.background_color);
+  } else if (type == L"Text"sv || type == L"MText"sv) {
     a.real("textheight", P::kTextHeight, p.text_height);
     a.text("textstyle", P::kTextStyle, p.text_style);
-    if (type == L"Text") {
+    if (type == L"Text"sv) {
       a.integer("textjustification", P::kTextJustification, p.text_justification);
     } else {
       a.integer("mtextattachmentpoint", P::kAttachment, p.mtext_attachment_point);

@@ -1,9 +1,11 @@
 #include "headless/entity_class.h"
 
+#include <optional>
 #include <string_view>
 #include <unordered_map>
 
 #include "base/utf.h"
+#include "dxf/group_code.h"
 
 namespace headless {
 
@@ -93,9 +95,19 @@ std::wstring hostEntityClass(const dxf::Document& doc, dxf::RecordId id) {
     return L"AcDb2dPolyline";
   }
   if (type == "INSERT") {
-    // Several columns or rows make an array insert, a class of its own.
-    return doc.intValue(id, 70, 1) > 1 || doc.intValue(id, 71, 1) > 1 ? L"AcDbMInsertBlock"
-                                                                      : L"AcDbBlockReference";
+    // Several columns or rows make an array insert, a class of its own. Most inserts have
+    // neither count: one scan looks for both.
+    std::optional<dxf::Tag> columns, rows;
+    for (const dxf::Tag& tag : doc.scan(id)) {
+      if (tag.code == 70 && !columns) columns = tag;
+      if (tag.code == 71 && !rows) rows = tag;
+      if (columns && rows) break;
+    }
+    auto count = [&](const std::optional<dxf::Tag>& tag) {
+      int64_t n = 1;
+      return tag && dxf::parseInt(doc.text(*tag), n) ? n : 1;
+    };
+    return count(columns) > 1 || count(rows) > 1 ? L"AcDbMInsertBlock" : L"AcDbBlockReference";
   }
   if (type == "DIMENSION") {
     static const wchar_t* const kByType[] = {

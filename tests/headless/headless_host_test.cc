@@ -135,4 +135,44 @@ TEST(HeadlessHostTest, SelectionDialogsAndTheDocumentsName) {
             (std::filesystem::current_path() / "test.dxf").wstring());
 }
 
+// An entity whose class depends on its data is named as the application that made it would.
+TEST(HeadlessHostTest, EntityClassesFollowTheirData) {
+  const std::string insert =
+      "0 INSERT|5 50|330 1F|100 AcDbEntity|8 0|100 AcDbBlockReference|2 Door";
+  const std::string polyline = "0 POLYLINE|5 50|330 1F|100 AcDbEntity|8 0|100 AcDb2dPolyline|66 1";
+  const std::string seqend = "|0 SEQEND|5 51|330 50|100 AcDbEntity|8 0";
+  const std::string dimension =
+      "0 DIMENSION|5 50|330 1F|100 AcDbEntity|8 0|100 AcDbDimension|2 *D1|10 0|20 0|30 0";
+  const struct {
+    std::string record;
+    const wchar_t* host_class;
+  } cases[] = {
+      {insert + "|10 0|20 0|30 0", L"AcDbBlockReference"},
+      {insert + "|10 0|20 0|30 0|70 1|71 1", L"AcDbBlockReference"},
+      {insert + "|10 0|20 0|30 0|70 3", L"AcDbMInsertBlock"},
+      {insert + "|10 0|20 0|30 0|70 1|71 2", L"AcDbMInsertBlock"},
+      {insert + "|71 2|10 0|20 0|30 0|70 1", L"AcDbMInsertBlock"},
+      {polyline + "|10 0|20 0|30 0|70 0" + seqend, L"AcDb2dPolyline"},
+      {polyline + "|10 0|20 0|30 0|70 9" + seqend, L"AcDb3dPolyline"},
+      {polyline + "|10 0|20 0|30 0|70 64" + seqend, L"AcDbPolyFaceMesh"},
+      {polyline + "|10 0|20 0|30 0|70 16" + seqend, L"AcDbPolygonMesh"},
+      {dimension + "|70 33", L"AcDbAlignedDimension"},
+      {dimension + "|70 6", L"AcDbOrdinateDimension"},
+      {dimension + "|70 7", L"AcDbDimension"},
+  };
+  const std::string line =
+      "0 LINE|5 40|330 1F|100 AcDbEntity|8 0|100 AcDbLine|10 0.0|20 0.0|30 0.0|11 1.0|21 1.0|31 "
+      "0.0";
+  for (const auto& c : cases) {
+    std::string records(sample::kSmall);
+    size_t at = records.find(line);
+    ASSERT_NE(at, std::string::npos);
+    records.replace(at, line.size(), c.record);
+    Session session(sample::withVersion(sample::pipes(records), "AC1015", "AC1015"));
+    headless::DxfDatabase& db = session.host->dxfDatabase();
+    host::ObjectId id = db.idForHandle(L"50");
+    EXPECT_EQ(db.entityClass(id), c.host_class) << c.record;
+  }
+}
+
 }  // namespace
