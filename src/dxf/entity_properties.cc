@@ -397,6 +397,13 @@ PropValue getProperty(const Document& doc, RecordId id, std::span<const Tag> tag
   return {};
 }
 
+bool hasProperty(const Document& doc, RecordId id, Prop prop) {
+  if (id >= doc.recordCount()) return false;
+  std::string_view type = doc.type(id);
+  return findRow<CompoundProp>(kCompoundProps, prop, type) ||
+         findRow<PlainProp>(kPlainProps, prop, type);
+}
+
 base::Status setProperty(Document& doc, RecordId id, Prop prop, const PropValue& value) {
   if (id >= doc.recordCount()) return base::Status::notFound("no such record");
   std::string_view type = doc.type(id);

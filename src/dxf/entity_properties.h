@@ -86,6 +86,9 @@ std::optional<PropValue> getGeneralProperty(const Document& doc, RecordId id, Pr
 // entity's type does not have, a read-only one (kDimensionType) and a value the drawing's
 // version cannot hold (true colours before AC1018, lineweight and linetype scale in R12)
 // are kUnsupported errors; a value of the wrong kind or out of range is kInvalid.
+// Whether entities of record `id`'s type have `prop`.
+bool hasProperty(const Document& doc, RecordId id, Prop prop);
+
 base::Status setProperty(Document& doc, RecordId id, Prop prop, const PropValue& value);
 
 }  // namespace dxf

@@ -401,16 +401,16 @@ void DxfDatabase::getPropertyInto(ObjectId entity, host::EntityProperty property
     return;
   }
   if (r != property_record_ || drawing_.revision() != property_revision_) {
-    // A single read scans no further than the property; a second decodes the entity once.
-    value = toHost(dxf::getProperty(drawing_, r, prop));
-    // A property the entity's type lacks was not looked for: it does not count as a read.
-    bool read = value.index() != 0;
-    property_record_ = read ? r : dxf::kNoRecord;
+    // Who reads one property of an entity's own reads others: the entity is decoded once for
+    // all of them. A property its type lacks is not looked for.
+    if (!dxf::hasProperty(drawing_, r, prop)) {
+      value = std::monostate{};
+      return;
+    }
+    property_record_ = r;
     property_revision_ = drawing_.revision();
-    property_tags_.reset();
-    return;
+    property_tags_.emplace(drawing_.scan(r));
   }
-  if (!property_tags_) property_tags_.emplace(drawing_.scan(r));
   value = toHost(dxf::getProperty(drawing_, r, *property_tags_, prop));
 }
 
